@@ -1,0 +1,27 @@
+# tarnby_add_test(NAME SOURCES... [UI] [LIBS ...])
+#
+# Every test is a Qt Test executable that links the libraries (never the app's
+# sources), runs headless on the offscreen platform and finds the sample corpus
+# through TARNBY_FIXTURES. UI marks a test that needs the widget library.
+function(tarnby_add_test name)
+  cmake_parse_arguments(ARG "UI" "TIMEOUT" "LIBS" ${ARGN})
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE Qt6::Test tarnby_test_support ${ARG_LIBS})
+  if(ARG_UI)
+    target_link_libraries(${name} PRIVATE tarnby_ui)
+  else()
+    target_link_libraries(${name} PRIVATE tarnby_core)
+  endif()
+  add_test(NAME ${name} COMMAND ${name})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 300)
+  endif()
+  set(env
+    "QT_QPA_PLATFORM=offscreen"
+    "TARNBY_FIXTURES=${TARNBY_FIXTURES}"
+    "TARNBY_BINARY_DIR=${CMAKE_BINARY_DIR}"
+    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+    "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
+    "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1")
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${env}" TIMEOUT ${ARG_TIMEOUT})
+endfunction()

@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Installs every Debian package that building, running and testing Tarnby needs.
+# Idempotent and quick when everything is already there: apt is only called for
+# packages that dpkg does not report as installed.
+set -euo pipefail
+
+PACKAGES=(
+  # toolchain
+  build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
+  # Qt 6
+  qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev qt6-image-formats-plugins qt6-svg-dev
+  qt6-l10n-tools libqt6sql6-sqlite libqt6sql6-psql libgl-dev
+  # picture layer
+  libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev
+  # tables, documents, archives, mail
+  mdbtools-dev libfreexl-dev libwps-dev librevenge-dev libarchive-dev libvmime-dev
+  qtkeychain-qt6-dev antiword
+  # sound and video
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
+  gstreamer1.0-libav fluid-soundfont-gm
+  # tests and screenshots
+  xvfb xauth poppler-utils
+)
+
+missing=()
+for p in "${PACKAGES[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+echo "Installing: ${missing[*]}"
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -1,0 +1,40 @@
+#include "AppState.h"
+
+#include <QDir>
+
+namespace tarnby {
+
+QString AppState::programFile(const QString &fileName) const
+{
+    if (programFolder.endsWith(QLatin1Char('/')))
+        return programFolder + fileName;
+    return programFolder + QLatin1Char('/') + fileName;
+}
+
+catalogue::FileType AppState::classify(const QString &name)
+{
+    const catalogue::FileType type = catalogue::GetFileTypeFlag(name);
+    currentExtension = type.extension;
+    textFileFlag = type.textFile;
+    databaseFileFlag = type.databaseFile;
+    if (type.extension.isEmpty())
+        fileToOpen.clear();
+    return type;
+}
+
+QString AppState::helpFolder() const
+{
+    return programFile(QStringLiteral("Help"));
+}
+
+QString AppState::reportFile() const
+{
+    return programFile(QStringLiteral("F@Prnt.INI"));
+}
+
+QString AppState::organizerDatabase() const
+{
+    return programFile(QStringLiteral("FileTabl.MDB"));
+}
+
+} // namespace tarnby

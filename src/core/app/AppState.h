@@ -1,0 +1,65 @@
+#pragma once
+
+#include "settings/ProgramOptions.h"
+#include "settings/WindowColors.h"
+#include "shell/FileCatalogue.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace tarnby {
+
+// The program-wide values: one object, created at start-up and handed to every
+// window that needs it. Lives on the UI thread; nothing in it is synchronised.
+class AppState
+{
+public:
+    // The folder where all of the program's own data files live.
+    QString programFolder;
+    // programFolder + "/" + fileName, with no doubled separator at the root.
+    QString programFile(const QString &fileName) const;
+
+    // The file the browser last selected (a path or an Internet address).
+    QString currentFile;
+    // The file the next document window opens; cleared when a name has no extension.
+    QString fileToOpen;
+    // The target chosen in the move dialog.
+    QString moveTarget;
+    // The computer chosen on the network, and whether the user said no network.
+    QString networkComputer;
+    bool noNetwork = false;
+
+    // Set by classify() for the last name looked up.
+    QString currentExtension;
+    bool textFileFlag = false;
+    bool databaseFileFlag = false;
+    // Set when the browser hands a file to the viewing frame.
+    bool fileHandedOver = false;
+
+    // The category letter of the browser's last category button.
+    QString categoryLetter = QStringLiteral("A");
+
+    // Search values.
+    QString searchPattern;
+    bool reportMode = false;
+    bool cancelFlag = false;
+
+    // Settings files, read at start-up.
+    settings::ProgramOptions options;
+    settings::WindowColors colors;
+    QStringList workingFolders;
+
+    // The arguments from the command line, split and unquoted.
+    QStringList commandLineArguments;
+
+    // GetFileTypeFlag with its program-wide effects: resets and sets the two
+    // flags and the current extension, and clears fileToOpen for a name with
+    // no extension. Returns what it learnt.
+    catalogue::FileType classify(const QString &name);
+
+    QString helpFolder() const;    // programFolder + "/Help"
+    QString reportFile() const;    // programFolder + "/F@Prnt.INI"
+    QString organizerDatabase() const; // programFolder + "/FileTabl.MDB"
+};
+
+} // namespace tarnby

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QString>
+
+#include <functional>
+
+class QWidget;
+
+namespace tarnby::ui {
+
+enum class DialogKind { OpenFile, SaveFile, Folder, Color, Font };
+
+struct DialogRequest {
+    DialogKind kind = DialogKind::OpenFile;
+    QString title;
+    QString directory;
+    QString fileName;
+    // The filter in the program's own form, "description|patterns|...".
+    QString filter;
+    int filterIndex = 0;
+    QString defaultSuffix;
+    bool confirmOverwrite = true;
+    QColor color;
+    QFont font;
+};
+
+struct DialogAnswer {
+    bool accepted = false;
+    QString path;       // file and folder dialogs
+    int filterIndex = 0; // the filter chosen, counting from 0
+    QColor color;
+    QFont font;
+};
+
+// Every file, folder, colour and font dialog goes through here. With a
+// responder set, no dialog is shown: tests answer through it.
+class DialogService
+{
+public:
+    using Responder = std::function<DialogAnswer(const DialogRequest &)>;
+
+    DialogAnswer run(const DialogRequest &request, QWidget *parent = nullptr);
+    void setResponder(Responder responder) { m_responder = std::move(responder); }
+
+private:
+    Responder m_responder;
+};
+
+} // namespace tarnby::ui

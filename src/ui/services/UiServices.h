@@ -1,0 +1,14 @@
+#pragma once
+
+#include "DialogService.h"
+#include "MessageService.h"
+
+namespace tarnby::ui {
+
+// The services every window receives with the program-wide state.
+struct UiServices {
+    MessageService messages;
+    DialogService dialogs;
+};
+
+} // namespace tarnby::ui
