@@ -3,6 +3,7 @@
 #include "ChildFrm1.h"
 #include "CommandBar.h"
 #include "DocumentWindow.h"
+#include "FileCommands.h"
 #include "MDIForm1.h"
 #include "app/AppState.h"
 #include "app/ProgramFolder.h"
@@ -40,6 +41,7 @@ Tarnby1::Tarnby1(AppState &state, UiServices &services, SettingsStore &store, QW
 {
     setObjectName(QStringLiteral("Tarnby1"));
     setWindowTitle(QStringLiteral("Tarnby 2.9  - The File Utility"));
+    m_files = new FileCommands(m_state, m_services, this);
     buildCommandBar();
     buildCentralArea();
 
@@ -256,14 +258,14 @@ void Tarnby1::runCommand(BrowserAction action)
         m_state.categoryLetter = button.letter;
         return;
     }
-    case BrowserAction::OpenWithApplication: notYetAvailable(QStringLiteral("Open File with Another Application")); return;
+    case BrowserAction::OpenWithApplication: m_files->OpenwithOLE(); return;
     case BrowserAction::OpenInternetPicture: notYetAvailable(QStringLiteral("Open File Located on the Internet")); return;
     case BrowserAction::FindFiles: notYetAvailable(QStringLiteral("Find Files")); return;
     case BrowserAction::FindNext: notYetAvailable(QStringLiteral("Find Next File of Same Type")); return;
-    case BrowserAction::SaveFileAs: notYetAvailable(QStringLiteral("Save File As")); return;
-    case BrowserAction::MoveFile: notYetAvailable(QStringLiteral("Move File")); return;
-    case BrowserAction::RenameFile: notYetAvailable(QStringLiteral("Rename File")); return;
-    case BrowserAction::DeleteFile: notYetAvailable(QStringLiteral("Delete File")); return;
+    case BrowserAction::SaveFileAs: m_files->SaveFileAs(); return;
+    case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, m_state.currentExtension); return;
+    case BrowserAction::RenameFile: m_files->RenameFile(m_state.currentFile); return;
+    case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
     case BrowserAction::PrintFile: notYetAvailable(QStringLiteral("Print File")); return;
     case BrowserAction::PrinterSetup: notYetAvailable(QStringLiteral("Printer Setup")); return;
     case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
@@ -359,10 +361,10 @@ void Tarnby1::DisplayImage(const QString &path)
         m_services.messages.inform(QStringLiteral("File Type is not Supported by this Software"), this);
         return;
     case OpenRoute::Player:
-        notYetAvailable(QStringLiteral("Playing sound and video"));
+        m_files->play(path);
         return;
     case OpenRoute::Unzip:
-        notYetAvailable(QStringLiteral("Unpacking ZIP archives"));
+        m_files->offerUnzip(path);
         return;
     case OpenRoute::Viewer: {
         m_state.fileToOpen = path;

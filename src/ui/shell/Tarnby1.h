@@ -21,6 +21,7 @@ class SettingsStore;
 namespace tarnby::ui {
 
 class CommandBar;
+class FileCommands;
 class HelpWindow;
 class MDIForm1;
 struct UiServices;
@@ -62,6 +63,7 @@ public:
     bool hasFrame() const { return m_frame != nullptr; }
     CommandBar *commandBar() const { return m_bar; }
     QComboBox *filterBox() const { return m_filterBox; }
+    FileCommands *fileCommands() const { return m_files; }
 
     // Selection commands: enabled after a file is selected, disabled without.
     void setSelectionCommands(bool fileSelected);
@@ -86,6 +88,7 @@ private:
     SettingsStore &m_store;
     QStringList m_startupSteps;
     CommandBar *m_bar = nullptr;
+    FileCommands *m_files = nullptr;
     MDIForm1 *m_frame = nullptr;
     HelpWindow *m_help = nullptr;
     QTimer *m_timer = nullptr;
