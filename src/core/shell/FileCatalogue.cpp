@@ -131,8 +131,10 @@ int knownExtensionIndex(const QString &ext)
 
 QString GetFileExt(const QString &name)
 {
+    // Callers pass full paths as often as bare names; a dot in a folder's name
+    // is not the file's extension.
     const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    if (dot < 0)
+    if (dot < 0 || dot < name.lastIndexOf(QLatin1Char('/')))
         return {};
     return name.mid(dot + 1).toUpper();
 }

@@ -40,7 +40,8 @@ extern const std::array<const char *, FilterCount> FilterPatterns;
 int knownExtensionIndex(const QString &ext);
 
 // The text after the last "." of name, upper-cased; empty when name holds no
-// dot or ends in one. Only the last dot counts.
+// dot or ends in one. Only the last dot counts, and only a dot in the file
+// name itself: for "/home/a.b/readme" the extension is empty.
 QString GetFileExt(const QString &name);
 
 // What GetFileTypeFlag learns about one name.

@@ -68,10 +68,20 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
         return new ChildFrm1(m_state, m_services, path, kind);
     };
 
+    // The table entries start disabled; only a table window enables them.
+    for (const char *key : {"ID_mnuSetDatabaseTable", "ID_mnuSetDatabaseTableIndex", "ID_mnuSetTableComments"})
+        m_bar->setEnabled(QLatin1String(key), false);
     refreshCommandState();
 }
 
-MDIForm1::~MDIForm1() = default;
+MDIForm1::~MDIForm1()
+{
+    // The area announces activations while its windows close during
+    // destruction; by then this frame is half gone.
+    m_area->disconnect(this);
+    for (QMdiSubWindow *sub : m_area->subWindowList())
+        sub->disconnect(this);
+}
 
 void MDIForm1::toolClick(const QString &key, const QString &caption)
 {

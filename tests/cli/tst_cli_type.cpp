@@ -1,0 +1,106 @@
+#include <QProcess>
+#include <QTest>
+
+// Runs the real tarnby-cli binary, as a user's script would.
+class TestCliType : public QObject
+{
+    Q_OBJECT
+private slots:
+    void help();
+    void typeRows_data();
+    void typeRows();
+    void rawBytesAreEchoed();
+    void usageErrors_data();
+    void usageErrors();
+
+private:
+    struct Run {
+        int exitCode;
+        QByteArray out;
+        QByteArray err;
+    };
+    Run run(const QList<QByteArray> &args);
+};
+
+TestCliType::Run TestCliType::run(const QList<QByteArray> &args)
+{
+    // QProcess takes QStrings; pass raw bytes through a shell's printf so that
+    // names which are not valid UTF-8 reach the program unchanged.
+    QString script = QStringLiteral("exec \"$0\"");
+    QStringList shellArgs{QStringLiteral("-c"), QString(), qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli")};
+    for (const QByteArray &a : args) {
+        QString octal;
+        for (const char c : a)
+            octal += QStringLiteral("\\0%1").arg(uint(uchar(c)), 3, 8, QLatin1Char('0'));
+        script += QStringLiteral(" \"$(printf '%b' '%1')\"").arg(octal);
+    }
+    shellArgs[1] = script;
+    QProcess p;
+    p.start(QStringLiteral("/bin/sh"), shellArgs);
+    if (!p.waitForFinished(20000))
+        return {-1, {}, {}};
+    return {p.exitCode(), p.readAllStandardOutput(), p.readAllStandardError()};
+}
+
+void TestCliType::help()
+{
+    const Run r = run({"--help"});
+    QCOMPARE(r.exitCode, 0);
+    QVERIFY(r.out.contains("type NAME..."));
+    QVERIFY(r.out.contains("--help"));
+}
+
+void TestCliType::typeRows_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("picture") << QByteArray("photo.jpg") << QByteArray("photo.jpg\tJPG\t0\t0\t0\tPicture\t10\n");
+    QTest::newRow("no dot") << QByteArray("readme") << QByteArray("readme\t\t71\t0\t0\tMiscellaneous\t0\n");
+    QTest::newRow("trailing dot") << QByteArray("x.") << QByteArray("x.\t\t71\t0\t0\tMiscellaneous\t0\n");
+    QTest::newRow("zip in the database band") << QByteArray("archive.zip") << QByteArray("archive.zip\tZIP\t70\t0\t1\tDatabase\t0\n");
+    QTest::newRow("ini is system text") << QByteArray("setup.ini") << QByteArray("setup.ini\tINI\t47\t1\t0\tSystem\t0\n");
+    QTest::newRow("dic unknown with a save code") << QByteArray("scan.dic") << QByteArray("scan.dic\tDIC\t71\t0\t0\tMiscellaneous\t90\n");
+    QTest::newRow("pbm shares the png code") << QByteArray("a.PBM") << QByteArray("a.PBM\tPBM\t19\t0\t0\tPicture\t75\n");
+    QTest::newRow("blank in the name") << QByteArray("my file.msp") << QByteArray("my file.msp\tMSP\t44\t0\t0\tMultimedia\t53\n");
+}
+
+void TestCliType::typeRows()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, line);
+    const Run r = run({"type", name});
+    QCOMPARE(r.exitCode, 0);
+    QCOMPARE(r.out, line);
+}
+
+void TestCliType::rawBytesAreEchoed()
+{
+    const QByteArray bad("\xff\xfe.bmp");
+    const QByteArray longName = QByteArray(5000, 'n') + ".tif";
+    const Run r = run({"type", bad, longName, "a.b.c.rtf"});
+    QCOMPARE(r.exitCode, 0);
+    const QList<QByteArray> lines = r.out.split('\n');
+    QCOMPARE(lines.size(), 4); // three lines and the empty rest
+    QCOMPARE(lines.at(0), bad + "\tBMP\t6\t0\t0\tPicture\t6");
+    QCOMPARE(lines.at(1), longName + "\tTIF\t4\t0\t0\tPicture\t3");
+    QCOMPARE(lines.at(2), QByteArray("a.b.c.rtf\tRTF\t46\t1\t0\tDocument\t0"));
+}
+
+void TestCliType::usageErrors_data()
+{
+    QTest::addColumn<QList<QByteArray>>("args");
+    QTest::newRow("type without names") << QList<QByteArray>{"type"};
+    QTest::newRow("unknown command") << QList<QByteArray>{"explode"};
+    QTest::newRow("no command") << QList<QByteArray>{};
+}
+
+void TestCliType::usageErrors()
+{
+    QFETCH(QList<QByteArray>, args);
+    const Run r = run(args);
+    QCOMPARE(r.exitCode, 2);
+    QVERIFY(!r.err.isEmpty() || !r.out.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestCliType)
+#include "tst_cli_type.moc"
