@@ -41,6 +41,8 @@ private slots:
     void windowListMarksTheActiveWindow();
     void newWindowFileTakesKindFromFlags_data();
     void newWindowFileTakesKindFromFlags();
+    void arrangeWindows_data();
+    void arrangeWindows();
 
 private:
     DocumentDouble *open(const QString &kind, qint16 indexes = 0, const QString &name = QStringLiteral("doc.jpg"));
@@ -305,6 +307,39 @@ void TestMDIForm1::newWindowFileTakesKindFromFlags()
     QCOMPARE(madeKind, kind);
     QCOMPARE(m_frame->documentCount(), 1);
     QCOMPARE(m_frame->activeDocument()->FILE_TYPE(), kind);
+}
+
+void TestMDIForm1::arrangeWindows_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("tile horizontally stacks rows") << "ID_mnuTileHorizontally";
+    QTest::newRow("tile vertically lines up columns") << "ID_mnuTileVertically";
+    QTest::newRow("cascade steps down and right") << "ID_mnuCascade";
+}
+
+void TestMDIForm1::arrangeWindows()
+{
+    QFETCH(QString, key);
+    m_frame->resize(900, 700);
+    for (int i = 0; i < 3; ++i)
+        open(QStringLiteral("I"), 0, QStringLiteral("p%1.jpg").arg(i));
+    m_frame->toolClick(key);
+    const QList<QMdiSubWindow *> windows = m_frame->mdiArea()->subWindowList();
+    QCOMPARE(windows.size(), 3);
+    const QRect area = m_frame->mdiArea()->viewport()->rect();
+    for (int i = 1; i < windows.size(); ++i) {
+        const QRect a = windows.at(i - 1)->geometry(), b = windows.at(i)->geometry();
+        if (key == QLatin1String("ID_mnuTileHorizontally")) {
+            QCOMPARE(b.top(), a.bottom() + 1);
+            QCOMPARE(b.width(), area.width());
+        } else if (key == QLatin1String("ID_mnuTileVertically")) {
+            QCOMPARE(b.left(), a.right() + 1);
+            QCOMPARE(b.height(), area.height());
+        } else {
+            QVERIFY(b.top() > a.top());
+            QVERIFY(b.left() >= a.left());
+        }
+    }
 }
 
 QTEST_MAIN(TestMDIForm1)
