@@ -13,9 +13,31 @@ namespace {
 
 QString keyringError(const QKeychain::Job *job)
 {
-    return QStringLiteral("The desktop keyring did not answer: %1. The mail password is kept only in the "
+    QString why;
+    switch (job->error()) {
+    case QKeychain::NoBackendAvailable:
+    case QKeychain::NotImplemented:
+        why = QStringLiteral("no desktop keyring is running");
+        break;
+    case QKeychain::AccessDenied:
+    case QKeychain::AccessDeniedByUser:
+        why = QStringLiteral("the desktop keyring refused access");
+        break;
+    case QKeychain::CouldNotDeleteEntry:
+        why = QStringLiteral("the desktop keyring could not remove the old password");
+        break;
+    default:
+        why = QStringLiteral("the desktop keyring reported an error");
+        break;
+    }
+    // The library's own text is often only "Unknown error"; add it only when
+    // it says more.
+    const QString detail = job->errorString();
+    if (!detail.isEmpty() && detail != QLatin1String("Unknown error"))
+        why += QStringLiteral(" (") + detail + QLatin1Char(')');
+    return QStringLiteral("The mail password could not be kept: %1. Tarnby keeps it only in the desktop "
                           "keyring, so it was not saved anywhere.")
-        .arg(job->errorString());
+        .arg(why);
 }
 
 // Runs job, calling done once: with the job's answer, or with a timeout
@@ -53,8 +75,9 @@ void start(QKeychain::Job *job, QObject *context, int timeoutMs,
             return;
         *answered = true;
         PasswordResult result;
-        result.error = QStringLiteral("The desktop keyring did not answer in time. The mail password is kept "
-                                      "only in the keyring, so it was not saved anywhere.");
+        result.error = QStringLiteral("The mail password could not be kept: the desktop keyring did not answer "
+                                      "in time. Tarnby keeps it only in the desktop keyring, so it was not saved "
+                                      "anywhere.");
         (*callback)(result);
     });
     job->start();

@@ -366,7 +366,9 @@ bool SetOptns1::store()
         return refuse(QStringLiteral("Enter Next Number of Files to Search between 500 and 2500"), m_searchTab,
                       m_text[5]);
 
-    settings::ProgramOptions o = m_edit;
+    // Start from the shared options as they are now, so that the lines this
+    // window does not show keep whatever their own windows last stored.
+    settings::ProgramOptions o = m_state.options;
     o.thumbnailHeightCm = height;
     o.thumbnailWidthCm = width;
     o.thumbnailBits = m_thumbBits->currentText();
