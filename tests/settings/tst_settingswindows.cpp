@@ -15,6 +15,8 @@
 #include "shell/MDIForm1.h"
 #include "shell/Tarnby1.h"
 
+#include <QMdiArea>
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDirIterator>
@@ -121,6 +123,8 @@ private slots:
 
     void utilitiesMenusOpenTheWindows_data();
     void utilitiesMenusOpenTheWindows();
+    void startupSurvivesBadFiles_data();
+    void startupSurvivesBadFiles();
 
 private:
     std::unique_ptr<TestDir> m_dir;
@@ -713,6 +717,72 @@ void TestSettingsWindows::utilitiesMenusOpenTheWindows()
         QCOMPARE(state.workingFolders, QStringList{QString()});
         QCOMPARE(browser.workingFolderIndex(), 0);
     }
+}
+
+void TestSettingsWindows::startupSurvivesBadFiles_data()
+{
+    QTest::addColumn<QByteArray>("options");
+    QTest::addColumn<QByteArray>("colors");
+    QTest::addColumn<QByteArray>("folders");
+    QTest::addColumn<QStringList>("expectedFolders");
+
+    QByteArray binary(50 * 1024 * 1024, '\0');
+    for (qsizetype i = 0; i < binary.size(); i += 4096)
+        binary[i] = char(i * 7);
+    QTest::newRow("50 MB of binary in every file") << binary << binary << binary << QStringList();
+    QTest::newRow("empty files") << QByteArray("") << QByteArray("") << QByteArray("") << QStringList();
+    QTest::newRow("CR-only line ends") << QByteArray("1\r2\r3\r") << QByteArray("255\r255\r")
+                                       << QByteArray("/a (1)\r/b (2)\r") << QStringList{"/a (1)", "/b (2)"};
+    QTest::newRow("LF-only, short and not numbers")
+        << QByteArray("left\ntop\n") << QByteArray("red\ngreen\n") << QByteArray("/a (1)\n")
+        << QStringList{"/a (1)"};
+}
+
+void TestSettingsWindows::startupSurvivesBadFiles()
+{
+    QFETCH(QByteArray, options);
+    QFETCH(QByteArray, colors);
+    QFETCH(QByteArray, folders);
+    QFETCH(QStringList, expectedFolders);
+
+    ScriptedResponder responder(*m_services);
+    SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
+    m_dir->createFile(QStringLiteral("home/Options.INI"), options);
+    m_dir->createFile(QStringLiteral("home/Colors.INI"), colors);
+    m_dir->createFile(QStringLiteral("home/FoldFile.INI"), folders);
+    const QString home = m_dir->filePath(QStringLiteral("home"));
+
+    AppState state;
+    Tarnby1 browser(state, *m_services, store);
+    StartupRequest request;
+    request.homeOption = home;
+    QElapsedTimer timer;
+    timer.start();
+    browser.load(request);
+    QVERIFY2(timer.elapsed() < 5000, "start-up took too long on bad settings files");
+    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(state.workingFolders, expectedFolders);
+    QCOMPARE(state.options.thumbnailHeightCm, settings::ProgramOptions().thumbnailHeightCm);
+    QCOMPARE(state.colors.swatch(Swatch::ListBoxesBack), 0xEAFFEAu);
+
+    // The browser and the frame take their colours.
+    QCOMPARE(browser.palette().color(QPalette::Window), settings::toQColor(state.colors.swatch(Swatch::MainWindowBack)));
+    QCOMPARE(browser.frame()->mdiArea()->background().color(), settings::toQColor(0xFFC0C0));
+
+    // The next saves write well-formed files.
+    for (const char *key : {"ID_mnuSetApplicationOptions", "ID_mnuSetApplicationColors"}) {
+        whenModal([](QWidget *w) { w->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click(); });
+        browser.toolClick(QLatin1String(key));
+    }
+    QCOMPARE(responder.messageTexts(), QStringList());
+    const QByteArray optionsNow = m_dir->read(QStringLiteral("home/Options.INI"));
+    QCOMPARE(optionsNow.count("\r\n"), 34);
+    QCOMPARE(optionsNow.count('\n'), 34);
+    const QByteArray colorsNow = m_dir->read(QStringLiteral("home/Colors.INI"));
+    QCOMPARE(colorsNow.count("\r\n"), 22);
+    QCOMPARE(colorsNow.count('\n'), 22);
+    settings::WindowColors reread;
+    QVERIFY(settings::readWindowColors(home, reread).keptDefault.isEmpty());
 }
 
 QTEST_MAIN(TestSettingsWindows)

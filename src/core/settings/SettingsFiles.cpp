@@ -68,8 +68,9 @@ SettingsLoadReport loadSettings(AppState &state)
     if (!folders.stoppedBecause.isEmpty())
         report.keptDefault << WorkingFoldersFileName + QStringLiteral(": ") + folders.stoppedBecause;
 
-    for (const QString &line : std::as_const(report.keptDefault))
-        qCInfo(lcSettings) << "kept the default for" << line;
+    // For a developer chasing an odd setting: QT_LOGGING_RULES="tarnby.settings.debug=true".
+    if (!report.keptDefault.isEmpty())
+        qCDebug(lcSettings) << "kept the default for" << report.keptDefault.join(QStringLiteral(", "));
     return report;
 }
 

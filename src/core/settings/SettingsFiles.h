@@ -21,7 +21,7 @@ QStringList seedSettingsFiles(const QString &folder, QStringList *warnings);
 struct SettingsLoadReport {
     QStringList seeded;   // files written because the folder lacked them
     QStringList warnings; // whole sentences for the user (a file could not be written)
-    QStringList keptDefault; // "Options.INI: thumbnailHeightCm", ... for the developer's log
+    QStringList keptDefault; // "Options: thumbnailHeightCm", "Colors.INI: ...", for the developer's log
 };
 
 // The browser's start-up step: sets the default colours (which also clears
