@@ -118,6 +118,7 @@ private slots:
     void foldersEditAndSave();
     void foldersEmptyListSavedAsOneEmptyLine();
     void foldersCancelStoresNothing();
+    void foldersDriveMovesToItsRoot();
 
     void coloursAppliedWhenShown();
 
@@ -618,6 +619,17 @@ void TestSettingsWindows::foldersCancelStoresNothing()
     click(&dialog, QStringLiteral("CancelBtn"));
     QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
     QVERIFY(!QFileInfo::exists(m_dir->filePath(settings::WorkingFoldersFileName)));
+}
+
+void TestSettingsWindows::foldersDriveMovesToItsRoot()
+{
+    SetFoldr1 dialog(*m_state, *m_services, m_dir->createFolder(QStringLiteral("deep/er")));
+    auto *drives = child<QComboBox>(&dialog, QStringLiteral("Drive1"));
+    const int root = drives->findText(QDir::rootPath());
+    QVERIFY(root >= 0);
+    drives->setCurrentIndex(root);
+    emit drives->activated(root);
+    QCOMPARE(dialog.currentFolder(), QDir::rootPath());
 }
 
 void TestSettingsWindows::coloursAppliedWhenShown()
