@@ -120,6 +120,9 @@ private slots:
     void foldersCancelStoresNothing();
     void foldersDriveMovesToItsRoot();
 
+    void unwritableFileStoresNothing_data();
+    void unwritableFileStoresNothing();
+
     void coloursAppliedWhenShown();
 
     void utilitiesMenusOpenTheWindows_data();
@@ -630,6 +633,47 @@ void TestSettingsWindows::foldersDriveMovesToItsRoot()
     drives->setCurrentIndex(root);
     emit drives->activated(root);
     QCOMPARE(dialog.currentFolder(), QDir::rootPath());
+}
+
+void TestSettingsWindows::unwritableFileStoresNothing_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("options") << settings::OptionsFileName;
+    QTest::newRow("colours") << settings::ColorsFileName;
+    QTest::newRow("working folders") << settings::WorkingFoldersFileName;
+}
+
+void TestSettingsWindows::unwritableFileStoresNothing()
+{
+    QFETCH(QString, file);
+    // A folder in the file's place: no writer can replace it, even root's.
+    m_dir->createFolder(file);
+    ScriptedResponder responder(*m_services);
+    const settings::ProgramOptions options = m_state->options;
+    const settings::WindowColors colors = m_state->colors;
+    m_state->workingFolders = {QStringLiteral("/a (1)")};
+
+    std::unique_ptr<QDialog> dialog;
+    if (file == settings::OptionsFileName) {
+        auto *d = new SetOptns1(*m_state, *m_services);
+        child<QCheckBox>(d, QStringLiteral("CHKGRIDLINE"))->setChecked(true);
+        dialog.reset(d);
+    } else if (file == settings::ColorsFileName) {
+        auto *d = new SetColor1(*m_state, *m_services);
+        d->swatch(0)->setValue(0x123456);
+        dialog.reset(d);
+    } else {
+        auto *d = new SetFoldr1(*m_state, *m_services, m_dir->path());
+        click(d, QStringLiteral("ClearBtn"));
+        dialog.reset(d);
+    }
+    click(dialog.get(), QStringLiteral("OKBtn"));
+    QCOMPARE(responder.messageTexts().size(), 1);
+    QVERIFY(responder.messageTexts().constFirst().contains(file));
+    QVERIFY(dialog->result() != QDialog::Accepted);
+    QVERIFY(m_state->options == options);
+    QVERIFY(m_state->colors == colors);
+    QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
 }
 
 void TestSettingsWindows::coloursAppliedWhenShown()
