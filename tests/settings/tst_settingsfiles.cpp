@@ -25,7 +25,7 @@ QByteArray crlf(const QStringList &lines)
     return bytes;
 }
 
-const LineSpec<ProgramOptions> &optionRow(const char *name)
+const LineRow<ProgramOptions> &optionRow(const char *name)
 {
     for (const auto &row : optionsFileTable()) {
         if (qstrcmp(row.name, name) == 0)
@@ -149,7 +149,7 @@ void TestSettingsFiles::tablesNumberTheirLines()
     // Every swatch but the shared "Selection Item" has exactly one line.
     QList<int> seen(SwatchCount, 0);
     expected = 1;
-    for (const ColorLineSpec &row : colorsFileTable()) {
+    for (const ColorLineRow &row : colorsFileTable()) {
         QCOMPARE(row.line, expected++);
         ++seen[int(row.swatch)];
     }

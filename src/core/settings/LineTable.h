@@ -32,7 +32,7 @@ template<class S>
 using LineMember = std::variant<QString S::*, double S::*, qint32 S::*, qint16 S::*, bool S::*>;
 
 template<class S>
-struct LineSpec {
+struct LineRow {
     int line;               // counting from 1
     const char *name;       // for reports and tests
     LineType type;
@@ -83,7 +83,7 @@ inline bool inRange(double v, double minimum, double maximum)
 // Sets the member of row from text when text can be read as the row says;
 // returns false and leaves the member unchanged otherwise.
 template<class S>
-bool parseLine(S &target, const LineSpec<S> &row, const QString &text)
+bool parseLine(S &target, const LineRow<S> &row, const QString &text)
 {
     switch (row.type) {
     case LineType::Text:
@@ -165,7 +165,7 @@ bool parseLine(S &target, const LineSpec<S> &row, const QString &text)
 
 // The line that the writer puts in the file for row.
 template<class S>
-QString formatLine(const S &source, const LineSpec<S> &row)
+QString formatLine(const S &source, const LineRow<S> &row)
 {
     return std::visit(
         [&](auto member) -> QString {
@@ -193,9 +193,9 @@ QString formatLine(const S &source, const LineSpec<S> &row)
 
 // Sets every member that rows name to its default.
 template<class S>
-void applyDefaults(S &target, std::span<const LineSpec<S>> rows)
+void applyDefaults(S &target, std::span<const LineRow<S>> rows)
 {
-    for (const LineSpec<S> &row : rows) {
+    for (const LineRow<S> &row : rows) {
         const bool ok = parseLine(target, row, QString::fromUtf8(row.defaultText));
         Q_ASSERT_X(ok, "applyDefaults", row.name);
         Q_UNUSED(ok);
@@ -205,13 +205,13 @@ void applyDefaults(S &target, std::span<const LineSpec<S>> rows)
 // Reads path into target line by line in table order. Rows whose line is
 // missing or unreadable keep the value target already holds.
 template<class S>
-TableReadReport readTable(const QString &path, std::span<const LineSpec<S>> rows, S &target)
+TableReadReport readTable(const QString &path, std::span<const LineRow<S>> rows, S &target)
 {
     TableReadReport report;
     const LineFileRead file = readLineFile(path, int(rows.size()));
     report.found = file.found;
     report.linesRead = int(file.lines.size());
-    for (const LineSpec<S> &row : rows) {
+    for (const LineRow<S> &row : rows) {
         const int i = row.line - 1;
         if (i >= file.lines.size() || !parseLine(target, row, file.lines.at(i)))
             report.keptDefault << QString::fromLatin1(row.name);
@@ -220,17 +220,17 @@ TableReadReport readTable(const QString &path, std::span<const LineSpec<S>> rows
 }
 
 template<class S>
-QStringList tableLines(std::span<const LineSpec<S>> rows, const S &source)
+QStringList tableLines(std::span<const LineRow<S>> rows, const S &source)
 {
     QStringList lines;
-    for (const LineSpec<S> &row : rows)
+    for (const LineRow<S> &row : rows)
         lines << formatLine(source, row);
     return lines;
 }
 
 // Writes every row of source, in table order, atomically (see writeLineFile).
 template<class S>
-bool writeTable(const QString &path, std::span<const LineSpec<S>> rows, const S &source, QString *error)
+bool writeTable(const QString &path, std::span<const LineRow<S>> rows, const S &source, QString *error)
 {
     return writeLineFile(path, tableLines(rows, source), error);
 }

@@ -13,7 +13,7 @@ using T = LineType;
 // pixels (at 96 DPI, 15 twips a pixel), a little in from the screen's corner.
 // The pane and view-style lines start empty: the browser fills them when it
 // first lays out its panes.
-const LineSpec<P> OptionsLines[] = {
+const LineRow<P> OptionsLines[] = {
     {1, "browserLeft", T::Number, &P::browserLeft, "900"},
     {2, "browserTop", T::Number, &P::browserTop, "900"},
     {3, "browserWidth", T::Number, &P::browserWidth, "15000"},
@@ -54,7 +54,7 @@ static_assert(std::size(OptionsLines) == OptionsFileLineCount);
 
 // Options that "Options.INI" has no line for. They have a file of their own
 // so that "Options.INI" keeps its 34 lines for every reader of it.
-const LineSpec<P> MoreOptionsLines[] = {
+const LineRow<P> MoreOptionsLines[] = {
     {1, "separatorPercent", T::Integer32, &P::separatorPercent, "30", 20, 80},
     {2, "addressBook", T::Text, &P::addressBook, "MailAddr.MLS"},
     {3, "smtpHost", T::Text, &P::smtpHost, ""},
@@ -76,12 +76,12 @@ ProgramOptions::ProgramOptions()
     applyDefaults<ProgramOptions>(*this, moreOptionsTable());
 }
 
-std::span<const LineSpec<ProgramOptions>> optionsFileTable()
+std::span<const LineRow<ProgramOptions>> optionsFileTable()
 {
     return OptionsLines;
 }
 
-std::span<const LineSpec<ProgramOptions>> moreOptionsTable()
+std::span<const LineRow<ProgramOptions>> moreOptionsTable()
 {
     return MoreOptionsLines;
 }

@@ -86,8 +86,8 @@ struct ProgramOptions {
 
 inline constexpr int OptionsFileLineCount = 34;
 
-std::span<const LineSpec<ProgramOptions>> optionsFileTable();  // "Options.INI"
-std::span<const LineSpec<ProgramOptions>> moreOptionsTable();  // "Options2.INI"
+std::span<const LineRow<ProgramOptions>> optionsFileTable();  // "Options.INI"
+std::span<const LineRow<ProgramOptions>> moreOptionsTable();  // "Options2.INI"
 
 inline const QString OptionsFileName = QStringLiteral("Options.INI");
 inline const QString MoreOptionsFileName = QStringLiteral("Options2.INI");

@@ -14,7 +14,7 @@ namespace {
 
 using S = Swatch;
 
-const ColorLineSpec ColorLines[] = {
+const ColorLineRow ColorLines[] = {
     {1, S::MainWindowBack, "Main Window background", false, 0xFFD3CE},
     {2, S::MainWindowText, "Main Window text", false, 0x000000},
     {3, S::ListBoxesBack, "List Boxes background", false, 0xEAFFEA},
@@ -88,7 +88,7 @@ const std::array<Swatch, SwatchCount> SwatchStoreOrder = {
     S::SelectionItemBack, S::PictureWindowsBack, S::SelectionButtonsBack,
 };
 
-std::span<const ColorLineSpec> colorsFileTable()
+std::span<const ColorLineRow> colorsFileTable()
 {
     return ColorLines;
 }
@@ -121,7 +121,7 @@ void WindowColors::storeSwatches(const std::array<ColorNumber, SwatchCount> &sho
 
 void setDefaultColors(WindowColors &colors, ProgramOptions &options)
 {
-    for (const ColorLineSpec &row : ColorLines) {
+    for (const ColorLineRow &row : ColorLines) {
         if (row.defaultValue)
             colors.setValue(row.line - 1, *row.defaultValue);
     }
@@ -134,7 +134,7 @@ ColorsReadReport readWindowColors(const QString &folder, WindowColors &colors)
     const LineFileRead file = readLineFile(QDir(folder).filePath(ColorsFileName), ColorsFileLineCount);
     report.found = file.found;
     report.linesRead = int(file.lines.size());
-    for (const ColorLineSpec &row : ColorLines) {
+    for (const ColorLineRow &row : ColorLines) {
         const int i = row.line - 1;
         const std::optional<ColorNumber> v =
             i < file.lines.size() ? parseColor(file.lines.at(i), row.readAsInteger) : std::nullopt;

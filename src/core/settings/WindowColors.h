@@ -53,7 +53,7 @@ using ColorNumber = quint32;
 // One line of "Colors.INI": the swatch it stores, whether it is read as a
 // 32-bit integer (a whole number) or as a number that may carry a fraction,
 // and its default. Line 20 stores swatch 21 and swatch 10, which share it.
-struct ColorLineSpec {
+struct ColorLineRow {
     int line;          // counting from 1
     Swatch swatch;
     const char *name;
@@ -63,7 +63,7 @@ struct ColorLineSpec {
     std::optional<ColorNumber> defaultValue;
 };
 
-std::span<const ColorLineSpec> colorsFileTable();
+std::span<const ColorLineRow> colorsFileTable();
 
 // The order in which the colours window stores its swatches on OK. Swatch 10
 // comes after swatch 21, so of the two that share a value the "Selection
