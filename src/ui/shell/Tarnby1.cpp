@@ -9,6 +9,12 @@
 #include "app/ProgramFolder.h"
 #include "app/SettingsStore.h"
 #include "services/UiServices.h"
+#include "settings/SetColor1.h"
+#include "settings/SetFoldr1.h"
+#include "settings/SetOptns1.h"
+#include "settings/SettingsFiles.h"
+#include "settings/WindowColorsApplier.h"
+#include "settings/WorkingFolders.h"
 #include "shell/CommandLine.h"
 #include "shell/OpenRouting.h"
 #include "tools/HelpWindow.h"
@@ -144,7 +150,12 @@ void Tarnby1::load(const StartupRequest &request)
     // 4. The help pages below the program folder.
     m_startupSteps << QStringLiteral("help file");
 
-    // 5. The settings files.
+    // 5. The settings files: default colours first, then the options, the
+    // colours and the working folders.
+    const settings::SettingsLoadReport loaded = settings::loadSettings(m_state);
+    for (const QString &warning : loaded.warnings)
+        m_services.messages.inform(warning, this);
+    applyMainWindowColors(this, m_state);
     m_startupSteps << QStringLiteral("settings");
 
     // 6. The panes from their saved sizes.
@@ -160,6 +171,7 @@ void Tarnby1::load(const StartupRequest &request)
     m_startupSteps << QStringLiteral("filter box");
 
     // 8. The working folders.
+    CreateOpenFileExt();
     m_startupSteps << QStringLiteral("working folders");
 
     // 9. Toolbar states.
@@ -286,9 +298,28 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::AddOrganizerFiles:
         notYetAvailable(QStringLiteral("The file organizer"));
         return;
-    case BrowserAction::WorkingFolders: notYetAvailable(QStringLiteral("Set Working Folders")); return;
-    case BrowserAction::ApplicationColors: notYetAvailable(QStringLiteral("Set Application Colors")); return;
-    case BrowserAction::ApplicationOptions: notYetAvailable(QStringLiteral("Set Application Options")); return;
+    case BrowserAction::WorkingFolders: {
+        const QString current = QFileInfo(m_state.currentFile).absolutePath();
+        SetFoldr1 window(m_state, m_services, m_state.currentFile.isEmpty() ? m_state.programFolder : current, this);
+        connect(&window, &SetFoldr1::foldersSaved, this, &Tarnby1::CreateOpenFileExt);
+        connect(&window, &SetFoldr1::helpRequested, this, [this] { showHelp(false); });
+        window.exec();
+        return;
+    }
+    case BrowserAction::ApplicationColors: {
+        SetColor1 window(m_state, m_services, this);
+        connect(&window, &SetColor1::helpRequested, this, [this] { showHelp(false); });
+        if (window.exec() == QDialog::Accepted)
+            applySettingsToWindows();
+        return;
+    }
+    case BrowserAction::ApplicationOptions: {
+        SetOptns1 window(m_state, m_services, this);
+        connect(&window, &SetOptns1::helpRequested, this, [this] { showHelp(false); });
+        if (window.exec() == QDialog::Accepted)
+            applySettingsToWindows();
+        return;
+    }
     case BrowserAction::ComputerInNetwork: notYetAvailable(QStringLiteral("Set Computer in Network")); return;
     case BrowserAction::RefreshFileList: return;
     case BrowserAction::CollapseTree: m_tree->collapseAll(); return;
@@ -305,6 +336,20 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::SetFolder: notYetAvailable(QStringLiteral("SetFolder")); return;
     case BrowserAction::StopThumbnails: return;
     }
+}
+
+void Tarnby1::CreateOpenFileExt()
+{
+    // Read back whole, as at start-up: the file is the list's only source.
+    m_state.workingFolders = settings::readWorkingFolders(m_state.programFolder).lines;
+    m_workingFolderIndex = m_state.workingFolders.isEmpty() ? -1 : 0;
+}
+
+void Tarnby1::applySettingsToWindows()
+{
+    applyMainWindowColors(this, m_state);
+    if (m_frame)
+        applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
 }
 
 void Tarnby1::showHelp(bool search)
@@ -327,6 +372,7 @@ MDIForm1 *Tarnby1::frame()
         m_frame = new MDIForm1(m_state, m_services, this);
         m_frame->setWindowFlag(Qt::Window);
         m_frame->SetMDIWinSize();
+        applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
         connect(m_frame, &MDIForm1::browserCommand, this, &Tarnby1::runCommand);
         connect(m_frame, &MDIForm1::openFileRequested, this, &Tarnby1::DisplayImage);
         connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {

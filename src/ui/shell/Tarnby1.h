@@ -71,6 +71,17 @@ public:
     // Opens the files named on the command line (after start-up).
     void openCommandLineFiles();
 
+    // ---- working folders and settings (settings windows) ----
+    // Reads "FoldFile.INI" into state.workingFolders, every line as it
+    // stands, and selects the first line when there is one. Runs at start-up
+    // and whenever the working folders window saves the list.
+    void CreateOpenFileExt();
+    // The selected line of the working folder list; -1 when it is empty.
+    int workingFolderIndex() const { return m_workingFolderIndex; }
+    void setWorkingFolderIndex(int index) { m_workingFolderIndex = index; }
+    // Applies changed colours and bold type to the browser and the frame.
+    void applySettingsToWindows();
+
 protected:
     void closeEvent(QCloseEvent *event) override;
 
@@ -101,6 +112,8 @@ private:
     QSplitter *m_splitter = nullptr;
     QString m_dialogFilter;
     QString m_pictureDialogFilter;
+    // The selected working folder line (settings windows).
+    int m_workingFolderIndex = -1;
 };
 
 } // namespace tarnby::ui

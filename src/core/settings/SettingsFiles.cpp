@@ -1,0 +1,77 @@
+#include "SettingsFiles.h"
+
+#include "ProgramOptions.h"
+#include "WindowColors.h"
+#include "WorkingFolders.h"
+#include "app/AppState.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+namespace tarnby::settings {
+
+Q_LOGGING_CATEGORY(lcSettings, "tarnby.settings")
+
+QStringList seedSettingsFiles(const QString &folder, QStringList *warnings)
+{
+    QStringList written;
+    const QDir dir(folder);
+    QString error;
+
+    const ProgramOptions defaults;
+    if (!QFileInfo::exists(dir.filePath(OptionsFileName))) {
+        if (writeTable<ProgramOptions>(dir.filePath(OptionsFileName), optionsFileTable(), defaults, &error))
+            written << OptionsFileName;
+        else
+            warnings->append(error);
+    }
+    if (!QFileInfo::exists(dir.filePath(MoreOptionsFileName))) {
+        if (writeTable<ProgramOptions>(dir.filePath(MoreOptionsFileName), moreOptionsTable(), defaults, &error))
+            written << MoreOptionsFileName;
+        else
+            warnings->append(error);
+    }
+    if (!QFileInfo::exists(dir.filePath(ColorsFileName))) {
+        WindowColors colors;
+        ProgramOptions scratch;
+        setDefaultColors(colors, scratch);
+        if (writeWindowColors(folder, colors, &error))
+            written << ColorsFileName;
+        else
+            warnings->append(error);
+    }
+    return written;
+}
+
+SettingsLoadReport loadSettings(AppState &state)
+{
+    SettingsLoadReport report;
+    // The defaults come first so that they hold wherever a file is missing
+    // or short.
+    setDefaultColors(state.colors, state.options);
+    if (state.programFolder.isEmpty())
+        return report;
+
+    report.seeded = seedSettingsFiles(state.programFolder, &report.warnings);
+
+    const TableReadReport options = readProgramOptions(state.programFolder, state.options);
+    for (const QString &name : options.keptDefault)
+        report.keptDefault << QStringLiteral("Options: ") + name;
+
+    const ColorsReadReport colors = readWindowColors(state.programFolder, state.colors);
+    for (const QString &name : colors.keptDefault)
+        report.keptDefault << ColorsFileName + QStringLiteral(": ") + name;
+
+    const WorkingFoldersRead folders = readWorkingFolders(state.programFolder);
+    state.workingFolders = folders.lines;
+    if (!folders.stoppedBecause.isEmpty())
+        report.keptDefault << WorkingFoldersFileName + QStringLiteral(": ") + folders.stoppedBecause;
+
+    // For a developer chasing an odd setting: QT_LOGGING_RULES="tarnby.settings.debug=true".
+    if (!report.keptDefault.isEmpty())
+        qCDebug(lcSettings) << "kept the default for" << report.keptDefault.join(QStringLiteral(", "));
+    return report;
+}
+
+} // namespace tarnby::settings

@@ -1,0 +1,845 @@
+#include "TestDir.h"
+
+#include "app/AppState.h"
+#include "app/SettingsStore.h"
+#include "services/ScriptedResponder.h"
+#include "services/UiServices.h"
+#include "settings/MailPasswords.h"
+#include "settings/ProgramOptions.h"
+#include "settings/SetColor1.h"
+#include "settings/SetFoldr1.h"
+#include "settings/SetOptns1.h"
+#include "settings/WindowColors.h"
+#include "settings/WindowColorsApplier.h"
+#include "settings/WorkingFolders.h"
+#include "shell/MDIForm1.h"
+#include "shell/Tarnby1.h"
+
+#include <QMdiArea>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDirIterator>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QtTest>
+
+using namespace tarnby;
+using namespace tarnby::ui;
+using settings::Swatch;
+
+namespace {
+
+template<class T = QWidget>
+T *child(QWidget *parent, const QString &name)
+{
+    T *w = parent->findChild<T *>(name);
+    if (!w)
+        qWarning("no control %s", qPrintable(name));
+    return w;
+}
+
+QLineEdit *textBox(QWidget *dialog, int index)
+{
+    return child<QLineEdit>(dialog, QStringLiteral("Text1_%1").arg(index));
+}
+
+void click(QWidget *dialog, const QString &button)
+{
+    QPushButton *b = child<QPushButton>(dialog, button);
+    QVERIFY(b);
+    b->click();
+}
+
+// Runs act on the next modal window that opens (the settings windows open
+// with exec()).
+void whenModal(std::function<void(QWidget *)> act)
+{
+    auto *timer = new QTimer;
+    timer->setInterval(10);
+    QObject::connect(timer, &QTimer::timeout, [timer, act] {
+        if (QWidget *w = QApplication::activeModalWidget()) {
+            timer->stop();
+            timer->deleteLater();
+            act(w);
+        }
+    });
+    timer->start();
+}
+
+bool anyFileHolds(const QString &folder, const QByteArray &needle)
+{
+    QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile f(it.next());
+        if (f.open(QIODevice::ReadOnly) && f.readAll().contains(needle))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+class TestSettingsWindows : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void optionsControls_data();
+    void optionsControls();
+    void optionsFilledFromState();
+    void optionsValidation_data();
+    void optionsValidation();
+    void optionsChecksInOrder();
+    void optionsOkStoresAndWrites();
+    void optionsCancelStoresNothing();
+    void addressBookChooser();
+    void mailPasswordStaysInKeyring();
+
+    void colourSwatchGrid();
+    void colourSharedSwatch_data();
+    void colourSharedSwatch();
+    void colourCancelStoresNothing();
+
+    void foldersFilterAndFiles_data();
+    void foldersFilterAndFiles();
+    void foldersEditAndSave();
+    void foldersEmptyListSavedAsOneEmptyLine();
+    void foldersCancelStoresNothing();
+    void foldersDriveMovesToItsRoot();
+
+    void unwritableFileStoresNothing_data();
+    void unwritableFileStoresNothing();
+
+    void coloursAppliedWhenShown();
+
+    void utilitiesMenusOpenTheWindows_data();
+    void utilitiesMenusOpenTheWindows();
+    void startupSurvivesBadFiles_data();
+    void startupSurvivesBadFiles();
+
+private:
+    std::unique_ptr<TestDir> m_dir;
+    std::unique_ptr<AppState> m_state;
+    std::unique_ptr<UiServices> m_services;
+};
+
+void TestSettingsWindows::init()
+{
+    m_dir = std::make_unique<TestDir>();
+    m_state = std::make_unique<AppState>();
+    m_state->programFolder = m_dir->path();
+    settings::setDefaultColors(m_state->colors, m_state->options);
+    m_services = std::make_unique<UiServices>();
+}
+
+void TestSettingsWindows::cleanup()
+{
+    m_services.reset();
+    m_state.reset();
+    m_dir.reset();
+}
+
+void TestSettingsWindows::optionsControls_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("tooltip");
+    QTest::newRow("text documents") << "CHKUSETEXTDOC" << "Use Text File Format for HTML,Word Docments"
+                                    << "Use Text File Format for HTML,Word Docments";
+    QTest::newRow("bold type") << "CHKBOLDTYPE" << "Use Bold Type" << "Use Bold Type on all Windows";
+    QTest::newRow("grid lines") << "CHKGRIDLINE" << "Use Grid Lines" << "Show Grid Lines on Folder/File Explorer List";
+    QTest::newRow("menu light raised") << "RDMENU_1" << "Light Raised" << "Use Light Raised Text on Menus";
+    QTest::newRow("menu heavy raised") << "RDMENU_4" << "Heavy Raised" << "Use Heavy Raised Text on Menus";
+    QTest::newRow("inset browser text") << "RDBROWTYPE_0" << "Inset Browser Text"
+                                        << "Use Inset 3-D Text on all Table Browsers";
+    QTest::newRow("flat browser text") << "RDBROWTYPE_2" << "Flat Browser Text" << "Use Flat 2-D Text on Table Browsers";
+    QTest::newRow("address book") << "EMailBKBtn" << "..." << "Locate E-Mail Address Book";
+    QTest::newRow("separator") << "Text1_6" << "" << "Percent of Main Window Device/Folder Selector Tree Occupies";
+    QTest::newRow("from address") << "Text1_3" << "" << "Enter Your From E-Mail Address";
+    QTest::newRow("web site") << "Text1_2" << "" << "Enter Web Site Address available when Browser Started";
+    QTest::newRow("to address 3") << "Text1_9" << ""
+                                  << "Enter a frequently used To E-Mail Address for sending files";
+}
+
+void TestSettingsWindows::optionsControls()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, text);
+    QFETCH(QString, tooltip);
+    SetOptns1 dialog(*m_state, *m_services);
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Set Tarnby Control Options"));
+    QCOMPARE(child<QTabWidget>(&dialog, QStringLiteral("TabStrip1"))->count(), 5);
+    QWidget *w = child(&dialog, name);
+    QVERIFY(w);
+    if (auto *b = qobject_cast<QAbstractButton *>(w))
+        QCOMPARE(b->text(), text);
+    QCOMPARE(w->toolTip(), tooltip);
+}
+
+void TestSettingsWindows::optionsFilledFromState()
+{
+    m_state->options.browserTextStyle = QStringLiteral("R");
+    m_state->options.menuTextStyle = 3;
+    m_state->options.thumbnailBits = QStringLiteral("8 Bits");
+    m_state->options.tableRowHeight = 420;
+    m_state->options.thumbnailHeightCm = 1.25;
+    m_state->options.toAddress2 = QStringLiteral("two@example.org");
+    SetOptns1 dialog(*m_state, *m_services);
+    QVERIFY(child<QRadioButton>(&dialog, QStringLiteral("RDBROWTYPE_1"))->isChecked());
+    QVERIFY(child<QRadioButton>(&dialog, QStringLiteral("RDMENU_3"))->isChecked());
+    QCOMPARE(child<QComboBox>(&dialog, QStringLiteral("CMBTHUMBRES"))->currentText(), QStringLiteral("8 Bits"));
+    QCOMPARE(child<QComboBox>(&dialog, QStringLiteral("CMBTHUMBRES"))->count(), 11);
+    QCOMPARE(child<QSlider>(&dialog, QStringLiteral("Slider1"))->value(), 420);
+    QCOMPARE(textBox(&dialog, 0)->text(), QStringLiteral("1.25"));
+    QCOMPARE(textBox(&dialog, 8)->text(), QStringLiteral("two@example.org"));
+}
+
+void TestSettingsWindows::optionsValidation_data()
+{
+    QTest::addColumn<int>("box");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("message"); // empty: accepted
+    QTest::addColumn<QString>("tab");
+
+    const QString thumbs = QStringLiteral("Invalid Sizes for ThumbNail Images");
+    const QString percent = QStringLiteral("Enter a Percentage between 20 and 80");
+    const QString initial = QStringLiteral("Enter Initial Number of Files to Search between 2,500 and 10,000");
+    const QString next = QStringLiteral("Enter Next Number of Files to Search between 500 and 2500");
+    QTest::newRow("thumbnail height 0.5") << 0 << "0.5" << "" << "";
+    QTest::newRow("thumbnail height 5.5") << 0 << "5.5" << "" << "";
+    QTest::newRow("thumbnail height 0.4") << 0 << "0.4" << thumbs << "TabThumbNails";
+    QTest::newRow("thumbnail height 5.6") << 0 << "5.6" << thumbs << "TabThumbNails";
+    QTest::newRow("thumbnail width 0.4") << 1 << "0.4" << thumbs << "TabThumbNails";
+    QTest::newRow("thumbnail width 5.6") << 1 << "5.6" << thumbs << "TabThumbNails";
+    QTest::newRow("thumbnail height not a number") << 0 << "big" << thumbs << "TabThumbNails";
+    QTest::newRow("separator 20") << 6 << "20" << "" << "";
+    QTest::newRow("separator 80") << 6 << "80" << "" << "";
+    QTest::newRow("separator 19") << 6 << "19" << percent << "TabGeneral";
+    QTest::newRow("separator 81") << 6 << "81" << percent << "TabGeneral";
+    QTest::newRow("separator empty") << 6 << "" << percent << "TabGeneral";
+    QTest::newRow("initial 2500") << 4 << "2500" << "" << "";
+    QTest::newRow("initial 10000") << 4 << "10000" << "" << "";
+    QTest::newRow("initial 2499") << 4 << "2499" << initial << "TabSearch";
+    QTest::newRow("initial 10001") << 4 << "10001" << initial << "TabSearch";
+    QTest::newRow("next 500") << 5 << "500" << "" << "";
+    QTest::newRow("next 2500") << 5 << "2500" << "" << "";
+    QTest::newRow("next 499") << 5 << "499" << next << "TabSearch";
+    QTest::newRow("next 2501") << 5 << "2501" << next << "TabSearch";
+}
+
+void TestSettingsWindows::optionsValidation()
+{
+    QFETCH(int, box);
+    QFETCH(QString, value);
+    QFETCH(QString, message);
+    QFETCH(QString, tab);
+
+    ScriptedResponder responder(*m_services);
+    const settings::ProgramOptions before = m_state->options;
+    SetOptns1 dialog(*m_state, *m_services);
+    auto *tabs = child<QTabWidget>(&dialog, QStringLiteral("TabStrip1"));
+    tabs->setCurrentIndex(4);
+    textBox(&dialog, box)->setText(value);
+    click(&dialog, QStringLiteral("OKBtn"));
+
+    const QString optionsFile = QDir(m_dir->path()).filePath(settings::OptionsFileName);
+    if (message.isEmpty()) {
+        QCOMPARE(responder.messageTexts(), QStringList());
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QVERIFY(QFileInfo::exists(optionsFile));
+        return;
+    }
+    QCOMPARE(responder.messageTexts(), QStringList{message});
+    QCOMPARE(responder.messages().constFirst().title, QStringLiteral("Tarnby 3.0"));
+    QCOMPARE(responder.messages().constFirst().buttons, MessageButtons::Ok);
+    QCOMPARE(tabs->currentWidget()->objectName(), tab);
+    QCOMPARE(dialog.focusWidget(), textBox(&dialog, box));
+    QVERIFY(m_state->options == before);
+    QVERIFY(!QFileInfo::exists(optionsFile));
+}
+
+void TestSettingsWindows::optionsChecksInOrder()
+{
+    ScriptedResponder responder(*m_services);
+    SetOptns1 dialog(*m_state, *m_services);
+    for (int box : {0, 1, 6, 4, 5})
+        textBox(&dialog, box)->setText(QStringLiteral("0"));
+    const struct {
+        int fix;
+        const char *value;
+        const char *message;
+    } steps[] = {
+        {0, "1", "Invalid Sizes for ThumbNail Images"},
+        {1, "1", "Invalid Sizes for ThumbNail Images"},
+        {6, "50", "Enter a Percentage between 20 and 80"},
+        {4, "5000", "Enter Initial Number of Files to Search between 2,500 and 10,000"},
+        {5, "600", "Enter Next Number of Files to Search between 500 and 2500"},
+    };
+    for (const auto &step : steps) {
+        responder.clear();
+        QVERIFY(!dialog.store());
+        QCOMPARE(responder.messageTexts(), QStringList{QLatin1String(step.message)});
+        textBox(&dialog, step.fix)->setText(QLatin1String(step.value));
+    }
+    responder.clear();
+    QVERIFY(dialog.store());
+    QCOMPARE(responder.messageTexts(), QStringList());
+}
+
+void TestSettingsWindows::optionsOkStoresAndWrites()
+{
+    ScriptedResponder responder(*m_services);
+    // Lines that belong to other windows must come back unchanged.
+    m_state->options.browserLeft = QStringLiteral("123.5");
+    m_state->options.viewStyle = QStringLiteral("2");
+    m_state->options.browserValue33 = QStringLiteral("mine");
+    SetOptns1 dialog(*m_state, *m_services);
+    textBox(&dialog, 0)->setText(QStringLiteral("1.5"));
+    textBox(&dialog, 1)->setText(QStringLiteral("3"));
+    textBox(&dialog, 6)->setText(QStringLiteral("45"));
+    textBox(&dialog, 4)->setText(QStringLiteral("7500"));
+    textBox(&dialog, 5)->setText(QStringLiteral("750"));
+    textBox(&dialog, 3)->setText(QStringLiteral("me@example.org"));
+    textBox(&dialog, 2)->setText(QStringLiteral("https://example.org"));
+    textBox(&dialog, 7)->setText(QStringLiteral("a@example.org"));
+    textBox(&dialog, 9)->setText(QStringLiteral("c@example.org"));
+    child<QComboBox>(&dialog, QStringLiteral("CMBTHUMBRES"))->setCurrentIndex(3);
+    child<QRadioButton>(&dialog, QStringLiteral("RDMENU_2"))->setChecked(true);
+    child<QRadioButton>(&dialog, QStringLiteral("RDBROWTYPE_0"))->setChecked(true);
+    child<QSlider>(&dialog, QStringLiteral("Slider1"))->setValue(555);
+    child<QCheckBox>(&dialog, QStringLiteral("CHKBOLDTYPE"))->setChecked(true);
+    child<QCheckBox>(&dialog, QStringLiteral("CHKGRIDLINE"))->setChecked(true);
+    child<QCheckBox>(&dialog, QStringLiteral("CHKUSETEXTDOC"))->setChecked(true);
+    child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpHost"))->setText(QStringLiteral("smtp.example.org"));
+    child<QSpinBox>(&dialog, QStringLiteral("TxtSmtpPort"))->setValue(2525);
+    child<QComboBox>(&dialog, QStringLiteral("CMBINPROTOCOL"))->setCurrentText(QStringLiteral("POP3"));
+    click(&dialog, QStringLiteral("OKBtn"));
+    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+
+    const settings::ProgramOptions &o = m_state->options;
+    QCOMPARE(o.thumbnailHeightCm, 1.5);
+    QCOMPARE(o.thumbnailWidthCm, 3.0);
+    QCOMPARE(o.separatorPercent, 45);
+    QCOMPARE(o.initialSearchCount, 7500);
+    QCOMPARE(o.nextSearchCount, 750);
+    QCOMPARE(o.thumbnailBits, QStringLiteral("8 Bits"));
+    QCOMPARE(o.menuTextStyle, qint16(2));
+    QCOMPARE(o.browserTextStyle, QStringLiteral("I"));
+    QCOMPARE(o.tableRowHeight, qint16(555));
+    QVERIFY(o.boldType && o.gridLines && o.useTextDoc);
+    QCOMPARE(o.smtpPort, 2525);
+    QCOMPARE(o.incomingProtocol, QStringLiteral("POP3"));
+
+    const QList<QByteArray> lines = m_dir->read(settings::OptionsFileName).split('\n');
+    QCOMPARE(lines.size(), 35); // 34 lines and the empty rest after the last CR LF
+    QCOMPARE(lines.at(0), QByteArray("123.5\r"));
+    QCOMPARE(lines.at(8), QByteArray("1.5\r"));
+    QCOMPARE(lines.at(10), QByteArray("8 Bits\r"));
+    QCOMPARE(lines.at(17), QByteArray("2\r"));
+    QCOMPARE(lines.at(18), QByteArray("7500\r"));
+    QCOMPARE(lines.at(19), QByteArray("750\r"));
+    QCOMPARE(lines.at(20), QByteArray("555\r"));
+    QCOMPARE(lines.at(21), QByteArray("2\r"));
+    QCOMPARE(lines.at(22), QByteArray("I\r"));
+    QCOMPARE(lines.at(23), QByteArray("me@example.org\r"));
+    QCOMPARE(lines.at(26), QByteArray("\r"));
+    QCOMPARE(lines.at(27), QByteArray("c@example.org\r"));
+    QCOMPARE(lines.at(32), QByteArray("mine\r"));
+    QCOMPARE(lines.at(33), QByteArray("True\r"));
+
+    settings::ProgramOptions reread;
+    settings::readProgramOptions(m_dir->path(), reread);
+    QVERIFY(reread == o);
+}
+
+void TestSettingsWindows::optionsCancelStoresNothing()
+{
+    const settings::ProgramOptions before = m_state->options;
+    SetOptns1 dialog(*m_state, *m_services);
+    textBox(&dialog, 0)->setText(QStringLiteral("3"));
+    child<QCheckBox>(&dialog, QStringLiteral("CHKBOLDTYPE"))->setChecked(true);
+    click(&dialog, QStringLiteral("CancelBtn"));
+    QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    QVERIFY(m_state->options == before);
+    QVERIFY(QDir(m_dir->path()).isEmpty());
+}
+
+void TestSettingsWindows::addressBookChooser()
+{
+    ScriptedResponder responder(*m_services);
+    const QString book = m_dir->createFile(QStringLiteral("lists/Friends.MLS"), "x");
+    responder.acceptFile(book);
+    SetOptns1 dialog(*m_state, *m_services);
+    click(&dialog, QStringLiteral("EMailBKBtn"));
+    QCOMPARE(responder.dialogs().size(), 1);
+    const DialogRequest &request = responder.dialogs().constFirst();
+    QCOMPARE(request.kind, DialogKind::OpenFile);
+    QCOMPARE(request.title, QStringLiteral("Select E-Mail Address List to Open"));
+    QCOMPARE(request.fileName, QStringLiteral("MailAddr.MLS"));
+    QCOMPARE(request.defaultSuffix, QStringLiteral("MLS"));
+    QCOMPARE(request.filter, QStringLiteral("E-Mail Address List | *.MLS"));
+
+    // Cancelled: the choice stays.
+    responder.cancelDialog();
+    click(&dialog, QStringLiteral("EMailBKBtn"));
+    QCOMPARE(child<QLineEdit>(&dialog, QStringLiteral("TxtAddressBook"))->text(), book);
+    QVERIFY(dialog.store());
+    QCOMPARE(m_state->options.addressBook, book);
+}
+
+void TestSettingsWindows::mailPasswordStaysInKeyring()
+{
+    // The keyring library would keep a password in the application's settings
+    // file if it were allowed a fallback; give that file a place of its own.
+    QCoreApplication::setOrganizationName(QStringLiteral("TarnbyKeyringTest"));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir->filePath(QStringLiteral("conf")));
+    const QByteArray secret = "s3cret-not-in-a-file";
+
+    ScriptedResponder responder(*m_services);
+    SetOptns1 dialog(*m_state, *m_services);
+    dialog.setKeyringTimeout(5000);
+    child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpHost"))->setText(QStringLiteral("smtp.invalid"));
+    child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpUser"))->setText(QStringLiteral("tarnby-test"));
+    auto *password = child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpPassword"));
+    QVERIFY(password->echoMode() == QLineEdit::Password);
+    QTest::keyClicks(password, QString::fromLatin1(secret));
+    QSignalSpy finished(&dialog, &SetOptns1::keyringFinished);
+    click(&dialog, QStringLiteral("OKBtn"));
+    QVERIFY(finished.count() == 1 || finished.wait(8000));
+
+    QVERIFY(!anyFileHolds(m_dir->path(), secret));
+    if (!responder.messageTexts().isEmpty()) {
+        QCOMPARE(responder.messageTexts().size(), 1);
+        QVERIFY(responder.messageTexts().constFirst().contains(QStringLiteral("keyring")));
+        qInfo() << "keyring answer:" << responder.messageTexts().constFirst();
+        QSKIP("no desktop keyring answers here; the failure was reported and nothing was written");
+    }
+    // A keyring is there: the password comes back from it, and is removed.
+    const QString key = settings::mailPasswordKey(settings::MailServer::Outgoing, {}, QStringLiteral("tarnby-test"),
+                                                  QStringLiteral("smtp.invalid"));
+    settings::PasswordResult read;
+    bool answered = false;
+    settings::MailPasswords::read(key, this, [&](const settings::PasswordResult &r) {
+        read = r;
+        answered = true;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(answered, 8000);
+    QVERIFY2(read.ok, qPrintable(read.error));
+    QCOMPARE(read.password.toLatin1(), secret);
+    answered = false;
+    settings::MailPasswords::remove(key, this, [&](const settings::PasswordResult &) { answered = true; });
+    QTRY_VERIFY_WITH_TIMEOUT(answered, 8000);
+}
+
+void TestSettingsWindows::colourSwatchGrid()
+{
+    SetColor1 dialog(*m_state, *m_services);
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Set Colors for Tarnby"));
+    auto *grid = dialog.findChild<QGridLayout *>();
+    QVERIFY(grid);
+    auto position = [&](QWidget *w) {
+        int row = -1, column = -1, rs = 0, cs = 0;
+        grid->getItemPosition(grid->indexOf(w), &row, &column, &rs, &cs);
+        return QPoint(column, row);
+    };
+    for (int row = 0; row < 13; ++row) {
+        QCOMPARE(position(dialog.swatch(row)), QPoint(1, row + 1));
+        if (row < 10)
+            QCOMPARE(position(dialog.swatch(13 + row)), QPoint(2, row + 1));
+        else
+            QCOMPARE(grid->itemAtPosition(row + 1, 2), nullptr);
+    }
+    QCOMPARE(child<QLabel>(&dialog, QStringLiteral("LblRow8"))->text(), QStringLiteral("Select Color for ThumbNail Window:"));
+    QCOMPARE(child<QLabel>(&dialog, QStringLiteral("LblBackGround"))->text(), QStringLiteral("BackGround"));
+    QCOMPARE(child<QPushButton>(&dialog, QStringLiteral("OKBtn"))->toolTip(),
+             QStringLiteral("Click OK to Select Program Colors"));
+    QCOMPARE(child<QPushButton>(&dialog, QStringLiteral("HelpBtn"))->toolTip(),
+             QStringLiteral("Help with Program Color Selections"));
+    // Each swatch shows its stored colour; the shared pair the same one.
+    QCOMPARE(dialog.swatch(0)->value(), 0xFFD3CEu);
+    QCOMPARE(dialog.swatch(10)->value(), dialog.swatch(21)->value());
+}
+
+void TestSettingsWindows::colourSharedSwatch_data()
+{
+    QTest::addColumn<int>("changed");
+    QTest::addColumn<quint32>("expected");
+    QTest::newRow("new Selection Item colour shows in both swatches") << 10 << 0x00FF00u;
+    QTest::newRow("new ThumbNail Window text alone is not kept") << 21 << 0x8080FFu;
+}
+
+void TestSettingsWindows::colourSharedSwatch()
+{
+    QFETCH(int, changed);
+    QFETCH(quint32, expected);
+    ScriptedResponder responder(*m_services);
+    DialogAnswer green;
+    green.accepted = true;
+    green.color = QColor(0, 255, 0);
+    responder.answerDialog(green);
+    {
+        SetColor1 dialog(*m_state, *m_services);
+        dialog.show();
+        QTest::mouseDClick(dialog.swatch(changed), Qt::LeftButton);
+        QCOMPARE(responder.dialogs().size(), 1);
+        QCOMPARE(responder.dialogs().constFirst().kind, DialogKind::Color);
+        QCOMPARE(responder.dialogs().constFirst().title, QStringLiteral("Select Color"));
+        QCOMPARE(responder.dialogs().constFirst().color, QColor(0xFF, 0x80, 0x80));
+        QCOMPARE(dialog.swatch(changed)->value(), 0x00FF00u);
+        click(&dialog, QStringLiteral("OKBtn"));
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    }
+    SetColor1 reopened(*m_state, *m_services);
+    QCOMPARE(reopened.swatch(10)->value(), expected);
+    QCOMPARE(reopened.swatch(21)->value(), expected);
+    settings::WindowColors fromFile;
+    settings::readWindowColors(m_dir->path(), fromFile);
+    QCOMPARE(fromFile.swatch(Swatch::SelectionItemBack), expected);
+    QVERIFY(fromFile == m_state->colors);
+}
+
+void TestSettingsWindows::colourCancelStoresNothing()
+{
+    ScriptedResponder responder(*m_services);
+    DialogAnswer red;
+    red.accepted = true;
+    red.color = Qt::red;
+    responder.answerDialog(red);
+    responder.cancelDialog();
+    const settings::WindowColors before = m_state->colors;
+    SetColor1 dialog(*m_state, *m_services);
+    dialog.chooseColor(0);
+    QCOMPARE(dialog.swatch(0)->value(), 0x0000FFu);
+    dialog.chooseColor(1); // the colour dialog cancelled: the swatch keeps its colour
+    QCOMPARE(dialog.swatch(1)->value(), before.swatch(Swatch::MenusBack));
+    click(&dialog, QStringLiteral("CancelBtn"));
+    QVERIFY(m_state->colors == before);
+    QVERIFY(!QFileInfo::exists(m_dir->filePath(settings::ColorsFileName)));
+}
+
+void TestSettingsWindows::foldersFilterAndFiles_data()
+{
+    QTest::addColumn<int>("filter");
+    QTest::addColumn<QStringList>("files");
+    QTest::newRow("all pictures at start") << -1 << QStringList{"b.JPG", "c.png"};
+    QTest::newRow("text files take *LOG without its dot") << 36 << QStringList{"a.txt", "CHANGELOG", "x.log"};
+    QTest::newRow("bitmaps only") << 2 << QStringList();
+    QTest::newRow("all files") << 39 << QStringList{"a.txt", "b.JPG", "c.png", "CHANGELOG", "x.log"};
+}
+
+void TestSettingsWindows::foldersFilterAndFiles()
+{
+    QFETCH(int, filter);
+    QFETCH(QStringList, files);
+    const QString folder = m_dir->createFolder(QStringLiteral("work"));
+    for (const char *name : {"work/a.txt", "work/b.JPG", "work/c.png", "work/CHANGELOG", "work/x.log"})
+        m_dir->createFile(QLatin1String(name));
+    SetFoldr1 dialog(*m_state, *m_services, folder);
+    QCOMPARE(dialog.currentFolder(), folder);
+    auto *box = child<QComboBox>(&dialog, QStringLiteral("CMBFILTER"));
+    QCOMPARE(box->count(), 40);
+    if (filter >= 0) {
+        box->setCurrentIndex(filter);
+        emit box->activated(filter);
+    }
+    auto *list = child<QListWidget>(&dialog, QStringLiteral("File1"));
+    QStringList shown;
+    for (int i = 0; i < list->count(); ++i)
+        shown << list->item(i)->text();
+    QCOMPARE(shown, files);
+}
+
+void TestSettingsWindows::foldersEditAndSave()
+{
+    m_state->workingFolders = {QStringLiteral("/kept as it was (5)")};
+    const QString one = m_dir->createFolder(QStringLiteral("one"));
+    const QString two = m_dir->createFolder(QStringLiteral("two"));
+    SetFoldr1 dialog(*m_state, *m_services, one);
+    auto *list = child<QListWidget>(&dialog, QStringLiteral("List1"));
+    QCOMPARE(list->count(), 1);
+
+    auto *filter = child<QComboBox>(&dialog, QStringLiteral("CMBFILTER"));
+    filter->setCurrentIndex(36);
+    click(&dialog, QStringLiteral("RightBtn"));
+    dialog.setCurrentFolder(two);
+    filter->setCurrentIndex(0);
+    click(&dialog, QStringLiteral("RightBtn"));
+    const QString lineOne = one + QStringLiteral(" (36)");
+    const QString lineTwo = two + QStringLiteral(" (0)");
+    QCOMPARE(dialog.listLines(), (QStringList{"/kept as it was (5)", lineOne, lineTwo}));
+
+    list->setCurrentRow(2);
+    click(&dialog, QStringLiteral("UpBtn"));
+    QCOMPARE(dialog.listLines(), (QStringList{"/kept as it was (5)", lineTwo, lineOne}));
+    click(&dialog, QStringLiteral("UpBtn"));
+    click(&dialog, QStringLiteral("UpBtn")); // already at the top: nothing moves
+    QCOMPARE(dialog.listLines(), (QStringList{lineTwo, "/kept as it was (5)", lineOne}));
+    list->setCurrentRow(2);
+    click(&dialog, QStringLiteral("DownBtn")); // already at the bottom
+    list->setCurrentRow(1);
+    click(&dialog, QStringLiteral("DownBtn"));
+    QCOMPARE(dialog.listLines(), (QStringList{lineTwo, lineOne, "/kept as it was (5)"}));
+    click(&dialog, QStringLiteral("LefttBtn"));
+    QCOMPARE(dialog.listLines(), (QStringList{lineTwo, lineOne}));
+
+    QSignalSpy saved(&dialog, &SetFoldr1::foldersSaved);
+    click(&dialog, QStringLiteral("OKBtn"));
+    QCOMPARE(saved.count(), 1);
+    QCOMPARE(m_dir->read(settings::WorkingFoldersFileName), (lineTwo + "\r\n" + lineOne + "\r\n").toUtf8());
+    QCOMPARE(m_state->workingFolders, (QStringList{lineTwo, lineOne}));
+}
+
+void TestSettingsWindows::foldersEmptyListSavedAsOneEmptyLine()
+{
+    m_state->workingFolders = {QStringLiteral("/a (1)"), QStringLiteral("/b (2)")};
+    SetFoldr1 dialog(*m_state, *m_services, m_dir->path());
+    click(&dialog, QStringLiteral("ClearBtn"));
+    QCOMPARE(dialog.listLines(), QStringList());
+    click(&dialog, QStringLiteral("OKBtn"));
+    QCOMPARE(m_dir->read(settings::WorkingFoldersFileName), QByteArray("\r\n"));
+    QCOMPARE(settings::readWorkingFolders(m_dir->path()).lines, QStringList{QString()});
+}
+
+void TestSettingsWindows::foldersCancelStoresNothing()
+{
+    m_state->workingFolders = {QStringLiteral("/a (1)")};
+    SetFoldr1 dialog(*m_state, *m_services, m_dir->path());
+    click(&dialog, QStringLiteral("ClearBtn"));
+    click(&dialog, QStringLiteral("CancelBtn"));
+    QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
+    QVERIFY(!QFileInfo::exists(m_dir->filePath(settings::WorkingFoldersFileName)));
+}
+
+void TestSettingsWindows::foldersDriveMovesToItsRoot()
+{
+    SetFoldr1 dialog(*m_state, *m_services, m_dir->createFolder(QStringLiteral("deep/er")));
+    auto *drives = child<QComboBox>(&dialog, QStringLiteral("Drive1"));
+    const int root = drives->findText(QDir::rootPath());
+    QVERIFY(root >= 0);
+    drives->setCurrentIndex(root);
+    emit drives->activated(root);
+    QCOMPARE(dialog.currentFolder(), QDir::rootPath());
+}
+
+void TestSettingsWindows::unwritableFileStoresNothing_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("options") << settings::OptionsFileName;
+    QTest::newRow("colours") << settings::ColorsFileName;
+    QTest::newRow("working folders") << settings::WorkingFoldersFileName;
+}
+
+void TestSettingsWindows::unwritableFileStoresNothing()
+{
+    QFETCH(QString, file);
+    // A folder in the file's place: no writer can replace it, even root's.
+    m_dir->createFolder(file);
+    ScriptedResponder responder(*m_services);
+    const settings::ProgramOptions options = m_state->options;
+    const settings::WindowColors colors = m_state->colors;
+    m_state->workingFolders = {QStringLiteral("/a (1)")};
+
+    std::unique_ptr<QDialog> dialog;
+    if (file == settings::OptionsFileName) {
+        auto *d = new SetOptns1(*m_state, *m_services);
+        child<QCheckBox>(d, QStringLiteral("CHKGRIDLINE"))->setChecked(true);
+        dialog.reset(d);
+    } else if (file == settings::ColorsFileName) {
+        auto *d = new SetColor1(*m_state, *m_services);
+        d->swatch(0)->setValue(0x123456);
+        dialog.reset(d);
+    } else {
+        auto *d = new SetFoldr1(*m_state, *m_services, m_dir->path());
+        click(d, QStringLiteral("ClearBtn"));
+        dialog.reset(d);
+    }
+    click(dialog.get(), QStringLiteral("OKBtn"));
+    QCOMPARE(responder.messageTexts().size(), 1);
+    QVERIFY(responder.messageTexts().constFirst().contains(file));
+    QVERIFY(dialog->result() != QDialog::Accepted);
+    QVERIFY(m_state->options == options);
+    QVERIFY(m_state->colors == colors);
+    QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
+}
+
+void TestSettingsWindows::coloursAppliedWhenShown()
+{
+    QDialog dialog;
+    auto *frame = new QGroupBox(QStringLiteral("Frame"), &dialog);
+    auto *label = new QLabel(QStringLiteral("Label"), frame);
+    auto *option = new QRadioButton(QStringLiteral("Option"), frame);
+    auto *edit = new QLineEdit(&dialog);
+    auto *list = new QListWidget(&dialog);
+    auto *button = new QPushButton(QStringLiteral("OK"), &dialog);
+    m_state->colors.setSwatch(Swatch::SelectionWindowsBack, 0x0000FF);   // red
+    m_state->colors.setSwatch(Swatch::SelectionWindowsText, 0x00FF00);   // green
+    m_state->colors.setSwatch(Swatch::EntryFieldsBack, 0xFF0000);        // blue
+    m_state->colors.setSwatch(Swatch::EntryFieldsText, 0x00FFFF);        // yellow
+    m_state->colors.setSwatch(Swatch::ListBoxesBack, 0x808080);
+    m_state->colors.setSwatch(Swatch::SelectionButtonsBack, 0x010203);
+    m_state->options.boldType = true;
+    installWindowColors(&dialog, *m_state);
+    QVERIFY(!label->font().bold()); // nothing until shown
+    dialog.show();
+
+    QCOMPARE(dialog.palette().color(QPalette::Window), QColor(Qt::red));
+    QCOMPARE(frame->palette().color(QPalette::Window), QColor(Qt::red));
+    QCOMPARE(label->palette().color(QPalette::WindowText), QColor(Qt::green));
+    QCOMPARE(option->palette().color(QPalette::WindowText), QColor(Qt::green));
+    QCOMPARE(edit->palette().color(QPalette::Base), QColor(Qt::blue));
+    QCOMPARE(edit->palette().color(QPalette::Text), QColor(Qt::yellow));
+    QCOMPARE(list->palette().color(QPalette::Base), QColor(0x80, 0x80, 0x80));
+    QCOMPARE(button->palette().color(QPalette::Button), QColor(3, 2, 1));
+    QCOMPARE(button->palette().color(QPalette::ButtonText), QColor(Qt::green));
+    for (QWidget *w : std::initializer_list<QWidget *>{label, option, edit, list, button})
+        QVERIFY2(w->font().bold(), w->metaObject()->className());
+
+    // A change takes effect the next time the window is shown.
+    dialog.hide();
+    m_state->options.boldType = false;
+    m_state->colors.setSwatch(Swatch::SelectionWindowsText, 0x000000);
+    dialog.show();
+    QCOMPARE(label->palette().color(QPalette::WindowText), QColor(Qt::black));
+    QVERIFY(!label->font().bold());
+}
+
+void TestSettingsWindows::utilitiesMenusOpenTheWindows_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<bool>("fromFrame");
+    QTest::addColumn<QString>("window");
+    QTest::addColumn<QString>("file");
+    QTest::newRow("browser working folders") << "ID_mnuSetWorkingFolders" << false << "SetFoldr1" << "FoldFile.INI";
+    QTest::newRow("browser colours") << "ID_mnuSetApplicationColors" << false << "SetColor1" << "Colors.INI";
+    QTest::newRow("browser options") << "ID_mnuSetApplicationOptions" << false << "SetOptns1" << "Options.INI";
+    QTest::newRow("frame working folders") << "ID_mnuSetWorkingFolders" << true << "SetFoldr1" << "FoldFile.INI";
+    QTest::newRow("frame colours") << "ID_mnuSetApplicationColors" << true << "SetColor1" << "Colors.INI";
+    QTest::newRow("frame options") << "ID_mnuSetApplicationOptions" << true << "SetOptns1" << "Options.INI";
+}
+
+void TestSettingsWindows::utilitiesMenusOpenTheWindows()
+{
+    QFETCH(QString, key);
+    QFETCH(bool, fromFrame);
+    QFETCH(QString, window);
+    QFETCH(QString, file);
+
+    ScriptedResponder responder(*m_services);
+    SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
+    const QString home = m_dir->createFolder(QStringLiteral("home"));
+    QFile::remove(m_dir->filePath(QStringLiteral("home/FoldFile.INI")));
+    AppState state;
+    Tarnby1 browser(state, *m_services, store);
+    StartupRequest request;
+    request.homeOption = home;
+    browser.load(request);
+    QVERIFY(QFileInfo::exists(QDir(home).filePath(QStringLiteral("Options.INI"))));
+    QCOMPARE(state.colors.swatch(Swatch::MainWindowBack), 0xFFD3CEu);
+    QCOMPARE(state.workingFolders, QStringList());
+    QCOMPARE(browser.workingFolderIndex(), -1);
+    const QDateTime before = QFileInfo(QDir(home).filePath(file)).lastModified();
+
+    QString seen;
+    whenModal([&](QWidget *w) {
+        seen = w->objectName();
+        if (auto *b = w->findChild<QPushButton *>(QStringLiteral("OKBtn")))
+            b->click();
+    });
+    if (fromFrame)
+        browser.frame()->toolClick(key);
+    else
+        browser.toolClick(key);
+    QCOMPARE(seen, window);
+    QCOMPARE(responder.messageTexts(), QStringList());
+    const QFileInfo written(QDir(home).filePath(file));
+    QVERIFY(written.exists());
+    QVERIFY(!before.isValid() || written.lastModified() >= before);
+    if (window == QLatin1String("SetFoldr1")) {
+        // The empty list was saved as one empty line and read back.
+        QCOMPARE(state.workingFolders, QStringList{QString()});
+        QCOMPARE(browser.workingFolderIndex(), 0);
+    }
+}
+
+void TestSettingsWindows::startupSurvivesBadFiles_data()
+{
+    QTest::addColumn<QByteArray>("options");
+    QTest::addColumn<QByteArray>("colors");
+    QTest::addColumn<QByteArray>("folders");
+    QTest::addColumn<QStringList>("expectedFolders");
+
+    QByteArray binary(50 * 1024 * 1024, '\0');
+    for (qsizetype i = 0; i < binary.size(); i += 4096)
+        binary[i] = char(i * 7);
+    QTest::newRow("50 MB of binary in every file") << binary << binary << binary << QStringList();
+    QTest::newRow("empty files") << QByteArray("") << QByteArray("") << QByteArray("") << QStringList();
+    QTest::newRow("CR-only line ends") << QByteArray("1\r2\r3\r") << QByteArray("255\r255\r")
+                                       << QByteArray("/a (1)\r/b (2)\r") << QStringList{"/a (1)", "/b (2)"};
+    QTest::newRow("LF-only, short and not numbers")
+        << QByteArray("left\ntop\n") << QByteArray("red\ngreen\n") << QByteArray("/a (1)\n")
+        << QStringList{"/a (1)"};
+}
+
+void TestSettingsWindows::startupSurvivesBadFiles()
+{
+    QFETCH(QByteArray, options);
+    QFETCH(QByteArray, colors);
+    QFETCH(QByteArray, folders);
+    QFETCH(QStringList, expectedFolders);
+
+    ScriptedResponder responder(*m_services);
+    SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
+    m_dir->createFile(QStringLiteral("home/Options.INI"), options);
+    m_dir->createFile(QStringLiteral("home/Colors.INI"), colors);
+    m_dir->createFile(QStringLiteral("home/FoldFile.INI"), folders);
+    const QString home = m_dir->filePath(QStringLiteral("home"));
+
+    AppState state;
+    Tarnby1 browser(state, *m_services, store);
+    StartupRequest request;
+    request.homeOption = home;
+    QElapsedTimer timer;
+    timer.start();
+    browser.load(request);
+    QVERIFY2(timer.elapsed() < 5000, "start-up took too long on bad settings files");
+    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(state.workingFolders, expectedFolders);
+    QCOMPARE(state.options.thumbnailHeightCm, settings::ProgramOptions().thumbnailHeightCm);
+    QCOMPARE(state.colors.swatch(Swatch::ListBoxesBack), 0xEAFFEAu);
+
+    // The browser and the frame take their colours.
+    QCOMPARE(browser.palette().color(QPalette::Window), settings::toQColor(state.colors.swatch(Swatch::MainWindowBack)));
+    QCOMPARE(browser.frame()->mdiArea()->background().color(), settings::toQColor(0xFFC0C0));
+
+    // The next saves write well-formed files.
+    for (const char *key : {"ID_mnuSetApplicationOptions", "ID_mnuSetApplicationColors"}) {
+        whenModal([](QWidget *w) { w->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click(); });
+        browser.toolClick(QLatin1String(key));
+    }
+    QCOMPARE(responder.messageTexts(), QStringList());
+    const QByteArray optionsNow = m_dir->read(QStringLiteral("home/Options.INI"));
+    QCOMPARE(optionsNow.count("\r\n"), 34);
+    QCOMPARE(optionsNow.count('\n'), 34);
+    const QByteArray colorsNow = m_dir->read(QStringLiteral("home/Colors.INI"));
+    QCOMPARE(colorsNow.count("\r\n"), 22);
+    QCOMPARE(colorsNow.count('\n'), 22);
+    settings::WindowColors reread;
+    QVERIFY(settings::readWindowColors(home, reread).keptDefault.isEmpty());
+}
+
+QTEST_MAIN(TestSettingsWindows)
+#include "tst_settingswindows.moc"
