@@ -71,7 +71,13 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     refreshCommandState();
 }
 
-MDIForm1::~MDIForm1() = default;
+MDIForm1::~MDIForm1()
+{
+    // The document windows go after the menus when the base classes tear
+    // down; their activation must no longer reach the Window menu.
+    if (m_area)
+        disconnect(m_area, nullptr, this, nullptr);
+}
 
 void MDIForm1::toolClick(const QString &key, const QString &caption)
 {
