@@ -329,6 +329,10 @@ void ChildFrm1::sizeToPicture()
     QWidget *outer = outerWindow();
     const double dpiX = logicalDpiX();
     const double dpiY = logicalDpiY();
+    // The hosting window places this one through its layout; settle it first
+    // so that outer minus inner is the real non-client size.
+    if (outer != this && outer->layout())
+        outer->layout()->activate();
     const QSize nonClientPixels = outer == this ? QSize(0, 0) : outer->size() - size();
     const QSize nonClientTwips(int(std::lround(pixelsToTwips(nonClientPixels.width(), dpiX))),
                                int(std::lround(pixelsToTwips(nonClientPixels.height(), dpiY))));
@@ -339,6 +343,15 @@ void ChildFrm1::sizeToPicture()
     if (outer != this && outer->parentWidget() && !outer->parentWidget()->size().isEmpty())
         pixels = pixels.boundedTo(outer->parentWidget()->size());
     outer->resize(pixels);
+    if (outer != this && outer->layout()) {
+        outer->layout()->activate();
+        // Some window decorations only settle their size on the resize itself;
+        // correct once by what the inner area still lacks.
+        const QSize lacking = picture.boundedTo(outer->parentWidget() ? outer->parentWidget()->size() : picture) - size();
+        if (!lacking.isNull() && (lacking.width() > 0 || lacking.height() > 0))
+            outer->resize((outer->size() + lacking.expandedTo(QSize(0, 0)))
+                              .boundedTo(outer->parentWidget() ? outer->parentWidget()->size() : QSize(1 << 20, 1 << 20)));
+    }
 }
 
 void ChildFrm1::resizeEvent(QResizeEvent *event)

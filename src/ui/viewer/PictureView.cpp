@@ -84,13 +84,22 @@ void PictureView::setPaintMode(viewer::PaintMode mode)
 void PictureView::updateScrollBars()
 {
     const QSize pic = pictureSize();
-    const QSize view = viewport()->size();
     if (m_mode == viewer::PaintMode::Stretch || pic.isEmpty()) {
         horizontalScrollBar()->setRange(0, 0);
         verticalScrollBar()->setRange(0, 0);
     } else {
-        horizontalScrollBar()->setRange(0, std::max(0, pic.width() - view.width()));
-        verticalScrollBar()->setRange(0, std::max(0, pic.height() - view.height()));
+        // Decide from the whole area whether a bar is needed at all, so that
+        // bars shown for an earlier, smaller size do not keep themselves.
+        const QSize whole = maximumViewportSize();
+        bool needH = pic.width() > whole.width();
+        bool needV = pic.height() > whole.height();
+        const int barH = horizontalScrollBar()->sizeHint().height();
+        const int barV = verticalScrollBar()->sizeHint().width();
+        needH = needH || (needV && pic.width() > whole.width() - barV);
+        needV = needV || (needH && pic.height() > whole.height() - barH);
+        const QSize view(whole.width() - (needV ? barV : 0), whole.height() - (needH ? barH : 0));
+        horizontalScrollBar()->setRange(0, needH ? pic.width() - view.width() : 0);
+        verticalScrollBar()->setRange(0, needV ? pic.height() - view.height() : 0);
         horizontalScrollBar()->setPageStep(view.width());
         verticalScrollBar()->setPageStep(view.height());
         horizontalScrollBar()->setSingleStep(std::max(1, view.width() / 20));
