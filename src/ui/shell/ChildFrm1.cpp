@@ -377,7 +377,7 @@ void ChildFrm1::layoutControls()
                            int(std::lround(pixelsToTwips(outer->height(), dpiY))));
     m_textBoxTwips = viewer::textBoxTwips(outerTwips, m_textBoxTwips);
     QSize box(twipsToPixels(m_textBoxTwips.width(), dpiX), twipsToPixels(m_textBoxTwips.height(), dpiY));
-    if (m_pageBar->isVisible()) {
+    if (!m_pageBar->isHidden()) {
         const int barHeight = m_pageBar->sizeHint().height();
         box.setHeight(std::max(0, box.height() - barHeight));
         m_pageBar->setGeometry(0, box.height(), box.width(), barHeight);
