@@ -151,6 +151,8 @@ ChildFrm1::~ChildFrm1()
         m_reply->abort();
     // The rich text belongs to the document; let the text box forget it first.
     m_text->setDocument(nullptr);
+    // The local copy of an Internet picture goes with the window.
+    delete m_download;
 }
 
 MDIForm1 *ChildFrm1::frame() const
