@@ -75,6 +75,7 @@ private slots:
     void deepNestingIsBounded();
     void fixtures_data();
     void fixtures();
+    void mutatedInputsReadSafely();
 };
 
 void TestRtfReader::text_data()
@@ -284,6 +285,53 @@ void TestRtfReader::fixtures()
     } else if (file.endsWith(QLatin1String("rtf.rtf"))) {
         QVERIFY(shown.isEmpty());
     }
+}
+
+// Damaged copies of real documents: bytes changed, dropped and repeated, and
+// the characters that steer the parser thrown in. Each must read without a
+// fault (the sanitizer build checks memory) and without output beyond bounds.
+void TestRtfReader::mutatedInputsReadSafely()
+{
+    REQUIRE_FIXTURES();
+    const QList<QByteArray> seeds = {readFixture("RTF/testRTF.rtf"), readFixture("RTF/testRTFJapanese.rtf"),
+                                     "{\\rtf1{\\fonttbl{\\f0\\fcharset128 G;}}{\\colortbl;\\red1;}\\f0\\uc2\\u26085\\'93\\'fa"
+                                     "{\\pict\\pngblip\\picwgoal10 89504e47}\\cell\\row\\bin2 xy}"};
+    const QByteArray steering = "{}\\'*;0123456789-uc bin pict fonttbl";
+    quint32 x = 2024;
+    auto next = [&x](quint32 n) {
+        x = x * 1664525u + 1013904223u;
+        return n ? (x >> 8) % n : 0u;
+    };
+    int rounds = 0;
+    for (const QByteArray &seed : seeds) {
+        QVERIFY(!seed.isEmpty());
+        for (int i = 0; i < 150; ++i) {
+            QByteArray data = seed;
+            const int edits = 1 + int(next(40));
+            for (int e = 0; e < edits && !data.isEmpty(); ++e) {
+                const int at = int(next(quint32(data.size())));
+                switch (next(4)) {
+                case 0:
+                    data[at] = steering.at(int(next(quint32(steering.size()))));
+                    break;
+                case 1:
+                    data.remove(at, int(next(64)));
+                    break;
+                case 2:
+                    data.insert(at, data.mid(int(next(quint32(data.size()))), int(next(200))));
+                    break;
+                default:
+                    data.truncate(at);
+                    break;
+                }
+            }
+            QTextDocument doc;
+            RtfReader::read(data, &doc);
+            QVERIFY(doc.characterCount() <= data.size() + 1);
+            ++rounds;
+        }
+    }
+    QCOMPARE(rounds, 450);
 }
 
 QTEST_GUILESS_MAIN(TestRtfReader)
