@@ -14,7 +14,7 @@ PACKAGES=(
   libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev
   # tables, documents, archives, mail
   mdbtools-dev libfreexl-dev libwps-dev librevenge-dev libarchive-dev libvmime-dev
-  qtkeychain-qt6-dev antiword
+  qtkeychain-qt6-dev antiword catdoc
   # sound and video
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
   gstreamer1.0-libav fluid-soundfont-gm
