@@ -28,7 +28,8 @@ ClpHandler::FormatEntry ClpHandler::FormatEntry::parse(ByteCursor &cursor, bool 
 
 bool ClpHandler::canRead(QIODevice *device)
 {
-    ByteCursor cursor(peekBytes(device, 4));
+    const QByteArray head = peekBytes(device, 4);
+    ByteCursor cursor(head);
     const FileHeader h = FileHeader::parse(cursor);
     return cursor.ok() && h.isValid();
 }

@@ -34,6 +34,10 @@ public:
             m_failed = true;
     }
 
+    // The cursor only views its bytes: a temporary would be gone before the
+    // first read.
+    explicit ByteCursor(QByteArray &&, qsizetype = 0) = delete;
+
     bool ok() const { return !m_failed; }
     bool atEnd() const { return m_pos >= m_data.size(); }
     qsizetype pos() const { return m_pos; }

@@ -163,7 +163,8 @@ QVariant CutHandler::option(ImageOption option) const
 {
     if (option != Size)
         return {};
-    ByteCursor cursor(peekBytes(device(), Header::Size));
+    const QByteArray head = peekBytes(device(), Header::Size);
+    ByteCursor cursor(head);
     const Header h = Header::parse(cursor);
     return cursor.ok() && h.isValid() ? QVariant(QSize(h.width, h.height)) : QVariant();
 }

@@ -85,7 +85,8 @@ QVariant FlcHandler::option(ImageOption option) const
     case ImageFormat:
         return QImage::Format_Indexed8;
     case Size: {
-        ByteCursor cursor(peekBytes(device(), Header::Size));
+        const QByteArray head = peekBytes(device(), Header::Size);
+    ByteCursor cursor(head);
         const Header h = Header::parse(cursor);
         if (cursor.ok() && h.isValid())
             return QSize(h.width, h.height);

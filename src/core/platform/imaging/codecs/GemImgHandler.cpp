@@ -41,7 +41,8 @@ bool GemImgHandler::Header::isValid() const
 
 bool GemImgHandler::canRead(QIODevice *device)
 {
-    ByteCursor cursor(peekBytes(device, Header::Size));
+    const QByteArray head = peekBytes(device, Header::Size);
+    ByteCursor cursor(head);
     const Header h = Header::parse(cursor);
     return cursor.ok() && h.isValid();
 }
@@ -63,7 +64,8 @@ QVariant GemImgHandler::option(ImageOption option) const
 {
     if (option != Size)
         return {};
-    ByteCursor cursor(peekBytes(device(), Header::Size));
+    const QByteArray head = peekBytes(device(), Header::Size);
+    ByteCursor cursor(head);
     const Header h = Header::parse(cursor);
     return cursor.ok() && h.isValid() ? QVariant(QSize(h.lineWidth, h.lines)) : QVariant();
 }

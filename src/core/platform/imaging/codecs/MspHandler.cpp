@@ -63,7 +63,8 @@ QVariant MspHandler::option(ImageOption option) const
     if (option == ImageFormat)
         return QImage::Format_Mono;
     if (option == Size) {
-        ByteCursor cursor(peekBytes(device(), Header::Size));
+        const QByteArray head = peekBytes(device(), Header::Size);
+    ByteCursor cursor(head);
         const Header h = Header::parse(cursor);
         if (cursor.ok() && h.isValid())
             return QSize(h.width, h.height);
