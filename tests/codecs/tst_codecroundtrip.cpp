@@ -138,6 +138,7 @@ void TestCodecRoundTrip::oneBitWriters()
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     QCOMPARE(decoded.frames.size(), 1);
     QCOMPARE(decoded.frames[0].depth(), 1);
+    QCOMPARE(decoded.frames[0].text("BitsPerPixel"), QStringLiteral("1"));
     QCOMPARE(maxChannelDifference(decoded.frames[0], picture), 0);
 }
 
@@ -293,6 +294,7 @@ void TestCodecRoundTrip::gemImg()
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     const int difference = maxChannelDifference(decoded.frames[0], picture);
     QVERIFY2(difference >= 0 && difference <= tolerance, qPrintable(QString::number(difference)));
+    QCOMPARE(decoded.frames[0].text("BitsPerPixel"), QString::number(planes));
 }
 
 void TestCodecRoundTrip::ilbm_data()
@@ -325,6 +327,7 @@ void TestCodecRoundTrip::ilbm()
     const codectest::Decoded decoded = decode("iff", codecsamples::ilbm(picture, planes, options));
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     QCOMPARE(maxChannelDifference(decoded.frames[0], picture), 0);
+    QCOMPARE(decoded.frames[0].text("BitsPerPixel"), QString::number(planes));
 }
 
 void TestCodecRoundTrip::ilbmHoldAndModify()
@@ -346,6 +349,7 @@ void TestCodecRoundTrip::ilbmHoldAndModify()
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     for (int x = 0; x < 6; ++x)
         QCOMPARE(decoded.frames[0].pixel(x, 0), expected[x]);
+    QCOMPARE(decoded.frames[0].text("BitsPerPixel"), QStringLiteral("6"));
 
     // Extra half-brite: indexes 32 to 63 are the first 32 colours at half.
     QList<QRgb> ehbPalette;

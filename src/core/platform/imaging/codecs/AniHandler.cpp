@@ -224,6 +224,7 @@ bool AniHandler::read(QImage *image)
         return fail(QStringLiteral("Frame %1 of the animated cursor cannot be read: %2")
                         .arg(m_steps[index].frame + 1)
                         .arg(reader.errorString()));
+    noteFileBits(&frame, m_header.iBitCount > 0 && m_header.iBitCount <= 32 ? int(m_header.iBitCount) : frame.depth());
     *image = frame;
     return true;
 }

@@ -137,6 +137,7 @@ bool ClpHandler::read(QImage *image)
     QImage result = reader.read();
     if (result.isNull())
         return fail(QStringLiteral("The clipboard bitmap cannot be read: %1").arg(reader.errorString()));
+    noteFileBits(&result, biBitCount);
     *image = result;
     return true;
 }

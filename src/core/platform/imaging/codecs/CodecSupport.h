@@ -131,6 +131,15 @@ namespace tarnby::imaging::codecs {
 // clear bit black, dithered when image has more than two colours.
 QImage toWhiteOnBits(const QImage &image);
 
+// The text key under which readers note the bits per pixel of the file,
+// which may differ from the depth of the QImage (four GEM planes arrive as
+// an 8-bit indexed picture, HAM as 32-bit colour).
+inline constexpr char BitsPerPixelKey[] = "BitsPerPixel";
+inline void noteFileBits(QImage *image, int bits)
+{
+    image->setText(QLatin1String(BitsPerPixelKey), QString::number(bits));
+}
+
 // A one-bit picture of size whose set bits show white, ready to be filled
 // row by row; false and error when it cannot be allocated.
 bool allocateMono(QSize size, QImage *image, QString *error);

@@ -238,6 +238,7 @@ bool CutHandler::read(QImage *image)
             x += count;
         }
     }
+    noteFileBits(&result, 8);
     *image = result;
     return true;
 }

@@ -213,6 +213,7 @@ bool FlcHandler::read(QImage *image)
     result.setColorTable(m_palette);
     for (int y = 0; y < height; ++y)
         memcpy(result.scanLine(y), m_canvas.constData() + qsizetype(y) * width, width);
+    noteFileBits(&result, 8);
     *image = result;
     return true;
 }

@@ -209,6 +209,7 @@ bool GemImgHandler::read(QImage *image)
             }
         }
     }
+    noteFileBits(&result, planes);
     *image = result;
     return true;
 }

@@ -304,6 +304,7 @@ bool IlbmHandler::read(QImage *image)
             }
         }
     }
+    noteFileBits(&result, bmhd.nPlanes);
     *image = result;
     return true;
 }

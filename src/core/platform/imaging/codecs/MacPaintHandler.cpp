@@ -116,6 +116,7 @@ bool MacPaintHandler::read(QImage *image)
         for (int i = 0; i < BytesPerLine; ++i)
             out[i] = uchar(~line[i]);
     }
+    noteFileBits(&result, 1);
     *image = result;
     return true;
 }

@@ -146,6 +146,7 @@ bool MspHandler::read(QImage *image)
             }
         }
     }
+    noteFileBits(&result, 1);
     *image = result;
     return true;
 }

@@ -30,6 +30,9 @@ namespace tarnby::imaging::codecs {
 // read() return false with a message in errorString().
 std::unique_ptr<QImageIOHandler> createHandler(const QByteArray &format);
 
+// Each picture read carries the file's own bits per pixel as the text
+// "BitsPerPixel" (QImage::text), for the properties of the picture.
+//
 // Why the last read() or write() of a handler made by createHandler failed;
 // empty when it did not fail or the handler is not one of ours.
 QString errorString(const QImageIOHandler *handler);
