@@ -94,6 +94,7 @@ private slots:
     void epsHoldsThePixels();
     void gemImg_data();
     void gemImg();
+    void gemImgStandardColours();
     void ilbm_data();
     void ilbm();
     void ilbmHoldAndModify();
@@ -295,6 +296,22 @@ void TestCodecRoundTrip::gemImg()
     const int difference = maxChannelDifference(decoded.frames[0], picture);
     QVERIFY2(difference >= 0 && difference <= tolerance, qPrintable(QString::number(difference)));
     QCOMPARE(decoded.frames[0].text("BitsPerPixel"), QString::number(planes));
+}
+
+void TestCodecRoundTrip::gemImgStandardColours()
+{
+    // Without XIMG, four planes show the standard colours of their pixel
+    // values: 0 white, 1 red, 2 green, 4 blue, 15 black.
+    const QImage picture = indexedPicture(32, 4, 16);
+    const codectest::Decoded decoded = decode("img", codecsamples::gemImg(picture, 4, false));
+    QVERIFY2(decoded.ok(), qPrintable(decoded.error));
+    const QImage image = decoded.frames[0];
+    QVERIFY(sameIndexes(image, picture));
+    QCOMPARE(image.color(0), qRgb(255, 255, 255));
+    QCOMPARE(image.color(1), qRgb(255, 0, 0));
+    QCOMPARE(image.color(2), qRgb(0, 255, 0));
+    QCOMPARE(image.color(4), qRgb(0, 0, 255));
+    QCOMPARE(image.color(15), qRgb(0, 0, 0));
 }
 
 void TestCodecRoundTrip::ilbm_data()

@@ -7,12 +7,13 @@ namespace tarnby::imaging::codecs {
 
 namespace {
 
-// The desktop's sixteen standard colours, in the order of their indexes.
-const QRgb DesktopColours[16] = {
-    qRgb(255, 255, 255), qRgb(0, 0, 0),       qRgb(255, 0, 0),   qRgb(0, 255, 0),
-    qRgb(0, 0, 255),     qRgb(0, 255, 255),   qRgb(255, 255, 0), qRgb(255, 0, 255),
-    qRgb(192, 192, 192), qRgb(128, 128, 128), qRgb(128, 0, 0),   qRgb(0, 128, 0),
-    qRgb(0, 0, 128),     qRgb(0, 128, 128),   qRgb(128, 128, 0), qRgb(128, 0, 128),
+// The standard colours of the sixteen pixel values of four-plane pictures
+// (pixel values, not pen numbers: value 0 is white and 15 black).
+const QRgb StandardColours[16] = {
+    qRgb(255, 255, 255), qRgb(255, 0, 0),   qRgb(0, 255, 0),   qRgb(255, 255, 0),
+    qRgb(0, 0, 255),     qRgb(255, 0, 255), qRgb(0, 255, 255), qRgb(170, 170, 170),
+    qRgb(85, 85, 85),    qRgb(170, 0, 0),   qRgb(0, 170, 0),   qRgb(170, 170, 0),
+    qRgb(0, 0, 170),     qRgb(170, 0, 170), qRgb(0, 170, 170), qRgb(0, 0, 0),
 };
 
 constexpr int MaxHeaderWords = 8 + 3 + 3 * 256;
@@ -110,8 +111,11 @@ bool GemImgHandler::read(QImage *image)
         if (planes == 1) {
             palette = {qRgb(255, 255, 255), qRgb(0, 0, 0)};
         } else if (planes <= 4) {
-            for (int i = 0; i < (1 << planes); ++i)
-                palette.append(DesktopColours[i]);
+            // Fewer planes use the first colours, with the last value black.
+            const int colours = 1 << planes;
+            for (int i = 0; i < colours - 1; ++i)
+                palette.append(StandardColours[i]);
+            palette.append(qRgb(0, 0, 0));
         } else {
             const int colours = 1 << planes;
             for (int i = 0; i < colours; ++i) {

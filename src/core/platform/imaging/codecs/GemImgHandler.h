@@ -9,8 +9,8 @@ namespace tarnby::imaging::codecs {
 // GEM bit images (.IMG): one to eight bit planes, each scan line packed with
 // solid runs, pattern runs and bit strings, and a line-repeat code in front
 // of a line. Monochrome pictures show set bits black; colour pictures take
-// their palette from an "XIMG" header extension, else the standard sixteen
-// desktop colours (four planes or fewer) or a grey ramp.
+// their palette from an "XIMG" header extension, else the standard colours
+// of the pixel values (four planes or fewer) or a grey ramp.
 class GemImgHandler : public OwnHandler
 {
 public:
