@@ -202,16 +202,8 @@ bool IlbmHandler::read(QImage *image)
     if (bodyBytes > qint64(body.size()) * maxExpansion)
         return fail(QStringLiteral("The IFF picture data is truncated"));
 
-    QByteArray raw(bodyBytes, Qt::Uninitialized);
-    if (bmhd.compression == BitmapHeader::CmpByteRun1) {
-        ByteCursor in(body);
-        if (!unpackByteRun1(in, raw))
-            return fail(QStringLiteral("The IFF picture data is truncated"));
-    } else {
-        if (body.size() < bodyBytes)
-            return fail(QStringLiteral("The IFF picture data is truncated"));
-        memcpy(raw.data(), body.data(), bodyBytes);
-    }
+    if (bmhd.compression == BitmapHeader::CmpNone && body.size() < bodyBytes)
+        return fail(QStringLiteral("The IFF picture data is truncated"));
 
     const bool ham = !chunky && (camg & CamgHam) && (bmhd.nPlanes == 6 || bmhd.nPlanes == 8);
     const bool ehb = !chunky && !ham && (camg & CamgExtraHalfbrite) && bmhd.nPlanes == 6;
@@ -246,9 +238,19 @@ bool IlbmHandler::read(QImage *image)
         result.setColorTable(table);
     }
 
+    // Rows are unpacked one at a time (each row of planes is packed on its
+    // own), so memory beyond the picture stays at one row.
     QList<quint32> pixels(width);
+    QByteArray rowBuffer(rowBytes, Qt::Uninitialized);
+    ByteCursor packed(body);
     for (int y = 0; y < height; ++y) {
-        const uchar *row = reinterpret_cast<const uchar *>(raw.constData()) + rowBytes * y;
+        if (bmhd.compression == BitmapHeader::CmpByteRun1) {
+            if (!unpackByteRun1(packed, rowBuffer))
+                return fail(QStringLiteral("The IFF picture data is truncated"));
+        } else {
+            memcpy(rowBuffer.data(), body.data() + rowBytes * y, rowBytes);
+        }
+        const uchar *row = reinterpret_cast<const uchar *>(rowBuffer.constData());
         if (chunky) {
             memcpy(result.scanLine(y), row, width);
             continue;
