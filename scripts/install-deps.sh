@@ -19,7 +19,7 @@ PACKAGES=(
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
   gstreamer1.0-libav fluid-soundfont-gm
   # tests and screenshots
-  xvfb xauth poppler-utils
+  xvfb xauth poppler-utils netpbm
 )
 
 missing=()

@@ -1,28 +1,84 @@
 #include "OwnCodecs.h"
 
-#include <QImageIOHandler>
+#include "AniHandler.h"
+#include "ClpHandler.h"
+#include "CutHandler.h"
+#include "EpsHandler.h"
+#include "FlcHandler.h"
+#include "GemImgHandler.h"
+#include "IlbmHandler.h"
+#include "MacPaintHandler.h"
+#include "MspHandler.h"
 
-// FIXME: the codecs themselves are being written; until they land no format
-// is claimed here and the picture layer reports such files as unreadable.
+#include <QIODevice>
+
 namespace tarnby::imaging::codecs {
 
-std::unique_ptr<QImageIOHandler> createHandler(const QByteArray &)
+std::unique_ptr<QImageIOHandler> createHandler(const QByteArray &format)
 {
-    return nullptr;
+    const QByteArray name = format.toLower();
+    std::unique_ptr<QImageIOHandler> handler;
+    if (name == "msp")
+        handler = std::make_unique<MspHandler>();
+    else if (name == "img")
+        handler = std::make_unique<GemImgHandler>();
+    else if (name == "iff" || name == "ilbm" || name == "lbm")
+        handler = std::make_unique<IlbmHandler>();
+    else if (name == "ani")
+        handler = std::make_unique<AniHandler>();
+    else if (name == "clp")
+        handler = std::make_unique<ClpHandler>();
+    else if (name == "flc" || name == "fli")
+        handler = std::make_unique<FlcHandler>();
+    else if (name == "cut")
+        handler = std::make_unique<CutHandler>();
+    else if (name == "mac")
+        handler = std::make_unique<MacPaintHandler>();
+    else if (name == "eps")
+        handler = std::make_unique<EpsHandler>();
+    if (handler)
+        handler->setFormat(name);
+    return handler;
+}
+
+QString errorString(const QImageIOHandler *handler)
+{
+    const auto *own = dynamic_cast<const OwnHandler *>(handler);
+    return own ? own->errorString() : QString();
 }
 
 QList<QByteArray> readableFormats()
 {
-    return {};
+    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"};
 }
 
 QList<QByteArray> writableFormats()
 {
-    return {};
+    return {"msp", "cut", "mac", "eps"};
 }
 
-QByteArray sniff(QIODevice *)
+QByteArray sniff(QIODevice *device)
 {
+    if (!device || !device->isReadable())
+        return {};
+    // Formats with a signature first; those recognised only by a plausible
+    // header come last, so that they never claim a file a signature names.
+    if (AniHandler::canRead(device))
+        return "ani";
+    if (IlbmHandler::canRead(device))
+        return "iff";
+    if (MspHandler::canRead(device))
+        return "msp";
+    if (FlcHandler::canRead(device))
+        return "flc";
+    if (ClpHandler::canRead(device))
+        return "clp";
+    if (MacPaintHandler::canRead(device))
+        return "mac";
+    if (GemImgHandler::canRead(device))
+        return "img";
+    if (CutHandler::canRead(device))
+        return "cut";
     return {};
 }
 

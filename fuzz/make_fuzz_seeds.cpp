@@ -1,0 +1,102 @@
+// Writes the seed corpus of the codec fuzz targets into a folder: one
+// sub-folder per target, small files made by our own sample builders.
+//   make_fuzz_seeds <seeds folder>
+#include "CodecSamples.h"
+
+#include "platform/imaging/codecs/OwnCodecs.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QImageIOHandler>
+
+namespace {
+
+QImage indexedPicture(int width, int height, int colours)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    QList<QRgb> table;
+    for (int i = 0; i < colours; ++i)
+        table.append(qRgb((i * 97) & 0xff, (i * 53) & 0xff, (i * 31) & 0xff));
+    image.setColorTable(table);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, ((x / 3) ^ (y / 2)) % colours);
+    return image;
+}
+
+QByteArray written(const QByteArray &format, const QImage &image)
+{
+    QByteArray out;
+    QBuffer buffer(&out);
+    buffer.open(QIODevice::WriteOnly);
+    auto handler = tarnby::imaging::codecs::createHandler(format);
+    handler->setDevice(&buffer);
+    handler->write(image);
+    return out;
+}
+
+void save(const QString &folder, const QString &name, const QByteArray &data)
+{
+    QDir().mkpath(folder);
+    QFile file(folder + '/' + name);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(data);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (argc < 2)
+        return 2;
+    const QString root = QString::fromLocal8Bit(argv[1]);
+    const QImage mono = indexedPicture(21, 9, 2);
+    const QImage sixteen = indexedPicture(19, 7, 16);
+    const QImage full = indexedPicture(13, 5, 256);
+    QImage rgb(9, 6, QImage::Format_RGB32);
+    for (int y = 0; y < rgb.height(); ++y)
+        for (int x = 0; x < rgb.width(); ++x)
+            rgb.setPixel(x, y, qRgb(x * 28, y * 40, (x * y) & 0xff));
+
+    save(root + "/msp", "v1.msp", codecsamples::mspVersion1(mono));
+    save(root + "/msp", "v2.msp", written("msp", mono));
+    save(root + "/img", "mono.img", codecsamples::gemImg(mono, 1, false));
+    save(root + "/img", "four-planes.img", codecsamples::gemImg(sixteen, 4, false));
+    save(root + "/img", "ximg.img", codecsamples::gemImg(sixteen, 4, true));
+    codecsamples::IlbmOptions packed;
+    save(root + "/iff", "planes4.iff", codecsamples::ilbm(sixteen, 4, packed));
+    save(root + "/iff", "rgb24.iff", codecsamples::ilbm(rgb, 24, packed));
+    codecsamples::IlbmOptions pbm;
+    pbm.pbm = true;
+    save(root + "/iff", "pbm.iff", codecsamples::ilbm(full, 8, pbm));
+    save(root + "/iff", "ham6.iff",
+         codecsamples::ilbmRaw(4, 2, 6, {0, 0x11, 0x22, 0x33, 0x05, 0x2f, 0x1a, 0x3c},
+                               {qRgb(0, 0, 0), qRgb(255, 0, 0)}, 0x800));
+    QImage cursor(8, 8, QImage::Format_ARGB32);
+    cursor.fill(qRgba(255, 0, 0, 200));
+    QImage cursor2 = cursor;
+    cursor2.fill(qRgba(0, 0, 255, 255));
+    save(root + "/ani", "two-frames.ani", codecsamples::ani({cursor, cursor2}, {0, 1, 0}, {6, 12, 6}, 10));
+    save(root + "/clp", "win3.clp", codecsamples::clp(rgb, true));
+    save(root + "/clp", "nt-indexed.clp", codecsamples::clp(sixteen, false));
+    QImage black = indexedPicture(19, 7, 16);
+    black.fill(0);
+    save(root + "/flc", "four-frames.flc",
+         codecsamples::flic({sixteen, indexedPicture(19, 7, 5).convertToFormat(QImage::Format_Indexed8, sixteen.colorTable()),
+                             sixteen, black},
+                            100, false));
+    save(root + "/flc", "fli.flc", codecsamples::flic({sixteen, black}, 5, true));
+    save(root + "/cut", "sixteen.cut", written("cut", sixteen));
+    save(root + "/mac", "picture.mac", written("mac", mono));
+    for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"}) {
+        for (const QFileInfo &info : QDir(root + '/' + folder).entryInfoList(QDir::Files)) {
+            QFile in(info.filePath());
+            in.open(QIODevice::ReadOnly);
+            save(root + "/sniff", folder + '-' + info.fileName(), in.readAll());
+        }
+    }
+    return 0;
+}

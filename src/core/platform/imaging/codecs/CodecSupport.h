@@ -1,0 +1,147 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QImage>
+#include <QImageIOHandler>
+#include <QString>
+
+class QIODevice;
+
+// Shared pieces of our own picture codecs: the limits every decoder obeys, a
+// bounds-checked byte cursor, bounded reads from a device and the common base
+// of the handlers (error text and frame stepping).
+namespace tarnby::imaging::codecs {
+
+// A picture beyond this many pixels is refused before anything is allocated.
+inline constexpr qint64 MaxPixels = 256LL * 1024 * 1024;
+// No file of these formats is legitimately larger than this; reading stops
+// with an error instead of pulling an unbounded stream into memory.
+inline constexpr qint64 MaxFileBytes = 256LL * 1024 * 1024;
+// An animation that claims more frames than this is refused.
+inline constexpr int MaxFrames = 16384;
+
+// Reads little- and big-endian integers from a byte array without ever
+// reading past its end. A read beyond the end returns 0 and sets the cursor
+// to failed; callers check ok() after each group of reads.
+class ByteCursor
+{
+public:
+    ByteCursor() = default;
+    explicit ByteCursor(QByteArrayView data, qsizetype pos = 0) : m_data(data), m_pos(pos)
+    {
+        if (pos < 0 || pos > data.size())
+            m_failed = true;
+    }
+
+    // The cursor only views its bytes: a temporary would be gone before the
+    // first read.
+    explicit ByteCursor(QByteArray &&, qsizetype = 0) = delete;
+
+    bool ok() const { return !m_failed; }
+    bool atEnd() const { return m_pos >= m_data.size(); }
+    qsizetype pos() const { return m_pos; }
+    qsizetype size() const { return m_data.size(); }
+    qsizetype remaining() const { return m_failed ? 0 : m_data.size() - m_pos; }
+    QByteArrayView data() const { return m_data; }
+
+    bool seek(qsizetype pos);
+    bool skip(qsizetype count) { return count >= 0 && count <= remaining() ? seek(m_pos + count) : fail(); }
+
+    quint8 u8();
+    qint8 i8() { return qint8(u8()); }
+    quint16 u16le();
+    quint16 u16be();
+    qint16 i16le() { return qint16(u16le()); }
+    qint16 i16be() { return qint16(u16be()); }
+    quint32 u32le();
+    quint32 u32be();
+    // count bytes from the current position, or an empty view (and failed)
+    // when fewer remain.
+    QByteArrayView bytes(qsizetype count);
+
+private:
+    bool fail()
+    {
+        m_failed = true;
+        return false;
+    }
+
+    QByteArrayView m_data;
+    qsizetype m_pos = 0;
+    bool m_failed = false;
+};
+
+// Reads what remains of device, refusing more than MaxFileBytes. Sets error
+// and returns false on a read failure or an oversized stream.
+bool readAllBounded(QIODevice *device, QByteArray *data, QString *error);
+
+// The first count bytes of device without moving its read position.
+QByteArray peekBytes(QIODevice *device, qint64 count);
+
+// Allocates image of size and format after checking the dimensions against
+// MaxPixels and Qt's own allocation limit; sets error on refusal.
+bool allocatePicture(QSize size, QImage::Format format, QImage *image, QString *error);
+
+// The base of every handler of ours. It keeps the last error as text (read by
+// the picture layer through codecs::errorString()) and the position in a
+// sequence of frames.
+//
+// Frame stepping accepts both ways Qt drives a handler: read() returns the
+// current frame and moves on (the way an animation player calls it), and a
+// jumpToNextImage() right after a read() only confirms that step instead of
+// skipping a frame. A jumpToNextImage() without a read() before it skips one.
+class OwnHandler : public QImageIOHandler
+{
+public:
+    QString errorString() const { return m_error; }
+
+    int imageCount() const override { return frameCount(); }
+    int currentImageNumber() const override { return m_nextFrame; }
+    bool jumpToNextImage() override;
+    bool jumpToImage(int imageNumber) override;
+    int nextImageDelay() const override;
+    int loopCount() const override { return frameCount() > 1 ? -1 : 0; }
+
+protected:
+    // Number of frames; 1 for still pictures. May parse the header on demand.
+    virtual int frameCount() const { return 1; }
+    // Delay of frame index in milliseconds.
+    virtual int frameDelay(int index) const { return 0; }
+
+    // Called by read() implementations: the frame to decode now, or -1 (and
+    // an error) when the sequence is exhausted. Moves to the next frame.
+    int takeFrame();
+
+    bool fail(const QString &message);
+    void clearError() { m_error.clear(); }
+
+private:
+    QString m_error;
+    int m_nextFrame = 0;
+    int m_lastRead = -1;
+    bool m_readSinceJump = false;
+};
+
+} // namespace tarnby::imaging::codecs
+
+namespace tarnby::imaging::codecs {
+
+// image as a 1-bit picture (Format_Mono) in which a set bit is white and a
+// clear bit black, dithered when image has more than two colours.
+QImage toWhiteOnBits(const QImage &image);
+
+// The text key under which readers note the bits per pixel of the file,
+// which may differ from the depth of the QImage (four GEM planes arrive as
+// an 8-bit indexed picture, HAM as 32-bit colour).
+inline constexpr char BitsPerPixelKey[] = "BitsPerPixel";
+inline void noteFileBits(QImage *image, int bits)
+{
+    image->setText(QLatin1String(BitsPerPixelKey), QString::number(bits));
+}
+
+// A one-bit picture of size whose set bits show white, ready to be filled
+// row by row; false and error when it cannot be allocated.
+bool allocateMono(QSize size, QImage *image, QString *error);
+
+} // namespace tarnby::imaging::codecs

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QList>
+
+// Builders of small files in our formats, laid out from the formats' own
+// descriptions. The tests decode them and compare with the pictures they
+// were made from; the fuzz targets use them as seeds.
+namespace codecsamples {
+
+// Microsoft Paint 1.x: rows stored plainly (picture converted to one bit).
+QByteArray mspVersion1(const QImage &image);
+
+// GEM IMG of an indexed or one-bit picture with 1 to 8 planes. The encoder
+// uses every code of the format: line repeats for equal lines, solid runs
+// for 00 and FF bytes, pattern runs for repeated byte pairs and bit strings
+// for the rest. ximg adds an XIMG palette from the picture's colour table.
+QByteArray gemImg(const QImage &indexed, int planes, bool ximg);
+
+struct IlbmOptions {
+    bool byteRun1 = true;
+    bool pbm = false; // chunky FORM PBM instead of planes
+    quint32 camg = 0;
+    bool mask = false; // store a mask plane after the picture planes
+};
+// IFF ILBM (or PBM) of an indexed picture with planes bit planes, or of a
+// true-colour picture with 24 planes.
+QByteArray ilbm(const QImage &image, int planes, const IlbmOptions &options);
+// ILBM from raw per-pixel plane values (for HAM), with the given palette.
+QByteArray ilbmRaw(int width, int height, int planes, const QList<quint8> &values, const QList<QRgb> &palette,
+                   quint32 camg);
+
+// Animated cursor from frames (each stored as an icon); sequence and rates
+// (jiffies) are written when not empty; displayRate goes into the header.
+QByteArray ani(const QList<QImage> &frames, const QList<quint32> &sequence, const QList<quint32> &rates,
+               quint32 displayRate);
+
+// Clipboard file holding a text entry and the picture as CF_DIB.
+QByteArray clp(const QImage &image, bool win3Layout);
+
+// Flic of equal-sized indexed frames sharing the first frame's palette. The
+// first frame is stored with a byte run, later ones alternate between the
+// word delta and the byte delta; an all-zero frame is stored as black.
+// fli selects the 0xAF11 layout (speed in 1/70 s, 64-level colours).
+QByteArray flic(const QList<QImage> &frames, quint32 speed, bool fli);
+
+} // namespace codecsamples
