@@ -482,17 +482,23 @@ void TestFileCommands::unzipOffer_data()
     QTest::addColumn<MessageAnswer>("answer");
     QTest::addColumn<QString>("message"); // prefix; "@" stands for the archive's path
     QTest::addColumn<QStringList>("after");
+    QTest::addColumn<bool>("damaged");
 
     const QList<ZipEntry> good{{"readme.txt", "hello"}, {"pics/a.png", "png"}};
-    QTest::newRow("yes unpacks") << good << false << MessageAnswer::Yes << "" << QStringList{"PHOTOS", "Photos.zip"};
-    QTest::newRow("no changes nothing") << good << false << MessageAnswer::No << "" << QStringList{"Photos.zip"};
+    QTest::newRow("yes unpacks") << good << false << MessageAnswer::Yes << "" << QStringList{"PHOTOS", "Photos.zip"} << false;
+    QTest::newRow("no changes nothing") << good << false << MessageAnswer::No << "" << QStringList{"Photos.zip"}
+                                        << false;
     QTest::newRow("folder already exists") << good << true << MessageAnswer::Yes
                                            << "Error Unzipping File - @ Folder already Exists"
-                                           << QStringList{"PHOTOS", "Photos.zip"};
+                                           << QStringList{"PHOTOS", "Photos.zip"} << false;
     QTest::newRow("entry escaping the folder")
         << QList<ZipEntry>{{"readme.txt", "hello"}, {"../../evil.sh", "rm"}} << false << MessageAnswer::Yes
         << "Error Unzipping File - @ - The entry \"../../evil.sh\" would be written outside the folder"
-        << QStringList{"Photos.zip"};
+        << QStringList{"Photos.zip"} << false;
+    QTest::newRow("damaged data") << QList<ZipEntry>{{"readme.txt", "hello"}, {"big.txt", QByteArray(300000, 'z')}}
+                                  << false << MessageAnswer::Yes
+                                  << "Error Unzipping File - @ - The archive is damaged (" << QStringList{"Photos.zip"}
+                                  << true;
 }
 
 void TestFileCommands::unzipOffer()
@@ -502,10 +508,22 @@ void TestFileCommands::unzipOffer()
     QFETCH(MessageAnswer, answer);
     QFETCH(QString, message);
     QFETCH(QStringList, after);
+    QFETCH(bool, damaged);
 
     TestDir dir;
     const QString zip = dir.filePath("Photos.zip");
     QVERIFY(writeZip(zip, entries));
+    if (damaged) {
+        // Spoil the compressed data of the second entry; the directory stays intact.
+        QFile file(zip);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QByteArray bytes = file.readAll();
+        const qsizetype at = bytes.indexOf("big.txt") + 40;
+        for (qsizetype i = at; i < at + 200 && i < bytes.size(); ++i)
+            bytes[i] = char(i);
+        file.seek(0);
+        file.write(bytes);
+    }
     if (folderExists)
         dir.createFolder("PHOTOS");
     ScriptedResponder responder(*m_services);

@@ -19,6 +19,8 @@
 
 #include <cmath>
 
+#include <sys/stat.h>
+
 using namespace tarnby;
 using namespace tarnby::ui;
 
@@ -210,6 +212,8 @@ void TestAudioVideo::unplayable_data()
 
     QTest::newRow("text in a WAV file") << "" << "noise.wav";
     QTest::newRow("missing file") << "" << "";
+    QTest::newRow("a pipe named like a sound") << "" << "|pipe.wav";
+    QTest::newRow("a folder named like a sound") << "" << "/folder.wav";
     QTest::newRow("type-1 MIDI file") << "MID/testMID.mid" << "";
     QTest::newRow("one-frame MP3") << "MP3/mp3.mp3" << "";
     QTest::newRow("QuickTime without streams") << "MOV/testMP4_QuickTimeMetadata.mov" << "";
@@ -228,6 +232,11 @@ void TestAudioVideo::unplayable()
     if (!fixture.isEmpty()) {
         path = dir.filePath(QFileInfo(fixture).fileName());
         QVERIFY(QFile::copy(fixtures::path(fixture), path));
+    } else if (name.startsWith('|')) {
+        path = dir.filePath(name.mid(1));
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    } else if (name.startsWith('/')) {
+        path = dir.createFolder(name.mid(1));
     } else if (!name.isEmpty()) {
         path = dir.createFile(name, "this is not a sound at all, just text");
     } else {

@@ -263,6 +263,16 @@ void AudioVideo1::playItem(int index)
     m_itemReported = false;
     const media::PlayItem &item = m_list.items.at(index);
     m_label->setText(item.title.isEmpty() ? QFileInfo(item.location).fileName() : item.title);
+    // The backend opens files on this thread: a pipe or a device would block
+    // it for good, and a folder cannot play anyway.
+    const QFileInfo local(item.location);
+    if (!item.isAddress() && local.exists() && !local.isFile()) {
+        QTimer::singleShot(0, this, [this, index] {
+            if (m_current == index)
+                itemFailed(QStringLiteral("It is not a file that can be played."));
+        });
+        return;
+    }
     m_player->stop();
     m_player->setSource(QUrl());
     m_player->setSource(item.url());
