@@ -111,11 +111,10 @@ void TestZipExtract::hostileArchives_data()
     QTest::addColumn<QList<ZipEntry>>("entries");
     QTest::addColumn<QString>("refused");
 
+    // A harmless entry comes first: nothing of it may be written either.
     QTest::newRow("dot-dot component") << QList<ZipEntry>{{"fine.txt", "x"}, {"../evil.txt", "x"}} << "../evil.txt";
     QTest::newRow("dot-dot in the middle")
         << QList<ZipEntry>{{"a/b/../../../evil.txt", "x"}} << "a/b/../../../evil.txt";
-    // libarchive already turns this name's "\\" into "/".
-    QTest::newRow("backslash dot-dot") << QList<ZipEntry>{{"..\\evil.txt", "x"}} << "../evil.txt";
     QTest::newRow("backslash dot-dot inside") << QList<ZipEntry>{{"a\\..\\..\\evil.txt", "x"}} << "a/../../evil.txt";
     QTest::newRow("absolute path") << QList<ZipEntry>{{"/tmp/evil.txt", "x"}} << "/tmp/evil.txt";
     QTest::newRow("drive letter") << QList<ZipEntry>{{"C:/Windows/evil.txt", "x"}} << "C:/Windows/evil.txt";
@@ -129,9 +128,6 @@ void TestZipExtract::hostileArchives_data()
     QTest::newRow("file written through a link")
         << QList<ZipEntry>{{"dir", {}, false, "sub"}, {"sub/", {}, true}, {"dir/file.txt", "x"}} << "dir/file.txt";
     QTest::newRow("same file twice") << QList<ZipEntry>{{"a.txt", "1"}, {"a.txt", "2"}} << "a.txt";
-    // The harmless entries come first: nothing of them may be written either.
-    QTest::newRow("bad entry after many good ones")
-        << QList<ZipEntry>{{"1.txt", "1"}, {"2.txt", "2"}, {"3/4.txt", "4"}, {"3/../../x", "x"}} << "3/../../x";
 }
 
 void TestZipExtract::hostileArchives()

@@ -97,6 +97,10 @@ void FileCommands::DeleteFile(const QString &path)
 {
     if (path.isEmpty())
         return;
+    if (!QFileInfo(path).isFile()) {
+        m_services.messages.inform(QStringLiteral("File not Found - ") + path, m_window);
+        return;
+    }
     if (!m_services.messages.ask(QStringLiteral("Move File to the Trash - ") + path + QStringLiteral("? "), m_window))
         return;
     const trash::TrashResult trashed = trash::moveToTrash(path);
