@@ -13,6 +13,7 @@ struct ZipEntry {
     QByteArray data;
     bool folder = false;
     QByteArray link; // a symbolic link's target; non-empty makes the entry a link
+    bool sizeInHeader = true; // false: the size follows the data, as streaming archivers write it
 };
 
 // Writes a ZIP archive entry by entry, names exactly as given: the hostile
@@ -37,7 +38,8 @@ inline bool writeZip(const QString &path, const QList<ZipEntry> &entries)
         } else {
             archive_entry_set_filetype(entry, AE_IFREG);
             archive_entry_set_perm(entry, 0644);
-            archive_entry_set_size(entry, e.data.size());
+            if (e.sizeInHeader)
+                archive_entry_set_size(entry, e.data.size());
         }
         ok = archive_write_header(a, entry) == ARCHIVE_OK;
         if (ok && !e.data.isEmpty())

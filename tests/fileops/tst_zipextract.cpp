@@ -52,6 +52,7 @@ private slots:
     void hostileArchives();
     void bombs_data();
     void bombs();
+    void bombWithoutDirectory();
     void damageRemovesWhatWasUnpacked();
     void fixtures_data();
     void fixtures();
@@ -190,6 +191,35 @@ void TestZipExtract::bombs()
     QVERIFY(!QFileInfo::exists(dir.filePath("BOMB")));
     // The same archive is fine under the ordinary limits.
     QVERIFY(extractArchive(zip, unzipTargetFolder(zip)).ok());
+}
+
+void TestZipExtract::bombWithoutDirectory()
+{
+    // With its directory spoilt, the archive is read from the front, where
+    // sizes may be missing: the growth must be caught while unpacking.
+    TestDir dir;
+    const QString zip = dir.filePath("bomb.zip");
+    QVERIFY(writeZip(zip, {{"small.txt", "fine"}, {"zeros", QByteArray(3 << 20, '\0'), false, {}, false}}));
+    QFile file(zip);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    const qsizetype end = bytes.lastIndexOf(QByteArray("PK\x05\x06", 4));
+    const qsizetype central = bytes.indexOf(QByteArray("PK\x01\x02", 4));
+    QVERIFY(end > 0 && central > 0);
+    bytes[end] = 'X';
+    bytes[central] = 'X';
+    file.seek(0);
+    file.write(bytes);
+    file.close();
+
+    Limits limits;
+    limits.ratioFloor = 1 << 20;
+    limits.maxRatio = 100;
+    const ExtractResult r = extractArchive(zip, unzipTargetFolder(zip), limits);
+    QVERIFY2(r.status == Status::TooLarge, qPrintable(r.errorString));
+    QCOMPARE(r.entry, QStringLiteral("zeros")); // caught while unpacking, not before
+    QVERIFY(r.errorString.contains(QLatin1String("more than")));
+    QVERIFY(!QFileInfo::exists(dir.filePath("BOMB")));
 }
 
 void TestZipExtract::damageRemovesWhatWasUnpacked()

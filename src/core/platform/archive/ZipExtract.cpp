@@ -306,6 +306,7 @@ ExtractResult unpack(const QString &zipPath, const QString &targetFolder, const 
         return refuse(Status::Damaged, QString(), error);
 
     const QDir target(targetFolder);
+    const qint64 packed = qMax<qint64>(QFileInfo(zipPath).size(), 1);
     qint64 written = 0;
     QByteArray buffer(1 << 16, Qt::Uninitialized);
     struct archive_entry *header = nullptr;
@@ -341,11 +342,15 @@ ExtractResult unpack(const QString &zipPath, const QString &targetFolder, const 
                 return refuse(Status::Damaged, entry.name, lastError(reader.get()));
             if (n == 0)
                 break;
-            // Sizes in the directory may lie: count what really comes out.
+            // Sizes in the directory may lie, or be missing when the archive
+            // is read from the front: count what really comes out.
             written += n;
             if (written > limits.maxTotalBytes)
                 return refuse(Status::TooLarge, entry.name,
                               QStringLiteral("The archive would unpack to more than %1 bytes.").arg(limits.maxTotalBytes));
+            if (written > limits.ratioFloor && written > limits.maxRatio * packed)
+                return refuse(Status::TooLarge, entry.name,
+                              QStringLiteral("The archive would grow from %1 to more than %2 bytes.").arg(packed).arg(written));
             if (file.write(buffer.constData(), n) != n)
                 return refuse(Status::Failed, entry.name, file.errorString());
         }
