@@ -5,10 +5,18 @@
 #include <QList>
 #include <QString>
 
+#include <utility>
+
 #include <archive.h>
 #include <archive_entry.h>
 
 struct ZipEntry {
+    ZipEntry(QByteArray name, QByteArray data = {}, bool folder = false, QByteArray link = {}, bool sizeInHeader = true)
+        : name(std::move(name)), data(std::move(data)), folder(folder), link(std::move(link)), sizeInHeader(sizeInHeader)
+    {
+    }
+    ZipEntry() = default;
+
     QByteArray name;
     QByteArray data;
     bool folder = false;

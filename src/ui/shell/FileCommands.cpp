@@ -24,12 +24,6 @@ namespace tarnby::ui {
 
 namespace {
 
-QString fileNameOf(const QString &path)
-{
-    // A file shown from the Internet is named by the text after the last "/".
-    return QFileInfo(path).fileName();
-}
-
 bool isInternetAddress(const QString &path)
 {
     return path.startsWith(QLatin1String("HTTP:"), Qt::CaseInsensitive)
@@ -179,7 +173,8 @@ void FileCommands::saveAs(const imaging::Picture *shown)
         return;
     const QString extension = catalogue::GetFileExt(path);
     const bool fromInternet = isInternetAddress(path);
-    const QString name = fromInternet ? path.mid(path.lastIndexOf(QLatin1Char('/')) + 1) : fileNameOf(path);
+    // A file shown from the Internet is named by the text after the last "/".
+    const QString name = fromInternet ? path.mid(path.lastIndexOf(QLatin1Char('/')) + 1) : QFileInfo(path).fileName();
     const QString folder = fromInternet || !path.contains(QLatin1Char('/')) ? QDir::currentPath()
                                                                              : QFileInfo(path).absolutePath();
 
