@@ -66,7 +66,8 @@ bool MultimediaControl::command(const QString &word)
             m_error = QStringLiteral("There is no %1 device on this computer.").arg(m_deviceType);
             return false;
         }
-        if (m_locateDrive().isEmpty()) {
+        m_device = m_locateDrive();
+        if (m_device.isEmpty()) {
             m_error = QStringLiteral("There is no CD drive on this computer.");
             return false;
         }
@@ -75,7 +76,12 @@ bool MultimediaControl::command(const QString &word)
             m_player = new QMediaPlayer(this);
             m_audio = new QAudioOutput(this);
             m_player->setAudioOutput(m_audio);
+            // One failed play can raise several errors (the device, then the
+            // pipeline's state change); the first says it best.
             connect(m_player, &QMediaPlayer::errorOccurred, this, [this](QMediaPlayer::Error, const QString &text) {
+                if (m_failureReported)
+                    return;
+                m_failureReported = true;
                 emit failed(text);
             });
         }
@@ -93,8 +99,9 @@ bool MultimediaControl::command(const QString &word)
             m_error = QStringLiteral("The device is not open.");
             return false;
         }
-        // GStreamer's CD source plays "cdda://<track>" from the default drive.
-        const QUrl source(QStringLiteral("cdda://%1").arg(m_track));
+        // GStreamer's CD source takes "cdda://<device>#<track>".
+        const QUrl source(QStringLiteral("cdda://%1#%2").arg(m_device).arg(m_track));
+        m_failureReported = false;
         if (m_player->source() != source)
             m_player->setSource(source);
         else

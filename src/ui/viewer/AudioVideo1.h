@@ -56,8 +56,10 @@ private:
     void updateLabel();
 
     QString m_deviceType;
+    QString m_device;
     QString m_error;
     bool m_open = false;
+    bool m_failureReported = false;
     int m_track = 1;
     int m_openCount = 0;
     QMediaPlayer *m_player = nullptr;
