@@ -1,0 +1,567 @@
+#include "shell/FileCommands.h"
+
+#include "Fixtures.h"
+#include "TestDir.h"
+#include "ZipWriter.h"
+
+#include "app/AppState.h"
+#include "platform/imaging/PictureLayer.h"
+#include "platform/trash/Trash.h"
+#include "services/ScriptedResponder.h"
+#include "services/UiServices.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QDir>
+#include <QImage>
+#include <QImageReader>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+
+using namespace tarnby;
+using namespace tarnby::ui;
+
+namespace {
+
+// Runs action on the modal dialog called name as soon as it is up; the
+// dialog's exec() is running then, so the action drives it like a user.
+void whenModal(const QString &name, std::function<void(QDialog *)> action)
+{
+    auto *timer = new QTimer;
+    auto tries = std::make_shared<int>(0);
+    QObject::connect(timer, &QTimer::timeout, [=] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if ((dialog && dialog->objectName() == name) || ++*tries > 500) {
+            timer->stop();
+            timer->deleteLater();
+            if (dialog && dialog->objectName() == name)
+                action(dialog);
+        }
+    });
+    timer->start(10);
+}
+
+void click(QDialog *dialog, const char *button)
+{
+    auto *b = dialog->findChild<QPushButton *>(QLatin1String(button));
+    QVERIFY(b);
+    b->click();
+}
+
+QStringList namesIn(const QString &folder)
+{
+    QStringList names = QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+    names.sort();
+    return names;
+}
+
+} // namespace
+
+class TestFileCommands : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void deleteFile_data();
+    void deleteFile();
+    void deleteWhatIsNotAFile();
+    void deletedFileCanBeRestored();
+
+    void moveDialogRequest();
+    void moveFile_data();
+    void moveFile();
+
+    void renameFile_data();
+    void renameFile();
+
+    void saveAsDialogRequest_data();
+    void saveAsDialogRequest();
+    void saveAsCopy_data();
+    void saveAsCopy();
+    void saveAsPicture();
+    void saveAsPictureUnknownFormat();
+
+    void openWithApplication();
+
+    void unzipOffer_data();
+    void unzipOffer();
+
+private:
+    std::unique_ptr<QWidget> m_window;
+    std::unique_ptr<AppState> m_state;
+    std::unique_ptr<UiServices> m_services;
+    std::unique_ptr<FileCommands> m_commands;
+    std::unique_ptr<TestDir> m_dataHome;
+};
+
+void TestFileCommands::init()
+{
+    m_dataHome = std::make_unique<TestDir>();
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_dataHome->path()));
+    m_window = std::make_unique<QWidget>();
+    m_state = std::make_unique<AppState>();
+    m_services = std::make_unique<UiServices>();
+    m_commands = std::make_unique<FileCommands>(*m_state, *m_services, m_window.get());
+    m_commands->setParent(nullptr);
+}
+
+void TestFileCommands::cleanup()
+{
+    m_commands.reset();
+    m_services.reset();
+    m_state.reset();
+    m_window.reset();
+    m_dataHome.reset();
+}
+
+void TestFileCommands::deleteFile_data()
+{
+    QTest::addColumn<bool>("trashUsable");
+    QTest::addColumn<QList<MessageAnswer>>("answers");
+    QTest::addColumn<bool>("fileRemains");
+    QTest::addColumn<int>("questions");
+
+    QTest::newRow("yes: to the trash") << true << QList<MessageAnswer>{MessageAnswer::Yes} << false << 1;
+    QTest::newRow("no: nothing happens") << true << QList<MessageAnswer>{MessageAnswer::No} << true << 1;
+    QTest::newRow("no trash, delete for good refused")
+        << false << QList<MessageAnswer>{MessageAnswer::Yes, MessageAnswer::No} << true << 2;
+    QTest::newRow("no trash, delete for good agreed")
+        << false << QList<MessageAnswer>{MessageAnswer::Yes, MessageAnswer::Yes} << false << 2;
+}
+
+void TestFileCommands::deleteFile()
+{
+    QFETCH(bool, trashUsable);
+    QFETCH(QList<MessageAnswer>, answers);
+    QFETCH(bool, fileRemains);
+    QFETCH(int, questions);
+
+    TestDir dir;
+    if (!trashUsable) {
+        QFile blocker(m_dataHome->path() + "/Trash"); // a file where the trash folder must be
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+    }
+    const QString path = dir.createFile("old photo.jpg", "jpeg");
+    ScriptedResponder responder(*m_services);
+    for (MessageAnswer a : answers)
+        responder.answerMessage(a);
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+
+    m_commands->DeleteFile(path);
+
+    QCOMPARE(responder.messages().size(), questions);
+    QCOMPARE(responder.messageTexts().first(), "Move File to the Trash - " + path + "? ");
+    if (questions == 2)
+        QVERIFY(responder.messageTexts().at(1).startsWith("The File cannot be moved to the Trash - " + path));
+    for (const MessageRequest &m : responder.messages()) {
+        QCOMPARE(m.buttons, MessageButtons::YesNo);
+        QCOMPARE(m.title, QStringLiteral("Tarnby 3.0"));
+    }
+    QCOMPARE(QFileInfo::exists(path), fileRemains);
+    QCOMPARE(changed.size(), fileRemains ? 0 : 1);
+    // Nothing lands in the current folder, whatever the trash does.
+    QVERIFY(!QFileInfo::exists(QDir::current().filePath("files")));
+}
+
+void TestFileCommands::deleteWhatIsNotAFile()
+{
+    TestDir dir;
+    dir.createFolder("album.jpg");
+    ScriptedResponder responder(*m_services);
+    responder.answerMessage(MessageAnswer::Yes);
+    responder.answerMessage(MessageAnswer::Yes);
+    for (const QString &path : {dir.filePath("album.jpg"), dir.filePath("gone.jpg"), QStringLiteral("http://x/y.jpg")})
+        m_commands->DeleteFile(path);
+    QCOMPARE(responder.messageTexts(), (QStringList{"File not Found - " + dir.filePath("album.jpg"),
+                                                    "File not Found - " + dir.filePath("gone.jpg"),
+                                                    "File not Found - http://x/y.jpg"}));
+    QVERIFY(QFileInfo(dir.filePath("album.jpg")).isDir());
+}
+
+void TestFileCommands::deletedFileCanBeRestored()
+{
+    TestDir dir;
+    const QString path = dir.createFile("letter.txt", "dear");
+    ScriptedResponder responder(*m_services);
+    responder.answerMessage(MessageAnswer::Yes);
+    m_commands->DeleteFile(path);
+    QVERIFY(!QFileInfo::exists(path));
+
+    const QStringList trashed = QDir(m_dataHome->path() + "/Trash/files").entryList(QDir::Files);
+    QCOMPARE(trashed, QStringList{"letter.txt"});
+    const trash::RestoreResult restored = trash::restore(m_dataHome->path() + "/Trash/files/letter.txt");
+    QVERIFY2(restored.ok, qPrintable(restored.errorString));
+    QCOMPARE(dir.read("letter.txt"), QByteArray("dear"));
+}
+
+void TestFileCommands::moveDialogRequest()
+{
+    TestDir dir;
+    const QString path = dir.createFile("pics/beach.JPG", "x");
+    ScriptedResponder responder(*m_services);
+    responder.cancelDialog();
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+    m_commands->MoveFile(path, "JPG");
+
+    QCOMPARE(responder.dialogs().size(), 1);
+    const DialogRequest &r = responder.dialogs().first();
+    QCOMPARE(r.kind, DialogKind::SaveFile);
+    QCOMPARE(r.title, QStringLiteral("Enter File Name and Folder to move To - beach.JPG"));
+    QCOMPARE(r.filter, QStringLiteral("*.JPG|*.JPG"));
+    QCOMPARE(r.defaultSuffix, QStringLiteral("JPG"));
+    QCOMPARE(r.fileName, QStringLiteral("beach.JPG"));
+    QCOMPARE(r.directory, dir.filePath("pics"));
+    QVERIFY(responder.messages().isEmpty());
+    QCOMPARE(changed.size(), 0);
+    QVERIFY(QFileInfo::exists(path));
+}
+
+void TestFileCommands::moveFile_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("message"); // "@" stands for the test folder
+    QTest::addColumn<QStringList>("listed");
+    QTest::addColumn<QStringList>("sourceAfter");
+    QTest::addColumn<QStringList>("targetAfter");
+
+    QTest::newRow("plain file") << QStringList{"a/song.wav", "a/song.txt"} << "a/song.wav" << "b/song.wav" << "OKBtn"
+                                << "File Moved to - @/b/song.wav" << QStringList{"song.wav"}
+                                << QStringList{"song.txt"} << QStringList{"song.wav"};
+    QTest::newRow("database with companions")
+        << QStringList{"a/clients.mdb", "a/clients.ldb", "a/other.mdb"} << "a/clients.mdb" << "b/clients.mdb"
+        << "OKBtn" << "File Moved to - @/b/clients.mdb" << QStringList{"clients.ldb", "clients.mdb"}
+        << QStringList{"other.mdb"} << QStringList{"clients.ldb", "clients.mdb"};
+    QTest::newRow("target exists") << QStringList{"a/song.wav", "b/song.wav"} << "a/song.wav" << "b/song.wav"
+                                   << "OKBtn" << "File already exists - Cannot Move File to - @/b/song.wav"
+                                   << QStringList{"song.wav"} << QStringList{"song.wav"} << QStringList{"song.wav"};
+    QTest::newRow("cancel in the confirmation") << QStringList{"a/song.wav"} << "a/song.wav" << "b/song.wav"
+                                                << "CancelBtn" << "" << QStringList{"song.wav"}
+                                                << QStringList{"song.wav"} << QStringList{};
+}
+
+void TestFileCommands::moveFile()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QString, source);
+    QFETCH(QString, target);
+    QFETCH(QString, button);
+    QFETCH(QString, message);
+    QFETCH(QStringList, listed);
+    QFETCH(QStringList, sourceAfter);
+    QFETCH(QStringList, targetAfter);
+
+    TestDir dir;
+    dir.createFolder("b");
+    for (const QString &f : files)
+        dir.createFile(f, f.toUtf8());
+    ScriptedResponder responder(*m_services);
+    responder.acceptFile(dir.filePath(target));
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+    QStringList shownFiles;
+    QString shownLabel;
+    whenModal("MoveFile1", [&](QDialog *d) {
+        auto *list = d->findChild<QListWidget *>("File1");
+        for (int i = 0; list && i < list->count(); ++i)
+            shownFiles << list->item(i)->text();
+        shownFiles.sort();
+        shownLabel = d->findChild<QLabel *>("Label1")->text();
+        click(d, qPrintable(button));
+    });
+
+    m_commands->MoveFile(dir.filePath(source), "X");
+
+    QVERIFY(shownLabel.contains(dir.filePath(target)));
+    QCOMPARE(shownFiles, listed);
+    QCOMPARE(responder.messageTexts(), message.isEmpty() ? QStringList() : QStringList{message.replace("@", dir.path())});
+    QCOMPARE(namesIn(dir.filePath("a")), sourceAfter);
+    QCOMPARE(namesIn(dir.filePath("b")), targetAfter);
+    const bool moved = message.startsWith("File Moved");
+    QCOMPARE(changed.size(), moved ? 1 : 0);
+    if (moved)
+        QCOMPARE(m_state->currentFile, dir.filePath(target));
+}
+
+void TestFileCommands::renameFile_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("staysOpen");
+    QTest::addColumn<QStringList>("after");
+
+    QTest::newRow("report.txt to summary") << QStringList{"report.txt"} << "report.txt" << "summary"
+                                           << "File Rename Successful" << false << QStringList{"summary.txt"};
+    QTest::newRow("existing name") << QStringList{"report.txt", "old.txt"} << "report.txt" << "old"
+                                   << "File already exists - Cannot use this new File Name" << true
+                                   << QStringList{"old.txt", "report.txt"};
+    QTest::newRow("empty name") << QStringList{"report.txt"} << "report.txt" << "   "
+                                << "You must Enter a New Name for the File" << true << QStringList{"report.txt"};
+    QTest::newRow("sales.dbf to year") << QStringList{"sales.dbf", "sales.mdx", "sales.dbt"} << "sales.dbf" << "year"
+                                       << "File Rename Successful" << false
+                                       << QStringList{"year.dbf", "year.dbt", "year.mdx"};
+}
+
+void TestFileCommands::renameFile()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QString, source);
+    QFETCH(QString, typed);
+    QFETCH(QString, message);
+    QFETCH(bool, staysOpen);
+    QFETCH(QStringList, after);
+
+    TestDir dir;
+    for (const QString &f : files)
+        dir.createFile(f, f.toUtf8());
+    const QString path = dir.filePath(source);
+    m_state->currentFile = path;
+    ScriptedResponder responder(*m_services);
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+    bool stillOpen = false;
+    QString label;
+    int listed = 0;
+    whenModal("Rename1", [&](QDialog *d) {
+        label = d->findChild<QLabel *>("Label1")->text();
+        listed = d->findChild<QListWidget *>("File1")->count();
+        d->findChild<QLineEdit *>("Text1")->setText(typed);
+        click(d, "OKBtn");
+        stillOpen = d->isVisible();
+        if (stillOpen)
+            click(d, "CancelBtn");
+    });
+
+    m_commands->RenameFile(path);
+
+    QCOMPARE(label, path);
+    QCOMPARE(listed, files.size());
+    QCOMPARE(responder.messageTexts(), QStringList{message});
+    QCOMPARE(stillOpen, staysOpen);
+    QCOMPARE(namesIn(dir.path()), after);
+    QCOMPARE(changed.size(), staysOpen ? 0 : 1);
+    if (!staysOpen)
+        QCOMPARE(QFileInfo(m_state->currentFile).fileName(), after.first());
+}
+
+void TestFileCommands::saveAsDialogRequest_data()
+{
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("filter");
+    QTest::newRow("local file") << "@/docs/notes.txt" << "Enter New File Name for - notes.txt" << "*.TXT|*.TXT";
+    QTest::newRow("file shown from the Internet") << "http://example.com/pics/cat.jpg"
+                                                  << "Enter New File Name for - cat.jpg" << "*.JPG|*.JPG";
+}
+
+void TestFileCommands::saveAsDialogRequest()
+{
+    QFETCH(QString, current);
+    QFETCH(QString, title);
+    QFETCH(QString, filter);
+    TestDir dir;
+    m_state->currentFile = current.replace("@", dir.path());
+    ScriptedResponder responder(*m_services);
+    responder.cancelDialog();
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+    m_commands->SaveFileAs();
+    QCOMPARE(responder.dialogs().size(), 1);
+    QCOMPARE(responder.dialogs().first().title, title);
+    QCOMPARE(responder.dialogs().first().filter, filter);
+    QCOMPARE(responder.dialogs().first().kind, DialogKind::SaveFile);
+    QVERIFY(responder.messages().isEmpty());
+    QCOMPARE(changed.size(), 0);
+}
+
+void TestFileCommands::saveAsCopy_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("targetExists");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("new name") << "copy.txt" << false << "";
+    QTest::newRow("existing name never overwritten") << "copy.txt" << true << "Error Copying File - @/copy.txt";
+    QTest::newRow("folder missing") << "nowhere/copy.txt" << false << "Error Copying File - @/nowhere/copy.txt";
+}
+
+void TestFileCommands::saveAsCopy()
+{
+    QFETCH(QString, target);
+    QFETCH(bool, targetExists);
+    QFETCH(QString, message);
+    TestDir dir;
+    const QByteArray content("line one\r\nline two\r\n\0binary", 28);
+    m_state->currentFile = dir.createFile("notes.txt", content);
+    if (targetExists)
+        dir.createFile(target, "keep");
+    ScriptedResponder responder(*m_services);
+    responder.acceptFile(dir.filePath(target));
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+    m_commands->SaveFileAs();
+    if (message.isEmpty()) {
+        QVERIFY(responder.messages().isEmpty());
+        QCOMPARE(dir.read(target), content);
+        QCOMPARE(changed.size(), 1);
+    } else {
+        QCOMPARE(responder.messageTexts(), QStringList{message.replace("@", dir.path())});
+        QCOMPARE(dir.read(target), targetExists ? QByteArray("keep") : QByteArray());
+        QCOMPARE(changed.size(), 0);
+    }
+    QCOMPARE(dir.read("notes.txt"), content);
+}
+
+void TestFileCommands::saveAsPicture()
+{
+    REQUIRE_FIXTURES();
+    TestDir dir;
+    const QString source = dir.filePath("hopper.png");
+    QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
+    m_state->currentFile = source;
+    ScriptedResponder responder(*m_services);
+    responder.acceptFile(dir.filePath("hopper.bmp"));
+    m_commands->SaveFileAs();
+    QCOMPARE(responder.messageTexts(), QStringList());
+    QImageReader reader(dir.filePath("hopper.bmp"));
+    QCOMPARE(reader.format(), QByteArray("bmp")); // a real BMP, not a renamed PNG
+    const QImage saved = reader.read();
+    QCOMPARE(saved.size(), QSize(128, 128));
+    const QImage original = QImage(source).convertToFormat(QImage::Format_RGB32);
+    const QImage copy = saved.convertToFormat(QImage::Format_RGB32);
+    int differing = 0;
+    for (int y = 0; y < 128; ++y)
+        for (int x = 0; x < 128; ++x)
+            differing += original.pixel(x, y) != copy.pixel(x, y);
+    QCOMPARE(differing, 0);
+}
+
+void TestFileCommands::saveAsPictureUnknownFormat()
+{
+    REQUIRE_FIXTURES();
+    TestDir dir;
+    const QString source = dir.filePath("hopper.png");
+    QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
+    m_state->currentFile = source;
+    ScriptedResponder responder(*m_services);
+    responder.acceptFile(dir.filePath("hopper.xyz"));
+    m_commands->SaveFileAs();
+    QCOMPARE(responder.messageTexts(), QStringList{"Error Saving File - " + dir.filePath("hopper.xyz")});
+    QVERIFY(!QFileInfo::exists(dir.filePath("hopper.xyz")));
+}
+
+void TestFileCommands::openWithApplication()
+{
+    TestDir dir;
+    QList<QUrl> opened;
+    bool succeed = true;
+    m_commands->setUrlOpener([&](const QUrl &url) {
+        opened << url;
+        return succeed;
+    });
+    ScriptedResponder responder(*m_services);
+    m_state->currentFile = dir.createFile("my letter.doc", "x");
+    m_commands->OpenwithOLE();
+    QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile(dir.filePath("my letter.doc"))});
+    QVERIFY(responder.messages().isEmpty());
+
+    succeed = false;
+    m_commands->OpenwithOLE();
+    QCOMPARE(responder.messageTexts(),
+             QStringList{"No Application could Open the File - " + dir.filePath("my letter.doc")});
+
+    responder.clear();
+    m_state->currentFile = dir.filePath("gone.doc");
+    m_commands->OpenwithOLE();
+    QCOMPARE(opened.size(), 2);
+    QCOMPARE(responder.messageTexts(), QStringList{"File not Found - " + dir.filePath("gone.doc")});
+}
+
+void TestFileCommands::unzipOffer_data()
+{
+    QTest::addColumn<QList<ZipEntry>>("entries");
+    QTest::addColumn<bool>("folderExists");
+    QTest::addColumn<MessageAnswer>("answer");
+    QTest::addColumn<QString>("message"); // prefix; "@" stands for the archive's path
+    QTest::addColumn<QStringList>("after");
+    QTest::addColumn<bool>("damaged");
+
+    const QList<ZipEntry> good{{"readme.txt", "hello"}, {"pics/a.png", "png"}};
+    QTest::newRow("yes unpacks") << good << false << MessageAnswer::Yes << "" << QStringList{"PHOTOS", "Photos.zip"} << false;
+    QTest::newRow("no changes nothing") << good << false << MessageAnswer::No << "" << QStringList{"Photos.zip"}
+                                        << false;
+    QTest::newRow("folder already exists") << good << true << MessageAnswer::Yes
+                                           << "Error Unzipping File - @ Folder already Exists"
+                                           << QStringList{"PHOTOS", "Photos.zip"} << false;
+    QTest::newRow("entry escaping the folder")
+        << QList<ZipEntry>{{"readme.txt", "hello"}, {"../../evil.sh", "rm"}} << false << MessageAnswer::Yes
+        << "Error Unzipping File - @ - The entry \"../../evil.sh\" would be written outside the folder"
+        << QStringList{"Photos.zip"} << false;
+    QTest::newRow("damaged data") << QList<ZipEntry>{{"readme.txt", "hello"}, {"big.txt", QByteArray(300000, 'z')}}
+                                  << false << MessageAnswer::Yes
+                                  << "Error Unzipping File - @ - The archive is damaged (" << QStringList{"Photos.zip"}
+                                  << true;
+}
+
+void TestFileCommands::unzipOffer()
+{
+    QFETCH(QList<ZipEntry>, entries);
+    QFETCH(bool, folderExists);
+    QFETCH(MessageAnswer, answer);
+    QFETCH(QString, message);
+    QFETCH(QStringList, after);
+    QFETCH(bool, damaged);
+
+    TestDir dir;
+    const QString zip = dir.filePath("Photos.zip");
+    QVERIFY(writeZip(zip, entries));
+    if (damaged) {
+        // Spoil the compressed data of the second entry; the directory stays intact.
+        QFile file(zip);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QByteArray bytes = file.readAll();
+        const qsizetype at = bytes.indexOf("big.txt") + 40;
+        for (qsizetype i = at; i < at + 200 && i < bytes.size(); ++i)
+            bytes[i] = char(i);
+        file.seek(0);
+        file.write(bytes);
+    }
+    if (folderExists)
+        dir.createFolder("PHOTOS");
+    ScriptedResponder responder(*m_services);
+    responder.answerMessage(answer);
+    QSignalSpy finished(m_commands.get(), &FileCommands::unzipFinished);
+    QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
+
+    m_commands->offerUnzip(zip);
+    if (answer == MessageAnswer::Yes)
+        QVERIFY(finished.size() == 1 || finished.wait(10000));
+
+    QCOMPARE(responder.messageTexts().first(), "Do You want to Un Zip File - " + zip + "? ");
+    QCOMPARE(responder.messages().first().buttons, MessageButtons::YesNo);
+    if (message.isEmpty()) {
+        QCOMPARE(responder.messages().size(), 1);
+    } else {
+        QCOMPARE(responder.messages().size(), 2);
+        QVERIFY2(responder.messageTexts().at(1).startsWith(message.replace("@", zip)),
+                 qPrintable(responder.messageTexts().at(1)));
+    }
+    QCOMPARE(namesIn(dir.path()), after);
+    const bool unpacked = answer == MessageAnswer::Yes && message.isEmpty();
+    QCOMPARE(changed.size(), unpacked ? 1 : 0);
+    if (unpacked) {
+        QCOMPARE(dir.read("PHOTOS/readme.txt"), QByteArray("hello"));
+        QCOMPARE(dir.read("PHOTOS/pics/a.png"), QByteArray("png"));
+    }
+}
+
+QTEST_MAIN(TestFileCommands)
+#include "tst_filecommands.moc"
