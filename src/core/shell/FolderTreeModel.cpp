@@ -54,6 +54,7 @@ void FolderTreeModel::setRoots(const FolderRoots &roots)
     Node network = makeNode<Node>(QLatin1String(NetworkNodeText), QString(), NodeKind::Network);
     network.listed = true;
     const int networkNode = addNode(std::move(network));
+    m_networkNode = networkNode;
     for (const MountEntry &mount : roots.network) {
         const QString host = networkHost(mount);
         const QString text = host.isEmpty() ? mount.mountPoint

@@ -45,6 +45,7 @@ public:
     int nodeParent(int node) const;      // -1 for a root
     QList<int> nodeChildren(int node) const;
     bool isListed(int node) const;       // expand() has run on it
+    int networkNode() const { return m_networkNode; }
     // Lists the node's subfolders once (hidden ones included) and appends them
     // to the node list; returns how many were added. A folder that cannot be
     // read, has vanished, or leads back to one of its own ancestors through a
@@ -105,6 +106,7 @@ private:
 
     std::vector<Node> m_nodes;
     std::vector<int> m_roots;
+    int m_networkNode = -1;
 };
 
 } // namespace tarnby
