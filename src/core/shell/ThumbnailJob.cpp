@@ -18,7 +18,7 @@ struct ThumbnailJob::Shared {
     QStringList paths;
     ThumbnailOptions options;
     Producer producer;
-    ThumbnailJob *job = nullptr;
+    ThumbnailJob *job = nullptr; // guarded by mutex; null once the job is gone
 
     std::mutex mutex;
     std::condition_variable idle;
@@ -43,7 +43,10 @@ struct ThumbnailJob::Shared {
     {
         for (int row = take(); row >= 0; row = take()) {
             const QImage image = producer(paths.at(row), options);
-            if (stop.load())
+            // Posting under the lock: the job cannot be deleted in between,
+            // and its destructor drops whatever is still queued for it.
+            std::lock_guard lock(mutex);
+            if (stop.load() || !job)
                 break;
             ThumbnailJob *receiver = job;
             QMetaObject::invokeMethod(
@@ -88,8 +91,13 @@ ThumbnailJob::ThumbnailJob(const QStringList &paths, const ThumbnailOptions &opt
 
 ThumbnailJob::~ThumbnailJob()
 {
+    // Workers still inside a picture finish it on their own and then find
+    // neither work nor a job to deliver to; nobody waits for them here, so a
+    // slow picture never holds up the window.
+    std::lock_guard lock(m_shared->mutex);
     m_shared->stop.store(true);
-    wait();
+    m_shared->queue.clear();
+    m_shared->job = nullptr;
 }
 
 void ThumbnailJob::start()

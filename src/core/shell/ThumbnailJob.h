@@ -27,9 +27,9 @@ struct ThumbnailOptions {
 // owns the job, through thumbnailReady(), in the order they are made.
 //
 // stop() ends the run: no new picture is started, results still in flight are
-// dropped, and finished(true) is emitted at once. The destructor stops and
-// then waits for the pictures being made (at most one per worker), so a job
-// never outlives its owner's data.
+// dropped, and finished(true) is emitted at once. Deleting the job stops it
+// without waiting: the pictures being made (at most one per worker) finish on
+// the pool and are thrown away. Whoever owns the pool waits for it at quit.
 class ThumbnailJob : public QObject
 {
     Q_OBJECT

@@ -345,7 +345,10 @@ bool Tarnby1::goToFolder(const QString &folder)
 
     const int node = m_treeModel->revealPath(path);
     if (node >= 0) {
+        // The folder opens in the tree too, its subfolders shown under it.
+        m_treeModel->expand(node);
         const QModelIndex index = m_treeModel->indexForNode(node);
+        m_tree->expand(index);
         m_followTree = false;
         m_tree->setCurrentIndex(index);
         m_tree->scrollTo(index);

@@ -41,9 +41,8 @@ void ThumbnailView::dropJob()
     m_job = nullptr;
     job->disconnect(this);
     job->stop();
-    // Wait for the pictures in flight (at most one per worker); the object
-    // itself goes later, as this may run inside one of its own signals.
-    job->wait();
+    // Not waited for: a slow picture of the old folder must not hold up the
+    // new one. Deleted later, as this may run inside one of its own signals.
     job->deleteLater();
 }
 
