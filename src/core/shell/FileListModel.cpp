@@ -2,7 +2,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMimeData>
@@ -11,6 +10,10 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace tarnby {
 
@@ -23,28 +26,40 @@ FolderListing listFolder(const QString &folder, const std::atomic_bool *stop)
         listing.errorString = QStringLiteral("Folder not Found - ") + folder;
         return listing;
     }
-    if (!info.isReadable()) {
+    // readdir and one fstatat per entry: several times quicker than going
+    // through QFileInfo, which matters for folders of tens of thousands.
+    DIR *dir = ::opendir(QFile::encodeName(folder).constData());
+    if (!dir) {
         listing.errorString = QStringLiteral("Folder cannot be Read - ") + folder;
         return listing;
     }
-    QDirIterator it(folder, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
-    while (it.hasNext()) {
+    const int fd = ::dirfd(dir);
+    while (const dirent *d = ::readdir(dir)) {
         if (stop && stop->load(std::memory_order_relaxed)) {
             listing.cancelled = true;
-            return listing;
+            break;
         }
-        it.next();
-        const QFileInfo fi = it.fileInfo();
+        const char *name = d->d_name;
+        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
+            continue;
+        struct stat st;
+        // A symbolic link is listed as what it points at; a dangling one as
+        // the link itself.
+        if (::fstatat(fd, name, &st, 0) != 0 && ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+            continue; // gone while we read the folder
         FileEntry entry;
-        entry.name = fi.fileName();
-        entry.folder = fi.isDir();
+        entry.name = QFile::decodeName(name);
+        entry.folder = S_ISDIR(st.st_mode);
         if (!entry.folder) {
             entry.extension = catalogue::GetFileExt(entry.name);
-            entry.size = fi.size();
+            entry.size = qint64(st.st_size);
         }
-        entry.modified = fi.fileTime(QFileDevice::FileModificationTime).toMSecsSinceEpoch();
+        entry.modified = qint64(st.st_mtim.tv_sec) * 1000 + st.st_mtim.tv_nsec / 1000000;
         listing.entries.push_back(std::move(entry));
     }
+    ::closedir(dir);
+    if (listing.cancelled)
+        return listing;
     std::sort(listing.entries.begin(), listing.entries.end(), [](const FileEntry &a, const FileEntry &b) {
         if (a.folder != b.folder)
             return a.folder;

@@ -1,11 +1,15 @@
 #include "FolderTreeModel.h"
 
 #include <QDir>
-#include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
 #include <QMimeData>
 
 #include <algorithm>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace tarnby {
 
@@ -99,14 +103,27 @@ bool FolderTreeModel::isListed(int node) const
 
 QStringList FolderTreeModel::listSubfolders(int node) const
 {
-    // Names only: the iterator learns "is a folder" from the directory entry
-    // itself for everything but symbolic links, so no entry is stat'ed twice.
+    // Names and types only: the directory entry says "folder" for everything
+    // but symbolic links (and filesystems that do not fill in the type), so
+    // only those are stat'ed.
     QStringList names;
-    QDirIterator it(m_nodes[size_t(node)].path, QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
-    while (it.hasNext()) {
-        it.next();
-        names.append(it.fileName());
+    DIR *dir = ::opendir(QFile::encodeName(m_nodes[size_t(node)].path).constData());
+    if (!dir)
+        return names;
+    const int fd = ::dirfd(dir);
+    while (const dirent *d = ::readdir(dir)) {
+        const char *name = d->d_name;
+        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
+            continue;
+        bool folder = d->d_type == DT_DIR;
+        if (d->d_type == DT_LNK || d->d_type == DT_UNKNOWN) {
+            struct stat st;
+            folder = ::fstatat(fd, name, &st, 0) == 0 && S_ISDIR(st.st_mode);
+        }
+        if (folder)
+            names.append(QFile::decodeName(name));
     }
+    ::closedir(dir);
     std::sort(names.begin(), names.end(), [](const QString &a, const QString &b) {
         const int c = a.compare(b, Qt::CaseInsensitive);
         return c != 0 ? c < 0 : a < b;
