@@ -22,6 +22,7 @@ private slots:
     void everyPictureArrivesOnce();
     void unreadablePictureGivesNullImage();
     void realPicturesFitTheBox();
+    void transparentPartsTurnWhite();
     void picturesAmongFilesOfAFolder();
     void emptyJobFinishesAtOnce();
 };
@@ -159,6 +160,20 @@ void TestThumbnailJob::realPicturesFitTheBox()
     }
     options.bits = 24;
     QCOMPARE(ThumbnailJob::makeThumbnail(pictures.first(), options).format(), QImage::Format_RGB888);
+}
+
+void TestThumbnailJob::transparentPartsTurnWhite()
+{
+    TestDir dir;
+    QImage clear(20, 10, QImage::Format_ARGB32);
+    clear.fill(Qt::transparent);
+    const QString path = dir.filePath("clear.png");
+    QVERIFY(clear.save(path));
+    ThumbnailOptions options;
+    options.bits = 24;
+    QCOMPARE(ThumbnailJob::makeThumbnail(path, options).pixel(5, 5), qRgb(255, 255, 255));
+    options.bits = 32;
+    QCOMPARE(qAlpha(ThumbnailJob::makeThumbnail(path, options).pixel(5, 5)), 0);
 }
 
 void TestThumbnailJob::picturesAmongFilesOfAFolder()

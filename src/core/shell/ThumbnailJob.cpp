@@ -5,6 +5,7 @@
 #include "platform/imaging/Thumbnails.h"
 
 #include <QFileInfo>
+#include <QPainter>
 #include <QThreadPool>
 
 #include <atomic>
@@ -66,6 +67,16 @@ QImage ThumbnailJob::makeThumbnail(const QString &path, const ThumbnailOptions &
         return image;
     if (image.width() > options.box.width() || image.height() > options.box.height())
         image = image.scaled(options.box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    if (image.hasAlphaChannel() && options.bits != 32) {
+        // Without an alpha channel transparent parts would turn black: lay
+        // the picture on white first, as it shows on a page.
+        QImage flat(image.size(), QImage::Format_RGB32);
+        flat.fill(Qt::white);
+        QPainter painter(&flat);
+        painter.drawImage(0, 0, image);
+        painter.end();
+        image = flat;
+    }
     // 24 bits are kept as three bytes a pixel: a folder of thousands of
     // thumbnails is held in memory at once.
     if (options.bits == 24)

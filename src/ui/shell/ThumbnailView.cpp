@@ -2,8 +2,23 @@
 
 #include <QResizeEvent>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 
 namespace tarnby::ui {
+
+namespace {
+
+// Every cell has the size of the grid, whether its thumbnail has arrived or
+// not: the view lays out thousands of cells once instead of asking each one.
+class CellDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize cell;
+    QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const override { return cell; }
+};
+
+} // namespace
 
 ThumbnailView::ThumbnailView(QWidget *parent)
     : QListView(parent)
@@ -12,6 +27,7 @@ ThumbnailView::ThumbnailView(QWidget *parent)
     setObjectName(QStringLiteral("Thumb1"));
     m_model->setObjectName(QStringLiteral("ImagList1"));
     setModel(m_model);
+    setItemDelegate(new CellDelegate(this));
     setViewMode(QListView::IconMode);
     setMovement(QListView::Static);
     setResizeMode(QListView::Adjust);
@@ -51,7 +67,9 @@ void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOption
     dropJob();
     const QSize box = options.box;
     setIconSize(box);
-    setGridSize(QSize(std::max(box.width(), 80) + 16, box.height() + fontMetrics().height() * 2 + 12));
+    const QSize grid(std::max(box.width(), 80) + 16, box.height() + fontMetrics().height() * 2 + 12);
+    setGridSize(grid);
+    static_cast<CellDelegate *>(itemDelegate())->cell = grid - QSize(4, 4);
     m_model->setFiles(paths);
 
     m_job = new ThumbnailJob(paths, options, &m_pool, m_producer, this);
