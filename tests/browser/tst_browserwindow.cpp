@@ -111,6 +111,8 @@ private slots:
     void viewStyles_data();
     void viewStyles();
     void upFolderAndBackspace();
+    void deleteAndRenameKeys_data();
+    void deleteAndRenameKeys();
     void refreshAndVanishedFolder();
     void treeFollowsAndDrives();
     void workingFolders();
@@ -118,6 +120,7 @@ private slots:
     void computerInNetwork();
     void panesSavedAndRestored();
     void thumbnailsFill();
+    void thumbnailsStayWithinBudget();
     void noThumbnailsToDisplay();
     void stopCancelsThumbnails();
     void folderChangeDropsStaleThumbnails();
@@ -336,6 +339,39 @@ void TestBrowserWindow::upFolderAndBackspace()
     QCOMPARE(b.window->currentFolder(), b.files.path());
 }
 
+void TestBrowserWindow::deleteAndRenameKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<bool>("asks");
+    QTest::newRow("Delete on a file") << int(Qt::Key_Delete) << "a.jpg" << true;
+    QTest::newRow("Delete on a folder does nothing") << int(Qt::Key_Delete) << "sub" << false;
+    QTest::newRow("F2 on a file") << int(Qt::Key_F2) << "a.jpg" << true;
+    QTest::newRow("F2 on a folder does nothing") << int(Qt::Key_F2) << "sub" << false;
+}
+
+void TestBrowserWindow::deleteAndRenameKeys()
+{
+    // The keys hand the selected file to the file commands, which ask the
+    // user first; the question (or dialog) is what the test sees.
+    QFETCH(int, key);
+    QFETCH(QString, selected);
+    QFETCH(bool, asks);
+    Browser b;
+    b.load();
+    b.files.createFile("a.jpg");
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    b.select(selected);
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key(key));
+    QCOMPARE(b.responder.messages().size() + b.responder.dialogs().size() > 0, asks);
+    QVERIFY(QFile::exists(b.files.filePath("a.jpg"))); // nothing was answered Yes
+}
+
 void TestBrowserWindow::refreshAndVanishedFolder()
 {
     Browser b;
@@ -495,6 +531,37 @@ void TestBrowserWindow::thumbnailsFill()
     b.window->toolClick(QStringLiteral("ID_ListIconsBtn"));
     QVERIFY(!b.window->thumbnailsShown());
     QCOMPARE(thumbs->rowCount(), 0);
+}
+
+void TestBrowserWindow::thumbnailsStayWithinBudget()
+{
+    Browser b;
+    b.load();
+    for (int i = 0; i < 300; ++i)
+        b.files.createFile(QStringLiteral("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    ThumbnailView *view = b.window->thumbnailView();
+    view->setProducer([](const QString &, const ThumbnailOptions &o) { return testPicture(4).scaled(o.box); });
+    ThumbnailModel *thumbs = view->thumbnails();
+    const qint64 each = testPicture(4).scaled(QSize(94, 94)).sizeInBytes();
+    thumbs->setBudget(each * 60); // room for a screen or two, not the folder
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QTRY_VERIFY(!view->isLoading());
+    QVERIFY(thumbs->imageBytes() <= thumbs->budget());
+    QVERIFY(thumbs->readyCount() < 300);
+    // Those near the screen are held, the far end was dropped; scrolling
+    // there makes it again and drops the top instead, and back again.
+    QVERIFY(thumbs->isReady(0));
+    QVERIFY(!thumbs->isReady(150));
+    view->scrollTo(thumbs->index(150), QAbstractItemView::PositionAtCenter);
+    QTRY_VERIFY(thumbs->isReady(150));
+    QVERIFY(!thumbs->isReady(0));
+    view->scrollToTop();
+    QTRY_VERIFY(thumbs->isReady(0));
+    QVERIFY(thumbs->imageBytes() <= thumbs->budget());
 }
 
 void TestBrowserWindow::noThumbnailsToDisplay()

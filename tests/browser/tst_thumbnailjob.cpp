@@ -25,6 +25,7 @@ private slots:
     void transparentPartsTurnWhite();
     void picturesAmongFilesOfAFolder();
     void emptyJobFinishesAtOnce();
+    void modelKeepsToItsBudget();
 };
 
 static QStringList names(int count)
@@ -190,6 +191,28 @@ void TestThumbnailJob::emptyJobFinishesAtOnce()
     QSignalSpy finished(&job, &ThumbnailJob::finished);
     job.start();
     QCOMPARE(finished.size(), 1);
+}
+
+void TestThumbnailJob::modelKeepsToItsBudget()
+{
+    ThumbnailModel model;
+    model.setFiles(names(100));
+    const qint64 each = dummy({}, {}).sizeInBytes();
+    model.setBudget(each * 20);
+    model.setFocusRow(50);
+    QSignalSpy evicted(&model, &ThumbnailModel::evicted);
+    for (int row = 0; row < 100; ++row)
+        model.setThumbnail(row, dummy({}, {}));
+    QVERIFY(model.imageBytes() <= model.budget());
+    QVERIFY(!evicted.isEmpty());
+    QCOMPARE(model.readyCount() * each, model.imageBytes());
+    QVERIFY(model.isReady(50));  // the focus row stays
+    QVERIFY(!model.isReady(0));  // the far ends went first
+    QVERIFY(!model.isReady(1));
+    QVERIFY(model.data(model.index(0), Qt::DecorationRole).isNull());
+    // A thumbnail that could not be made costs nothing and is never dropped.
+    model.setThumbnail(0, QImage());
+    QVERIFY(model.isReady(0));
 }
 
 QTEST_GUILESS_MAIN(TestThumbnailJob)

@@ -204,6 +204,8 @@ void ThumbnailModel::setFiles(const QStringList &paths)
     m_images.assign(size_t(paths.size()), QImage());
     m_done.assign(size_t(paths.size()), false);
     m_ready = 0;
+    m_bytes = 0;
+    m_focusRow = 0;
     endResetModel();
 }
 
@@ -214,17 +216,40 @@ void ThumbnailModel::setThumbnail(int row, const QImage &image)
     if (!m_done[size_t(row)])
         ++m_ready;
     m_done[size_t(row)] = true;
+    m_bytes += image.sizeInBytes() - m_images[size_t(row)].sizeInBytes();
     m_images[size_t(row)] = image;
     const QModelIndex i = index(row);
     emit dataChanged(i, i, {Qt::DecorationRole, ReadyRole});
+    if (m_bytes > m_budget)
+        evictFarthest();
 }
 
-qint64 ThumbnailModel::imageBytes() const
+void ThumbnailModel::evictFarthest()
 {
-    qint64 bytes = 0;
-    for (const QImage &image : m_images)
-        bytes += image.sizeInBytes();
-    return bytes;
+    // Down to nine tenths of the budget at once, so that this runs once per
+    // many thumbnails rather than for each.
+    std::vector<int> held;
+    for (int row = 0; row < int(m_images.size()); ++row) {
+        if (!m_images[size_t(row)].isNull())
+            held.push_back(row);
+    }
+    std::sort(held.begin(), held.end(), [this](int a, int b) {
+        return std::abs(a - m_focusRow) > std::abs(b - m_focusRow);
+    });
+    QList<int> dropped;
+    for (int row : held) {
+        if (m_bytes <= m_budget / 10 * 9)
+            break;
+        m_bytes -= m_images[size_t(row)].sizeInBytes();
+        m_images[size_t(row)] = QImage();
+        m_done[size_t(row)] = false;
+        --m_ready;
+        dropped.append(row);
+        const QModelIndex i = index(row);
+        emit dataChanged(i, i, {Qt::DecorationRole, ReadyRole});
+    }
+    if (!dropped.isEmpty())
+        emit evicted(dropped);
 }
 
 int ThumbnailModel::rowCount(const QModelIndex &parent) const

@@ -77,11 +77,17 @@ private:
 
 // The thumbnails of a folder as a list: the file name as text, the thumbnail
 // (once made) as decoration. Its object name in the window is "ImagList1".
+//
+// The images it holds are bounded by a memory budget: past it, the thumbnails
+// farthest from the focus row (the middle of what is on screen) are dropped
+// again and reported by evicted(), so that the view makes them anew when they
+// come back into sight.
 class ThumbnailModel : public QAbstractListModel
 {
     Q_OBJECT
 public:
     enum Role { PathRole = Qt::UserRole + 1, ReadyRole };
+    static constexpr qint64 DefaultBudget = 64LL * 1024 * 1024; // some 3,300 thumbnails of 94 x 94 at 24 bits
 
     explicit ThumbnailModel(QObject *parent = nullptr);
 
@@ -89,17 +95,30 @@ public:
     void setThumbnail(int row, const QImage &image);
     QStringList files() const { return m_paths; }
     int readyCount() const { return m_ready; }
+    bool isReady(int row) const { return row >= 0 && row < int(m_done.size()) && m_done[size_t(row)]; }
     // Bytes held by the thumbnail images.
-    qint64 imageBytes() const;
+    qint64 imageBytes() const { return m_bytes; }
+    void setBudget(qint64 bytes) { m_budget = bytes; }
+    qint64 budget() const { return m_budget; }
+    void setFocusRow(int row) { m_focusRow = row; }
 
+signals:
+    void evicted(const QList<int> &rows);
+
+public:
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
 
 private:
+    void evictFarthest();
+
     QStringList m_paths;
     std::vector<QImage> m_images;
     std::vector<bool> m_done;
     int m_ready = 0;
+    qint64 m_bytes = 0;
+    qint64 m_budget = DefaultBudget;
+    int m_focusRow = 0;
 };
 
 // The files of paths that get a thumbnail: pictures by their extension (the

@@ -38,6 +38,10 @@ ThumbnailView::ThumbnailView(QWidget *parent)
     // Leave a core for the rest of the program: decoding is CPU-bound.
     m_pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1));
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &ThumbnailView::prioritizeVisible);
+    connect(m_model, &ThumbnailModel::evicted, this, [this](const QList<int> &rows) {
+        for (int row : rows)
+            m_evicted.insert(row);
+    });
     connect(this, &QAbstractItemView::activated, this, [this](const QModelIndex &index) {
         emit pictureActivated(m_model->data(index, ThumbnailModel::PathRole).toString());
     });
@@ -51,15 +55,20 @@ ThumbnailView::~ThumbnailView()
 
 void ThumbnailView::dropJob()
 {
-    if (!m_job)
-        return;
-    ThumbnailJob *job = m_job;
-    m_job = nullptr;
-    job->disconnect(this);
-    job->stop();
-    // Not waited for: a slow picture of the old folder must not hold up the
-    // new one. Deleted later, as this may run inside one of its own signals.
-    job->deleteLater();
+    for (QPointer<ThumbnailJob> *slot : {&m_job, &m_refill}) {
+        ThumbnailJob *job = *slot;
+        *slot = nullptr;
+        if (!job)
+            continue;
+        job->disconnect(this);
+        job->disconnect(m_model);
+        job->stop();
+        // Not waited for: a slow picture of the old folder must not hold up
+        // the new one. Deleted later, as this may run inside its own signal.
+        job->deleteLater();
+    }
+    m_refillRows.clear();
+    m_evicted.clear();
 }
 
 void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOptions &options)
@@ -71,6 +80,7 @@ void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOption
     setGridSize(grid);
     static_cast<CellDelegate *>(itemDelegate())->cell = grid - QSize(4, 4);
     m_model->setFiles(paths);
+    m_options = options;
 
     m_job = new ThumbnailJob(paths, options, &m_pool, m_producer, this);
     connect(m_job, &ThumbnailJob::thumbnailReady, m_model, &ThumbnailModel::setThumbnail);
@@ -85,6 +95,8 @@ void ThumbnailView::stop()
 {
     if (m_job)
         m_job->stop();
+    if (m_refill)
+        m_refill->stop();
 }
 
 void ThumbnailView::clear()
@@ -104,21 +116,49 @@ void ThumbnailView::resizeEvent(QResizeEvent *event)
 
 void ThumbnailView::prioritizeVisible()
 {
-    if (!m_job || m_job->isFinished() || m_model->rowCount() == 0)
+    if (!m_job || m_model->rowCount() == 0)
         return;
-    // The grid is uniform: the first and last visible rows bound what is on
-    // screen. Before the first layout (hidden view) start from the top.
-    const QRect area = viewport()->rect();
-    QModelIndex first = indexAt(area.topLeft() + QPoint(1, 1));
-    QModelIndex last = indexAt(QPoint(area.right() - 1, area.bottom() - 1));
-    const int firstRow = first.isValid() ? first.row() : 0;
-    int lastRow = last.isValid() ? last.row() : -1;
-    if (lastRow < firstRow) {
-        const QSize grid = gridSize().isValid() ? gridSize() : QSize(100, 100);
-        const int perScreen = std::max(1, (area.width() / grid.width()) * (area.height() / grid.height() + 1));
-        lastRow = firstRow + std::max(perScreen, 24);
+    // The grid is uniform, so what is on screen follows from the scroll
+    // offset: whole grid lines, left to right.
+    const QSize grid = gridSize().isValid() ? gridSize() : QSize(100, 100);
+    const int columns = std::max(1, viewport()->width() / std::max(1, grid.width()));
+    const int top = std::max(0, verticalOffset()) / std::max(1, grid.height());
+    const int lines = viewport()->height() / std::max(1, grid.height()) + 2;
+    const int firstRow = top * columns;
+    const int lastRow = std::min(m_model->rowCount() - 1, (top + lines) * columns - 1);
+    m_model->setFocusRow((firstRow + lastRow) / 2);
+    if (!m_job->isFinished())
+        m_job->prioritize(firstRow, lastRow);
+    if (!m_job->isStopped()) // after Stop nothing more is made
+        remakeEvicted(firstRow, lastRow);
+}
+
+void ThumbnailView::remakeEvicted(int first, int last)
+{
+    QList<int> rows;
+    for (int row = first; row <= last && row < m_model->rowCount(); ++row) {
+        if (m_evicted.contains(row))
+            rows.append(row);
     }
-    m_job->prioritize(firstRow, lastRow);
+    if (rows.isEmpty() || rows == m_refillRows)
+        return;
+    if (m_refill) {
+        m_refill->disconnect(this);
+        m_refill->stop();
+        m_refill->deleteLater();
+    }
+    QStringList paths;
+    for (int row : rows)
+        paths.append(m_model->files().at(row));
+    m_refillRows = rows;
+    m_refill = new ThumbnailJob(paths, m_options, &m_pool, m_producer, this);
+    connect(m_refill, &ThumbnailJob::thumbnailReady, this, [this](int i, const QImage &image) {
+        if (i < 0 || i >= m_refillRows.size())
+            return;
+        m_evicted.remove(m_refillRows.at(i));
+        m_model->setThumbnail(m_refillRows.at(i), image);
+    });
+    m_refill->start();
 }
 
 } // namespace tarnby::ui

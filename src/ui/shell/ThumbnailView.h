@@ -4,6 +4,7 @@
 
 #include <QListView>
 #include <QPointer>
+#include <QSet>
 #include <QThreadPool>
 
 namespace tarnby::ui {
@@ -11,7 +12,9 @@ namespace tarnby::ui {
 // The thumbnail display (object name "Thumb1", its model "ImagList1"): the
 // pictures of a folder as a grid that fills while the thumbnails are made on a
 // thread pool of its own. The rows on screen are made first; scrolling moves
-// the newly visible rows to the front. A new showPictures() drops the running job.
+// the newly visible rows to the front. A new showPictures() drops the running
+// job. The model keeps the images within its memory budget; thumbnails it has
+// dropped are made again when they are scrolled back into sight.
 class ThumbnailView : public QListView
 {
     Q_OBJECT
@@ -43,11 +46,16 @@ protected:
 
 private:
     void prioritizeVisible();
+    void remakeEvicted(int first, int last);
     void dropJob();
 
     ThumbnailModel *m_model;
     QThreadPool m_pool;
     QPointer<ThumbnailJob> m_job;
+    QPointer<ThumbnailJob> m_refill; // makes evicted thumbnails again as they come into sight
+    QList<int> m_refillRows;
+    QSet<int> m_evicted;
+    ThumbnailOptions m_options;
     ThumbnailJob::Producer m_producer;
 };
 
