@@ -171,7 +171,9 @@ void benchThumbnails(const QString &root, int count)
     const qint64 rssAfter = statusKb("VmRSS:");
     out << count << " thumbnails (94x94, 24 bits) on " << pool.maxThreadCount() << " worker(s): " << ms << " ms, "
         << (ms > 0 ? count * 1000.0 / ms : 0) << " per second; first screen (40) after " << firstScreen << " ms\n";
-    out << "  thumbnail images hold " << model.imageBytes() / 1024 << " KiB (" << model.imageBytes() / count
+    out << "  thumbnail images hold " << model.imageBytes() / 1024 << " KiB for " << model.readyCount() << " of "
+        << count << " thumbnails (budget " << model.budget() / 1024 << " KiB, "
+        << (model.readyCount() ? model.imageBytes() / model.readyCount() : 0)
         << " bytes each); resident memory grew by " << (rssAfter - rssBefore) << " KiB (VmRSS " << rssAfter
         << " KiB, peak " << statusKb("VmHWM:") << " KiB)\n";
 }
