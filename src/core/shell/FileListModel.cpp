@@ -263,8 +263,17 @@ QVariant FileListModel::icon(const FileEntry &entry) const
         icon = QIcon::fromTheme(type.iconName(),
                                 QIcon::fromTheme(type.genericIconName(), QIcon::fromTheme(QStringLiteral("text-x-generic"))));
     }
+    if (icon.isNull())
+        icon = entry.folder ? m_folderIcon : m_fileIcon;
     m_icons.insert(key, icon);
     return icon;
+}
+
+void FileListModel::setFallbackIcons(const QIcon &file, const QIcon &folder)
+{
+    m_fileIcon = file;
+    m_folderIcon = folder;
+    m_icons.clear();
 }
 
 int FileListModel::rowCount(const QModelIndex &parent) const

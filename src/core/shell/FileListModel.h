@@ -91,8 +91,9 @@ public:
     QStringList shownFilePaths() const;        // the files shown, in order
 
     // Icons are the desktop theme's icons for each file type, looked up once
-    // per extension.
+    // per extension; where the theme has none, the fallback icons serve.
     QVariant icon(const FileEntry &entry) const;
+    void setFallbackIcons(const QIcon &file, const QIcon &folder);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -122,6 +123,8 @@ private:
     std::shared_ptr<std::atomic_bool> m_stop;
     mutable QHash<QString, QString> m_typeTexts;
     mutable QHash<QString, QIcon> m_icons;
+    QIcon m_fileIcon;
+    QIcon m_folderIcon;
 };
 
 } // namespace tarnby

@@ -38,6 +38,7 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTimer>
 #include <QToolBar>
 #include <QTreeView>
@@ -113,6 +114,7 @@ void Tarnby1::buildCentralArea()
     m_treeModel->setRoots(systemRoots());
     m_listModel = new FileListModel(this);
     m_listModel->setObjectName(QStringLiteral("File1"));
+    m_listModel->setFallbackIcons(style()->standardIcon(QStyle::SP_FileIcon), style()->standardIcon(QStyle::SP_DirIcon));
 
     auto *central = new QWidget(this);
     auto *layout = new QVBoxLayout(central);
