@@ -242,15 +242,18 @@ void Tarnby1::buildShortcuts()
     };
     listKey(QKeySequence(Qt::Key_Delete), m_listFrame, &Tarnby1::deleteSelected);
     listKey(QKeySequence(Qt::Key_F2), m_listFrame, &Tarnby1::renameSelected);
-    listKey(QKeySequence(Qt::Key_Backspace), m_listFrame, &Tarnby1::upFolder);
-    listKey(QKeySequence(Qt::Key_Backspace), m_tree, &Tarnby1::upFolder);
+    auto up = [this] { toolClick(QStringLiteral("ID_UpFolderBtn")); };
+    listKey(QKeySequence(Qt::Key_Backspace), m_listFrame, up);
+    listKey(QKeySequence(Qt::Key_Backspace), m_tree, up);
 
     auto windowKey = [this](const QKeySequence &key, auto slot) {
         auto *shortcut = new QShortcut(key, this);
         shortcut->setContext(Qt::WindowShortcut);
         connect(shortcut, &QShortcut::activated, this, slot);
     };
-    windowKey(QKeySequence(Qt::Key_F5), [this] { runCommand(BrowserAction::RefreshFileList); });
+    // Keys go through the command keys like clicks do, so that a busy
+    // document window holds them off too.
+    windowKey(QKeySequence(Qt::Key_F5), [this] { toolClick(QStringLiteral("ID_RefreshBtn")); });
     windowKey(QKeySequence(QStringLiteral("Ctrl+F")), [this] { toolClick(QStringLiteral("ID_FindBtn")); });
 }
 
@@ -641,7 +644,7 @@ void Tarnby1::deleteSelected()
     const int row = m_listView->currentRow();
     if (row < 0 || m_listModel->isFolder(row))
         return;
-    runCommand(BrowserAction::DeleteFile);
+    toolClick(QStringLiteral("ID_mnuDeleteFile"));
 }
 
 void Tarnby1::renameSelected()
@@ -649,7 +652,7 @@ void Tarnby1::renameSelected()
     const int row = m_listView->currentRow();
     if (row < 0 || m_listModel->isFolder(row))
         return;
-    runCommand(BrowserAction::RenameFile);
+    toolClick(QStringLiteral("ID_mnuRenameFile"));
 }
 
 TransferResult Tarnby1::transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action)
