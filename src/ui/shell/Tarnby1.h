@@ -1,20 +1,27 @@
 #pragma once
 
+#include "shell/BrowserValues.h"
 #include "shell/CommandTables.h"
 #include "shell/FileCatalogue.h"
+#include "shell/FileTransfer.h"
 
 #include <QMainWindow>
 #include <QStringList>
 
 class QComboBox;
+class QFrame;
 class QLabel;
-class QListView;
+class QListWidget;
+class QProgressBar;
 class QSplitter;
+class QStackedWidget;
 class QTimer;
 class QTreeView;
 
 namespace tarnby {
 class AppState;
+class FileListModel;
+class FolderTreeModel;
 class SettingsStore;
 }
 
@@ -22,8 +29,11 @@ namespace tarnby::ui {
 
 class CommandBar;
 class FileCommands;
+class FileListView;
 class HelpWindow;
 class MDIForm1;
+class QuikPict1;
+class ThumbnailView;
 struct UiServices;
 
 // What main() learnt from the command line before the window exists.
@@ -76,23 +86,61 @@ public:
     // stands, and selects the first line when there is one. Runs at start-up
     // and whenever the working folders window saves the list.
     void CreateOpenFileExt();
-    // The selected line of the working folder list; -1 when it is empty.
-    int workingFolderIndex() const { return m_workingFolderIndex; }
-    void setWorkingFolderIndex(int index) { m_workingFolderIndex = index; }
+    // The selected line of the working folder list (List1); -1 when it is empty.
+    int workingFolderIndex() const;
     // Applies changed colours and bold type to the browser and the frame.
     void applySettingsToWindows();
+    // ---- browsing ------------------------------------------------------
+    // Shows folder in the tree, the drive combo and the file list. The list
+    // is read off the UI thread; fileList() emits folderLoaded() when it is in.
+    // Returns false (and changes nothing) when folder is not a folder.
+    bool goToFolder(const QString &folder);
+    QString currentFolder() const { return m_folder; }
+    FolderTreeModel *folderTree() const { return m_treeModel; }
+    FileListModel *fileList() const { return m_listModel; }
+    FileListView *fileListView() const { return m_listView; }
+    ThumbnailView *thumbnailView() const { return m_thumbs; }
+    QuikPict1 *quickView() const { return m_quick; }
+    bool thumbnailsShown() const;
+    void setViewStyle(ViewStyle style);
+    // Moves or copies dropped files into a folder and refreshes the lists.
+    TransferResult transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action);
+    // Rebuilds the working-folder list (List1) from the program-wide lines.
+    void refreshWorkingFolderList();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void buildCommandBar();
     void buildCentralArea();
+    void buildShortcuts();
     void updateClock();
     void applyFilter(int index);
     void notYetAvailable(const QString &what);
     void showHelp(bool search);
     bool frameIsBusy() const;
+
+    void treeCurrentChanged(const QModelIndex &current);
+    void listCurrentChanged(int row);
+    void listActivated(int row);
+    void fillDriveBox();
+    void driveBoxActivated(int index);
+    void upFolder();
+    void refreshLists();
+    void collapseTree();
+    void goToWorkingFolder();
+    void setComputerInNetwork();
+    void showThumbnails();
+    void stopThumbnails();
+    void hideThumbnails();
+    void showQuickView();
+    void restorePanes();
+    void storePanes();
+    void updateStatus();
+    void deleteSelected();
+    void renameSelected();
 
     AppState &m_state;
     UiServices &m_services;
@@ -108,12 +156,23 @@ private:
     QComboBox *m_driveBox = nullptr;
     QComboBox *m_filterBox = nullptr;
     QTreeView *m_tree = nullptr;
-    QListView *m_list = nullptr;
     QSplitter *m_splitter = nullptr;
+    FolderTreeModel *m_treeModel = nullptr;
+    FileListModel *m_listModel = nullptr;
+    FileListView *m_listView = nullptr;
+    ThumbnailView *m_thumbs = nullptr;
+    QStackedWidget *m_listStack = nullptr;
+    QFrame *m_treeFrame = nullptr;
+    QFrame *m_listFrame = nullptr;
+    QFrame *m_folderFrame = nullptr;
+    QListWidget *m_folderList = nullptr;
+    QLabel *m_status = nullptr;
+    QProgressBar *m_thumbProgress = nullptr;
+    QuikPict1 *m_quick = nullptr;
+    QString m_folder;
+    bool m_followTree = true; // false while the window itself moves the tree
     QString m_dialogFilter;
     QString m_pictureDialogFilter;
-    // The selected working folder line (settings windows).
-    int m_workingFolderIndex = -1;
 };
 
 } // namespace tarnby::ui

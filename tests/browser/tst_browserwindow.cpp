@@ -1,0 +1,718 @@
+#include "app/AppState.h"
+#include "app/SettingsStore.h"
+#include "services/ScriptedResponder.h"
+#include "services/UiServices.h"
+#include "shell/CommandBar.h"
+#include "shell/FileListModel.h"
+#include "shell/FileListView.h"
+#include "shell/FolderTreeModel.h"
+#include "shell/MDIForm1.h"
+#include "shell/QuikPict1.h"
+#include "shell/Tarnby1.h"
+#include "shell/ThumbnailView.h"
+
+#include "Fixtures.h"
+#include "TestDir.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QFrame>
+#include <QLabel>
+#include <QListWidget>
+#include <QLineEdit>
+#include <QListView>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QSplitter>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+#include <QUrl>
+
+#include <memory>
+
+using namespace tarnby;
+using namespace tarnby::ui;
+
+namespace {
+
+// One browser window with scripted message boxes, a settings store of its own
+// and a folder of files to browse.
+struct Browser {
+    TestDir home;
+    TestDir files;
+    SettingsStore store{home.filePath(QStringLiteral("settings.ini"))};
+    AppState state;
+    UiServices services;
+    ScriptedResponder responder{services};
+    std::unique_ptr<Tarnby1> window;
+
+    Browser() { window = std::make_unique<Tarnby1>(state, services, store); }
+
+    void load()
+    {
+        StartupRequest request;
+        request.homeOption = home.path();
+        window->load(request);
+    }
+
+    // Shows folder and waits until its listing is in.
+    bool show(const QString &folder)
+    {
+        QSignalSpy loaded(window->fileList(), &FileListModel::folderLoaded);
+        if (!window->goToFolder(folder))
+            return false;
+        return loaded.wait(5000);
+    }
+
+    void chooseFilter(int index)
+    {
+        QComboBox *box = window->findChild<QComboBox *>(QStringLiteral("CMBFILEFLTR"));
+        box->setCurrentIndex(index);
+        emit box->activated(index);
+    }
+
+    int filterIndex() const { return window->findChild<QComboBox *>(QStringLiteral("CMBFILEFLTR"))->currentIndex(); }
+
+    void select(const QString &name)
+    {
+        window->fileListView()->setCurrentRow(window->fileList()->rowForName(name));
+    }
+
+    bool enabled(const QString &key) const { return window->commandBar()->isEnabled(key); }
+};
+
+QImage testPicture(int i)
+{
+    QImage image(64, 48, QImage::Format_RGB32);
+    image.fill(QColor::fromHsv((i * 37) % 360, 200, 200));
+    return image;
+}
+
+} // namespace
+
+class TestBrowserWindow : public QObject
+{
+    Q_OBJECT
+private slots:
+    void filterBoxAtStart();
+    void filterChangesTheList_data();
+    void filterChangesTheList();
+    void categoryButtons_data();
+    void categoryButtons();
+    void selectionCommands_data();
+    void selectionCommands();
+    void openingRoutes();
+    void enterOpensAndFolderEnters();
+    void viewStyles_data();
+    void viewStyles();
+    void upFolderAndBackspace();
+    void deleteAndRenameKeys_data();
+    void deleteAndRenameKeys();
+    void refreshAndVanishedFolder();
+    void treeFollowsAndDrives();
+    void workingFolders();
+    void computerInNetwork_data();
+    void computerInNetwork();
+    void panesSavedAndRestored();
+    void thumbnailsFill();
+    void thumbnailsStayWithinBudget();
+    void noThumbnailsToDisplay();
+    void stopCancelsThumbnails();
+    void folderChangeDropsStaleThumbnails();
+    void dropOnTreeMovesOrCopies();
+    void quickView();
+    void commandLine();
+};
+
+void TestBrowserWindow::filterBoxAtStart()
+{
+    Browser b;
+    b.load();
+    QComboBox *box = b.window->findChild<QComboBox *>(QStringLiteral("CMBFILEFLTR"));
+    QCOMPARE(box->count(), 40);
+    QCOMPARE(box->currentIndex(), 35);
+    QCOMPARE(box->itemText(35), QStringLiteral("All Image and MultiMedia Files"));
+    QCOMPARE(box->itemData(17).toInt(), 17);
+    QCOMPARE(b.window->fileList()->pattern(), QLatin1String(catalogue::FilterPatterns[35]));
+    QCOMPARE(b.window->currentFolder(), QDir::homePath());
+    for (const char *name : {"PTxShCombo1", "PTxShTree1", "PTxShList1", "Frame1", "Frame3", "Frame5", "List1",
+                             "Label1", "Thumb1", "ImagList1", "File1", "Timer1", "ToolBarComp1"})
+        QVERIFY2(b.window->findChild<QObject *>(QLatin1String(name)), name);
+}
+
+void TestBrowserWindow::filterChangesTheList_data()
+{
+    QTest::addColumn<int>("filter");
+    QTest::addColumn<QStringList>("shown");
+    QTest::newRow("JPEG matches any case") << 0 << QStringList{"photo.jpg", "SHOT.JPG"};
+    QTest::newRow("All Picture Files leaves out XWD") << 32 << QStringList{"photo.jpg", "scan.dic", "SHOT.JPG"};
+    QTest::newRow("X Window Dump shows XWD") << 23 << QStringList{"dump.xwd"};
+    QTest::newRow("Music") << 30 << QStringList{"song.mp3"};
+    QTest::newRow("All Files shows names without a dot") << 39
+        << QStringList{"dump.xwd", "photo.jpg", "README", "scan.dic", "SHOT.JPG", "song.mp3"};
+}
+
+void TestBrowserWindow::filterChangesTheList()
+{
+    QFETCH(int, filter);
+    QFETCH(QStringList, shown);
+    Browser b;
+    b.load();
+    for (const char *name : {"photo.jpg", "SHOT.JPG", "dump.xwd", "song.mp3", "README", "scan.dic"})
+        b.files.createFile(QLatin1String(name));
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(filter);
+    QStringList names;
+    for (const QString &path : b.window->fileList()->shownFilePaths())
+        names << QFileInfo(path).fileName();
+    QCOMPARE(names, shown);
+    QVERIFY(b.window->fileList()->isFolder(0)); // folders stay whatever the filter
+}
+
+void TestBrowserWindow::categoryButtons_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("filter");
+    QTest::addColumn<QString>("letter");
+    // The text filter (36) is chosen first: the last four buttons keep it.
+    QTest::newRow("Pictures selects All Picture Files") << "ID_PicturesBtn" << 32 << "P";
+    QTest::newRow("Sounds selects Wave Files") << "ID_SoundsBtn" << 27 << "S";
+    QTest::newRow("Music selects Music Files") << "ID_MusicBtn" << 30 << "M";
+    QTest::newRow("Video keeps the entry") << "ID_VideoBtn" << 36 << "V";
+    QTest::newRow("Document keeps the entry") << "ID_DocumentBtn" << 36 << "T";
+    QTest::newRow("Table keeps the entry, letter T") << "ID_TableBtn" << 36 << "T";
+    QTest::newRow("All keeps the entry") << "ID_AllBtn" << 36 << "A";
+}
+
+void TestBrowserWindow::categoryButtons()
+{
+    QFETCH(QString, key);
+    QFETCH(int, filter);
+    QFETCH(QString, letter);
+    Browser b;
+    b.load();
+    b.chooseFilter(36);
+    b.window->toolClick(key);
+    QCOMPARE(b.filterIndex(), filter);
+    QCOMPARE(b.state.categoryLetter, letter);
+    QCOMPARE(b.window->fileList()->pattern(), QLatin1String(catalogue::FilterPatterns[size_t(filter)]));
+}
+
+void TestBrowserWindow::selectionCommands_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("selection");
+    QTest::addColumn<bool>("database");
+    QTest::newRow("picture") << "photo.jpg" << true << false;
+    QTest::newRow("dBASE table") << "table.dbf" << true << true;
+    QTest::newRow("Excel sheet") << "book.xls" << true << true;
+    QTest::newRow("Lotus WK4 never enables them") << "sheet.wk4" << true << false;
+    QTest::newRow("a folder is no selection") << "sub" << false << false;
+}
+
+void TestBrowserWindow::selectionCommands()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, selection);
+    QFETCH(bool, database);
+    Browser b;
+    b.load();
+    for (const char *file : {"photo.jpg", "table.dbf", "book.xls", "sheet.wk4"})
+        b.files.createFile(QLatin1String(file));
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(39);
+    QVERIFY(!b.enabled("ID_mnuSaveFileAs"));
+    b.select(name);
+    QCOMPARE(b.enabled("ID_mnuSaveFileAs"), selection);
+    QCOMPARE(b.enabled("ID_mnuSendFilesbyE-Mail"), selection);
+    QCOMPARE(b.enabled("ID_mnuSetDatabaseTable"), database);
+    QCOMPARE(b.enabled("ID_mnuViewTableComments"), database);
+    if (selection)
+        QCOMPARE(b.state.currentFile, b.files.filePath(name));
+}
+
+void TestBrowserWindow::openingRoutes()
+{
+    Browser b;
+    b.load();
+    QStringList opened;
+    b.window->frame()->setDocumentFactory([&](const QString &path, const QString &kind) {
+        opened << QFileInfo(path).fileName() + QLatin1Char(':') + kind;
+        return nullptr;
+    });
+
+    b.window->DisplayImage(b.files.createFile("strange.qqq"));
+    QCOMPARE(b.responder.messageTexts(), QStringList{"File Type is not Supported by this Software"});
+
+    b.responder.clear();
+    b.state.fileToOpen = QStringLiteral("left over");
+    b.window->DisplayImage(b.files.createFile("README"));
+    QVERIFY(b.responder.messages().isEmpty());
+    QVERIFY(b.state.fileToOpen.isEmpty()); // no extension: nothing opens
+    QVERIFY(opened.isEmpty());
+
+    b.window->DisplayImage(b.files.createFile("sheet.wk4"));
+    b.window->DisplayImage(b.files.createFile("notes.txt"));
+    b.window->DisplayImage(b.files.createFile("photo.jpg"));
+    QCOMPARE(opened, (QStringList{"sheet.wk4:D", "notes.txt:T", "photo.jpg:I"}));
+    QVERIFY(b.state.fileHandedOver);
+    QVERIFY(!b.enabled("ID_mnuSetDatabaseTable")); // after the WK4 file too
+}
+
+void TestBrowserWindow::enterOpensAndFolderEnters()
+{
+    Browser b;
+    b.load();
+    b.files.createFile("strange.qqq");
+    b.files.createFolder("inner");
+    b.files.createFile("inner/a.jpg");
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(39);
+    b.window->toolClick(QStringLiteral("ID_DetailIconsBtn"));
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    b.select("strange.qqq");
+    QTest::keyClick(view, Qt::Key_Return);
+    QCOMPARE(b.responder.messageTexts(), QStringList{"File Type is not Supported by this Software"});
+
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    b.select("inner");
+    QTest::keyClick(view, Qt::Key_Return);
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("inner"));
+}
+
+void TestBrowserWindow::viewStyles_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("style");
+    QTest::addColumn<QString>("view");
+    QTest::newRow("large icons") << "ID_LargeIconsBtn" << 0 << "IconView";
+    QTest::newRow("small icons") << "ID_SmallIconsBtn" << 1 << "IconView";
+    QTest::newRow("list") << "ID_ListIconsBtn" << 2 << "IconView";
+    QTest::newRow("details") << "ID_DetailIconsBtn" << 3 << "DetailsView";
+}
+
+void TestBrowserWindow::viewStyles()
+{
+    QFETCH(QString, key);
+    QFETCH(int, style);
+    QFETCH(QString, view);
+    Browser b;
+    b.state.options.viewStyle = QStringLiteral("2"); // restored at start
+    b.load();
+    QCOMPARE(b.window->fileListView()->viewStyle(), ViewStyle::List);
+    b.window->toolClick(key);
+    QCOMPARE(int(b.window->fileListView()->viewStyle()), style);
+    QCOMPARE(b.window->fileListView()->currentView()->objectName(), view);
+    QCOMPARE(b.state.options.viewStyle, QString::number(style));
+    if (style == 0)
+        QCOMPARE(b.window->fileListView()->iconView()->viewMode(), QListView::IconMode);
+    if (style == 2)
+        QCOMPARE(b.window->fileListView()->iconView()->flow(), QListView::TopToBottom);
+}
+
+void TestBrowserWindow::upFolderAndBackspace()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("a/b");
+    QVERIFY(b.show(b.files.filePath("a/b")));
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    b.window->toolClick(QStringLiteral("ID_UpFolderBtn"));
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("a"));
+    QTRY_COMPARE(b.window->fileListView()->currentRow(), b.window->fileList()->rowForName("b"));
+
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_Backspace);
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.path());
+}
+
+void TestBrowserWindow::deleteAndRenameKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<bool>("asks");
+    QTest::newRow("Delete on a file") << int(Qt::Key_Delete) << "a.jpg" << true;
+    QTest::newRow("Delete on a folder does nothing") << int(Qt::Key_Delete) << "sub" << false;
+    QTest::newRow("F2 on a file") << int(Qt::Key_F2) << "a.jpg" << true;
+    QTest::newRow("F2 on a folder does nothing") << int(Qt::Key_F2) << "sub" << false;
+}
+
+void TestBrowserWindow::deleteAndRenameKeys()
+{
+    // The keys hand the selected file to the file commands, which ask the
+    // user first; the question (or dialog) is what the test sees.
+    QFETCH(int, key);
+    QFETCH(QString, selected);
+    QFETCH(bool, asks);
+    Browser b;
+    b.load();
+    b.files.createFile("a.jpg");
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    b.select(selected);
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key(key));
+    QCOMPARE(b.responder.messages().size() + b.responder.dialogs().size() > 0, asks);
+    QVERIFY(QFile::exists(b.files.filePath("a.jpg"))); // nothing was answered Yes
+}
+
+void TestBrowserWindow::refreshAndVanishedFolder()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("gone/deeper");
+    QVERIFY(b.show(b.files.filePath("gone/deeper")));
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    b.files.createFile("gone/deeper/new.jpg");
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    QTest::keyClick(b.window.get(), Qt::Key_F5);
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->fileList()->fileCount(), 1);
+
+    QVERIFY(QDir(b.files.filePath("gone")).removeRecursively());
+    b.window->toolClick(QStringLiteral("ID_RefreshBtn"));
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.path());
+    QCOMPARE(b.window->folderTree()->findPath(b.files.filePath("gone")), -1);
+}
+
+void TestBrowserWindow::treeFollowsAndDrives()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("x/y");
+    QVERIFY(b.show(b.files.filePath("x/y")));
+    FolderTreeModel *tree = b.window->folderTree();
+    auto *treeView = b.window->findChild<QTreeView *>(QStringLiteral("PTxShTree1"));
+    QCOMPARE(tree->nodePath(tree->nodeForIndex(treeView->currentIndex())), b.files.filePath("x/y"));
+    auto *drives = b.window->findChild<QComboBox *>(QStringLiteral("PTxShCombo1"));
+    QCOMPARE(drives->currentData().toString(), b.files.filePath("x/y"));
+    QCOMPARE(drives->itemData(0).toString(), QStringLiteral("/"));
+
+    // Choosing a folder in the tree lists it.
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    treeView->setCurrentIndex(tree->indexForNode(tree->findPath(b.files.filePath("x"))));
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("x"));
+
+    // Collapse keeps the node list: the search walks it by index.
+    const int nodes = tree->nodeCount();
+    b.window->toolClick(QStringLiteral("ID_CollapseBtn"));
+    QCOMPARE(tree->nodeCount(), nodes);
+    QVERIFY(!treeView->isExpanded(tree->indexForNode(0)));
+}
+
+void TestBrowserWindow::workingFolders()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("pics");
+    b.files.createFile("pics/a.png");
+    b.files.createFile("pics/b.jpg");
+    b.state.workingFolders = {b.files.filePath("pics") + QStringLiteral(" (15)"), QStringLiteral("/no/such/folder (0)")};
+    b.window->refreshWorkingFolderList();
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    b.window->toolClick(QStringLiteral("ID_SetFolderBtn"));
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("pics"));
+    QCOMPARE(b.filterIndex(), 15); // PNG
+    QCOMPARE(b.window->fileList()->fileCount(), 1);
+
+    b.window->findChild<QListWidget *>(QStringLiteral("List1"))->setCurrentRow(1);
+    b.window->toolClick(QStringLiteral("ID_SetFolderBtn"));
+    QCOMPARE(b.responder.messageTexts(), QStringList{"Folder not Found - /no/such/folder"});
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("pics"));
+}
+
+void TestBrowserWindow::computerInNetwork_data()
+{
+    QTest::addColumn<bool>("accept");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<bool>("noNetwork");
+    QTest::newRow("typed host name") << true << "  nas1 " << "nas1" << false;
+    QTest::newRow("cancel stores an empty name") << false << "nas1" << "" << true;
+}
+
+void TestBrowserWindow::computerInNetwork()
+{
+    QFETCH(bool, accept);
+    QFETCH(QString, typed);
+    QFETCH(QString, stored);
+    QFETCH(bool, noNetwork);
+    Browser b;
+    b.load();
+    b.state.networkComputer = QStringLiteral("old");
+    QString prompt;
+    QTimer::singleShot(0, [&] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetComputer1"));
+        prompt = dialog->findChild<QLabel *>(QStringLiteral("Label1"))->text();
+        dialog->findChild<QLineEdit *>(QStringLiteral("TxtComputer"))->setText(typed);
+        dialog->findChild<QPushButton *>(accept ? QStringLiteral("OKBtn") : QStringLiteral("CancelBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetComputerinNetwork"));
+    QCOMPARE(prompt, QStringLiteral("Please Select your Computer Name on the Network - Cancel if you are not using a "
+                                    "Computer Network."));
+    QCOMPARE(b.state.networkComputer, stored);
+    QCOMPARE(b.state.options.networkComputer, stored);
+    QCOMPARE(b.state.noNetwork, noNetwork);
+}
+
+void TestBrowserWindow::panesSavedAndRestored()
+{
+    Browser b;
+    const double dpi = b.window->logicalDpiX();
+    b.state.options.treePane3 = QString::number(200 * 1440.0 / dpi);
+    b.state.options.listPane3 = QString::number(600 * 1440.0 / dpi);
+    b.load();
+    auto *splitter = b.window->findChild<QSplitter *>(QStringLiteral("Splitter"));
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    const QList<int> sizes = splitter->sizes();
+    QCOMPARE(sizes.size(), 2);
+    // The splitter shares out what the window has, in the saved proportion.
+    QVERIFY2(qAbs(sizes.at(1) - 3 * sizes.at(0)) <= 4, qPrintable(QStringLiteral("%1 %2").arg(sizes.at(0)).arg(sizes.at(1))));
+
+    splitter->setSizes({150, 650});
+    b.window->toolClick(QStringLiteral("ID_ExitBtn"));
+    const int tree = qRound(b.state.options.treePane3.toDouble() * dpi / 1440.0);
+    const int list = qRound(b.state.options.listPane3.toDouble() * dpi / 1440.0);
+    QCOMPARE(tree, splitter->sizes().at(0));
+    QCOMPARE(list, splitter->sizes().at(1));
+    QVERIFY(!b.state.options.treePane1.isEmpty());
+    QVERIFY(!b.state.options.listPane2.isEmpty());
+}
+
+void TestBrowserWindow::thumbnailsFill()
+{
+    Browser b;
+    b.state.options.thumbnailBits = QStringLiteral("8 Bits");
+    b.load();
+    for (int i = 0; i < 30; ++i)
+        testPicture(i).save(b.files.filePath(QStringLiteral("p%1.png").arg(i, 2, 10, QLatin1Char('0'))));
+    b.files.createFile("notes.txt");
+    b.files.createFile("song.mp3");
+    QVERIFY(b.show(b.files.path()));
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QVERIFY(b.window->thumbnailsShown());
+    ThumbnailModel *thumbs = b.window->thumbnailView()->thumbnails();
+    QCOMPARE(thumbs->objectName(), QStringLiteral("ImagList1"));
+    QCOMPARE(thumbs->rowCount(), 30); // the song matches the filter but is no picture
+    QTRY_COMPARE(thumbs->readyCount(), 30);
+    const QImage first = thumbs->data(thumbs->index(0), Qt::DecorationRole).value<QImage>();
+    QCOMPARE(first.depth(), 8);
+    QTRY_VERIFY(!b.enabled("ID_StopBtn"));
+    QCOMPARE(b.window->findChild<QProgressBar *>(QStringLiteral("ThumbProgress"))->value(), 30);
+
+    // A filter change builds them again, for the new filter.
+    testPicture(0).save(b.files.filePath("x.jpg"));
+    b.window->fileList()->refresh(FileListModel::LoadMode::Synchronous);
+    b.chooseFilter(0);
+    QTRY_COMPARE(thumbs->rowCount(), 1);
+    // A view style takes the place of the thumbnails.
+    b.window->toolClick(QStringLiteral("ID_ListIconsBtn"));
+    QVERIFY(!b.window->thumbnailsShown());
+    QCOMPARE(thumbs->rowCount(), 0);
+}
+
+void TestBrowserWindow::thumbnailsStayWithinBudget()
+{
+    Browser b;
+    b.load();
+    for (int i = 0; i < 300; ++i)
+        b.files.createFile(QStringLiteral("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    ThumbnailView *view = b.window->thumbnailView();
+    view->setProducer([](const QString &, const ThumbnailOptions &o) { return testPicture(4).scaled(o.box); });
+    ThumbnailModel *thumbs = view->thumbnails();
+    const qint64 each = testPicture(4).scaled(QSize(94, 94)).sizeInBytes();
+    thumbs->setBudget(each * 60); // room for a screen or two, not the folder
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QTRY_VERIFY(!view->isLoading());
+    QVERIFY(thumbs->imageBytes() <= thumbs->budget());
+    QVERIFY(thumbs->readyCount() < 300);
+    // Those near the screen are held, the far end was dropped; scrolling
+    // there makes it again and drops the top instead, and back again.
+    QVERIFY(thumbs->isReady(0));
+    QVERIFY(!thumbs->isReady(150));
+    view->scrollTo(thumbs->index(150), QAbstractItemView::PositionAtCenter);
+    QTRY_VERIFY(thumbs->isReady(150));
+    QVERIFY(!thumbs->isReady(0));
+    view->scrollToTop();
+    QTRY_VERIFY(thumbs->isReady(0));
+    QVERIFY(thumbs->imageBytes() <= thumbs->budget());
+}
+
+void TestBrowserWindow::noThumbnailsToDisplay()
+{
+    Browser b;
+    b.load();
+    b.files.createFile("notes.txt");
+    b.files.createFile("song.mp3");
+    QVERIFY(b.show(b.files.path()));
+    b.window->toolClick(QStringLiteral("ID_mnuViewThumbNails"));
+    QCOMPARE(b.responder.messageTexts(), QStringList{"No Thumbnails to Display"});
+    QVERIFY(!b.window->thumbnailsShown());
+}
+
+void TestBrowserWindow::stopCancelsThumbnails()
+{
+    Browser b;
+    b.load();
+    for (int i = 0; i < 40; ++i)
+        b.files.createFile(QStringLiteral("p%1.jpg").arg(i));
+    QVERIFY(b.show(b.files.path()));
+    auto started = std::make_shared<QSemaphore>();
+    auto release = std::make_shared<QSemaphore>();
+    b.window->thumbnailView()->setProducer([started, release](const QString &, const ThumbnailOptions &o) {
+        started->release();
+        release->acquire();
+        return testPicture(1).scaled(o.box, Qt::KeepAspectRatio);
+    });
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QVERIFY(started->tryAcquire(1, 5000));
+    QVERIFY(b.enabled("ID_StopBtn"));
+    b.window->toolClick(QStringLiteral("ID_StopBtn"));
+    QVERIFY(!b.enabled("ID_StopBtn"));
+    release->release(100);
+    b.window->thumbnailView()->job()->wait();
+    QTest::qWait(20);
+    ThumbnailModel *thumbs = b.window->thumbnailView()->thumbnails();
+    QCOMPARE(thumbs->readyCount(), 0);
+    QCOMPARE(thumbs->rowCount(), 40); // the names stay, with what was made before Stop
+    QVERIFY(b.window->thumbnailView()->job()->isStopped());
+}
+
+void TestBrowserWindow::folderChangeDropsStaleThumbnails()
+{
+    Browser b;
+    b.load();
+    for (int i = 0; i < 20; ++i)
+        b.files.createFile(QStringLiteral("one/p%1.jpg").arg(i));
+    b.files.createFile("two/only.jpg");
+    QVERIFY(b.show(b.files.filePath("one")));
+    auto gate = std::make_shared<QSemaphore>();
+    auto seen = std::make_shared<QStringList>();
+    auto mutex = std::make_shared<QMutex>();
+    b.window->thumbnailView()->setProducer([gate, seen, mutex](const QString &path, const ThumbnailOptions &o) {
+        {
+            QMutexLocker lock(mutex.get());
+            seen->append(QFileInfo(path).fileName());
+        }
+        if (!path.endsWith(QLatin1String("only.jpg")))
+            gate->acquire();
+        return testPicture(2).scaled(o.box, Qt::KeepAspectRatio);
+    });
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QTRY_VERIFY(!seen->isEmpty());
+    QPointer<ThumbnailJob> stale = b.window->thumbnailView()->job();
+    QTimer::singleShot(50, [gate] { gate->release(1000); }); // lets the stale workers end
+    QVERIFY(b.show(b.files.filePath("two")));
+    ThumbnailModel *thumbs = b.window->thumbnailView()->thumbnails();
+    QTRY_COMPARE(thumbs->files(), QStringList{b.files.filePath("two/only.jpg")});
+    QTRY_COMPARE(thumbs->readyCount(), 1);
+    QTRY_VERIFY(stale.isNull());
+    QMutexLocker lock(mutex.get());
+    QVERIFY(seen->size() < 20 + 1); // the old folder was not finished first
+}
+
+void TestBrowserWindow::dropOnTreeMovesOrCopies()
+{
+    Browser b;
+    b.load();
+    const QString moved = b.files.createFile("move.jpg", "M");
+    const QString copied = b.files.createFile("copy.jpg", "C");
+    b.files.createFile("target/copy.jpg", "old");
+    b.files.createFolder("target");
+    QVERIFY(b.show(b.files.path()));
+    FolderTreeModel *tree = b.window->folderTree();
+    const QModelIndex target = tree->indexForNode(tree->findPath(b.files.filePath("target")));
+    QVERIFY(target.isValid());
+
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(moved)});
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    QVERIFY(tree->dropMimeData(&data, Qt::MoveAction, -1, -1, target));
+    QVERIFY(!QFile::exists(moved));
+    QCOMPARE(b.files.read("target/move.jpg"), QByteArray("M"));
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->fileList()->rowForName("move.jpg"), -1);
+
+    // Ctrl copies; an existing name is never overwritten.
+    QMimeData again;
+    again.setUrls({QUrl::fromLocalFile(copied)});
+    QVERIFY(tree->dropMimeData(&again, Qt::CopyAction, -1, -1, target));
+    QVERIFY(QFile::exists(copied));
+    QCOMPARE(b.files.read("target/copy.jpg"), QByteArray("old"));
+    QCOMPARE(b.responder.messageTexts().size(), 1);
+    QVERIFY(b.responder.messageTexts().first().startsWith(QStringLiteral("Error Copying File - ") + copied));
+}
+
+void TestBrowserWindow::quickView()
+{
+    Browser b;
+    b.load();
+    const QString picture = b.files.filePath("q.png");
+    testPicture(3).save(picture);
+    QVERIFY(b.show(b.files.path()));
+    b.select("q.png");
+    b.window->toolClick(QStringLiteral("ID_QuikPictBtn"));
+    QuikPict1 *quick = b.window->quickView();
+    QVERIFY(quick);
+    QCOMPARE(quick->windowTitle(), QStringLiteral("Quick View"));
+    QTRY_VERIFY(!quick->picture()->image().isNull());
+    QCOMPARE(quick->picture()->image().size(), QSize(64, 48));
+
+    // The layout rules, in twips converted at the window's resolution.
+    const double dpi = quick->logicalDpiY();
+    auto px = [dpi](int twips) { return qRound(twips * dpi / 1440.0); };
+    quick->resize(600, 500);
+    QCoreApplication::processEvents();
+    QFrame *frame = quick->findChild<QFrame *>(QStringLiteral("Frame1"));
+    QCOMPARE(frame->size(), QSize(600 - px(195), 500 - px(495)));
+    QWidget *image = quick->findChild<QWidget *>(QStringLiteral("Image1"));
+    QCOMPARE(image->size(), QSize(600 - px(465), 500 - px(720)));
+
+    // A click toggles normal and stretch.
+    QCOMPARE(quick->picture()->paintMode(), 0);
+    QTest::mouseClick(quick->picture()->viewport(), Qt::LeftButton);
+    QCOMPARE(quick->picture()->paintMode(), 1);
+    QTest::mouseClick(quick->picture()->viewport(), Qt::LeftButton);
+    QCOMPARE(quick->picture()->paintMode(), 0);
+}
+
+void TestBrowserWindow::commandLine()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("shown");
+    const QString unknown = b.files.createFile("x.qqq");
+    b.state.commandLineArguments = {b.files.filePath("shown"), unknown, QStringLiteral("/no/such/file.jpg")};
+    b.window->openCommandLineFiles();
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("shown"));
+    QCOMPARE(b.responder.messageTexts(), QStringList{"File Type is not Supported by this Software"});
+}
+
+QTEST_MAIN(TestBrowserWindow)
+#include "tst_browserwindow.moc"
