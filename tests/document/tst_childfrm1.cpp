@@ -28,6 +28,8 @@
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include "ModalCloser.h"
+
 #include <QTest>
 #include <QTextEdit>
 
@@ -528,9 +530,11 @@ void TestChildFrm1::promptBeforeHandingTheFileOver()
     // Renaming hands the file to another window: the question comes first.
     m_responder->clear();
     m_responder->answerMessage(MessageAnswer::No);
+    ModalCloser closer; // the rename dialog that follows the question
     m_frame->toolClick("ID_RenameBtn");
     QVERIFY(!m_responder->messageTexts().isEmpty());
     QCOMPARE(m_responder->messageTexts().constFirst(), QStringLiteral("Do You want to Save Changes to the Picture?"));
+    QCOMPARE(closer.seen(), QStringList{QStringLiteral("Rename1")});
 }
 
 void TestChildFrm1::failedPictureStaysOpenAndEmpty()
