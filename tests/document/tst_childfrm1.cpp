@@ -104,6 +104,7 @@ private slots:
     void kindDispatch();
     void copyRules();
     void viewModeEdges();
+    void activationShowsEachWindowsOwnMode();
     void magnifierFollowsThePointer();
     void panWindowScrollsTheView();
     void saveQuestionOnClose_data();
@@ -405,6 +406,37 @@ void TestChildFrm1::viewModeEdges()
     QTRY_VERIFY(!guard);
 }
 
+void TestChildFrm1::activationShowsEachWindowsOwnMode()
+{
+    REQUIRE_FIXTURES();
+    ChildFrm1 *first = open(fixtures::path("PNG/hopper.png"));
+    ChildFrm1 *second = open(fixtures::path("JPG/hopper.jpg"));
+    QVERIFY(first && second);
+    CommandBar *bar = m_frame->commandBar();
+    m_frame->toolClick("ID_StretchBtn");
+    m_frame->toolClick("ID_mnuPanImage");
+    QCOMPARE(second->pictureView()->paintMode(), PaintMode::Stretch);
+    QVERIFY(second->viewModes().isPanWindowShown());
+
+    m_frame->toolClick("WindowList", "hopper.png");
+    QTRY_COMPARE(m_frame->activeDocumentWidget(), first);
+    QVERIFY(bar->isChecked("ID_mnuNormalImageView"));
+    QVERIFY(bar->isChecked("ID_NormalBtn"));
+    QVERIFY(!bar->isChecked("ID_mnuPanImage"));
+    QCOMPARE(m_frame->statusPanel(2), QStringLiteral("30,605  Bytes"));
+    // Showing the first window's state ran nothing on either window.
+    QCOMPARE(first->pictureView()->paintMode(), PaintMode::Normal);
+    QVERIFY(!first->viewModes().isPanWindowShown());
+    QCOMPARE(second->pictureView()->paintMode(), PaintMode::Stretch);
+    QVERIFY(second->viewModes().isPanWindowShown());
+
+    m_frame->toolClick("WindowList", "hopper.jpg");
+    QTRY_COMPARE(m_frame->activeDocumentWidget(), second);
+    QVERIFY(bar->isChecked("ID_mnuStretchImageView"));
+    QVERIFY(bar->isChecked("ID_mnuPanImage"));
+    QVERIFY(second->viewModes().isPanWindowShown());
+}
+
 void TestChildFrm1::magnifierFollowsThePointer()
 {
     TestDir dir;
@@ -629,6 +661,8 @@ void TestChildFrm1::webViewReachesNoNetwork()
     QTest::qWait(200);
     QCOMPARE(server.connections, 0);
     QVERIFY(web->toPlainText().contains(QLatin1String("Hello")));
+    // Scripts neither run nor show.
+    QVERIFY(!web->toPlainText().contains(QLatin1String("scripted")));
     QVERIFY(!web->document()->resource(QTextDocument::ImageResource, QUrl("local.png")).isNull());
 }
 

@@ -8,8 +8,6 @@ class TestDocumentRules : public QObject
 {
     Q_OBJECT
 private slots:
-    void kindFromLetter_data();
-    void kindFromLetter();
     void textView_data();
     void textView();
     void allPages_data();
@@ -25,25 +23,6 @@ private slots:
     void internetWait();
     void internetWaitEndsOnArrival();
 };
-
-void TestDocumentRules::kindFromLetter_data()
-{
-    QTest::addColumn<QString>("letter");
-    QTest::addColumn<DocumentKind>("kind");
-    QTest::newRow("I picture") << "I" << DocumentKind::Picture;
-    QTest::newRow("T text") << "T" << DocumentKind::Text;
-    QTest::newRow("D database") << "D" << DocumentKind::Database;
-    QTest::newRow("unknown letter falls to picture") << "M" << DocumentKind::Picture;
-}
-
-void TestDocumentRules::kindFromLetter()
-{
-    QFETCH(QString, letter);
-    QFETCH(DocumentKind, kind);
-    QCOMPARE(tarnby::viewer::kindFromLetter(letter), kind);
-    if (letter != QLatin1String("M"))
-        QCOMPARE(kindLetter(kind), letter);
-}
 
 void TestDocumentRules::textView_data()
 {

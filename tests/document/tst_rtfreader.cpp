@@ -219,6 +219,14 @@ void TestRtfReader::embeddedPicture()
     // One object replacement character for the picture, none for the metafile alternative.
     QCOMPARE(doc.toPlainText(), QStringLiteral("before\uFFFCafter"));
 
+    // The same picture as raw bytes after \bin.
+    const QByteArray raw = QByteArray::fromHex(pngHex());
+    QTextDocument binary;
+    QVERIFY(RtfReader::read("{\\rtf1 x{\\pict\\pngblip\\bin" + QByteArray::number(raw.size()) + " " + raw + "}y}",
+                            &binary));
+    QCOMPARE(binary.toPlainText(), QStringLiteral("x\uFFFCy"));
+    QCOMPARE(binary.resource(QTextDocument::ImageResource, QUrl("rtf-picture-1")).value<QImage>().size(), QSize(4, 3));
+
     QTextDocument broken;
     QVERIFY(RtfReader::read("{\\rtf1 a{\\pict\\pngblip 0011zz}b}", &broken));
     QCOMPARE(broken.toPlainText(), QStringLiteral("ab"));
