@@ -1,0 +1,254 @@
+#include "VectorRoutes.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
+#include <QtMath>
+
+#include <dxflib/dl_creationadapter.h>
+#include <dxflib/dl_dxf.h>
+
+#include <cmath>
+#include <sstream>
+#include <vector>
+
+namespace tarnby::imaging::vector {
+
+namespace {
+
+// A hostile drawing may list millions of entities; beyond this many the rest
+// is not drawn.
+constexpr size_t MaxShapes = 2'000'000;
+
+struct Text {
+    QPointF at;
+    double height = 0;
+    double angle = 0; // degrees
+    QString text;
+};
+
+// Collects what we draw from dxflib's events, in drawing units. Entities
+// inside block definitions are skipped.
+// FIXME: block inserts are not expanded and polyline bulges are drawn straight.
+class Collector : public DL_CreationAdapter
+{
+public:
+    std::vector<QPainterPath> paths;
+    std::vector<QPolygonF> filled;
+    std::vector<Text> texts;
+    QRectF extent;
+    bool full() const { return paths.size() + filled.size() + texts.size() >= MaxShapes; }
+
+    void addBlock(const DL_BlockData &) override { m_inBlock = true; }
+    void endBlock() override { m_inBlock = false; }
+
+    void addLine(const DL_LineData &d) override
+    {
+        QPainterPath p;
+        p.moveTo(d.x1, d.y1);
+        p.lineTo(d.x2, d.y2);
+        addPath(p);
+    }
+    void addPoint(const DL_PointData &d) override
+    {
+        QPainterPath p;
+        p.moveTo(d.x, d.y);
+        p.lineTo(d.x, d.y);
+        addPath(p);
+    }
+    void addCircle(const DL_CircleData &d) override
+    {
+        if (!(d.radius > 0))
+            return;
+        QPainterPath p;
+        p.addEllipse(QPointF(d.cx, d.cy), d.radius, d.radius);
+        addPath(p);
+    }
+    void addArc(const DL_ArcData &d) override
+    {
+        if (!(d.radius > 0))
+            return;
+        double sweep = std::fmod(d.angle2 - d.angle1, 360.0);
+        if (sweep <= 0)
+            sweep += 360.0;
+        const QRectF r(d.cx - d.radius, d.cy - d.radius, 2 * d.radius, 2 * d.radius);
+        QPainterPath p;
+        // Drawing coordinates have y up; the image flip happens at render time,
+        // so angles are taken as they are (counter-clockwise in the drawing).
+        p.arcMoveTo(r, -d.angle1);
+        p.arcTo(r, -d.angle1, -sweep);
+        addPath(p);
+    }
+    void addEllipse(const DL_EllipseData &d) override
+    {
+        const double major = std::hypot(d.mx, d.my);
+        if (!(major > 0) || !(d.ratio > 0))
+            return;
+        const double rotation = std::atan2(d.my, d.mx);
+        double a1 = d.angle1, a2 = d.angle2;
+        if (a2 <= a1)
+            a2 += 2 * M_PI;
+        QPainterPath p;
+        const int steps = 72;
+        for (int i = 0; i <= steps; ++i) {
+            const double t = a1 + (a2 - a1) * i / steps;
+            const double x = major * std::cos(t), y = major * d.ratio * std::sin(t);
+            const QPointF pt(d.cx + x * std::cos(rotation) - y * std::sin(rotation),
+                             d.cy + x * std::sin(rotation) + y * std::cos(rotation));
+            i == 0 ? p.moveTo(pt) : p.lineTo(pt);
+        }
+        addPath(p);
+    }
+    void addPolyline(const DL_PolylineData &d) override
+    {
+        finishPolyline();
+        m_polyline.clear();
+        m_polylineClosed = d.flags & 1;
+        m_inPolyline = true;
+    }
+    void addVertex(const DL_VertexData &d) override
+    {
+        if (m_inPolyline && m_polyline.size() < 1'000'000)
+            m_polyline << QPointF(d.x, d.y);
+    }
+    void endEntity() override { finishPolyline(); }
+    void endSequence() override { finishPolyline(); }
+    void addSolid(const DL_SolidData &d) override
+    {
+        if (m_inBlock || full())
+            return;
+        // SOLID corners come in the order 1, 2, 4, 3 around the outline.
+        QPolygonF poly{QPointF(d.x[0], d.y[0]), QPointF(d.x[1], d.y[1]), QPointF(d.x[3], d.y[3]), QPointF(d.x[2], d.y[2])};
+        grow(poly.boundingRect());
+        filled.push_back(poly);
+    }
+    void addText(const DL_TextData &d) override
+    {
+        if (m_inBlock || full() || d.text.empty())
+            return;
+        texts.push_back({QPointF(d.ipx, d.ipy), d.height, d.angle, QString::fromStdString(d.text)});
+        grow(QRectF(d.ipx, d.ipy, 0, 0));
+    }
+
+    void finishPolyline()
+    {
+        if (!m_inPolyline)
+            return;
+        m_inPolyline = false;
+        if (m_polyline.size() < 2)
+            return;
+        QPainterPath p;
+        p.addPolygon(m_polyline);
+        if (m_polylineClosed)
+            p.closeSubpath();
+        addPath(p);
+    }
+
+    void addPath(const QPainterPath &p)
+    {
+        if (m_inBlock || full())
+            return;
+        const QRectF r = p.boundingRect();
+        if (!std::isfinite(r.x()) || !std::isfinite(r.y()) || !std::isfinite(r.width()) || !std::isfinite(r.height()))
+            return;
+        grow(r);
+        paths.push_back(p);
+    }
+    void grow(const QRectF &r)
+    {
+        // By corners rather than QRectF::united, which drops empty rectangles
+        // (single points, text anchors).
+        if (!m_hasExtent) {
+            extent = r;
+            m_hasExtent = true;
+            return;
+        }
+        extent.setCoords(qMin(extent.left(), r.left()), qMin(extent.top(), r.top()),
+                         qMax(extent.right(), r.right()), qMax(extent.bottom(), r.bottom()));
+    }
+
+private:
+    bool m_hasExtent = false;
+    bool m_inBlock = false;
+    bool m_inPolyline = false;
+    bool m_polylineClosed = false;
+    QPolygonF m_polyline;
+};
+
+} // namespace
+
+detail::Decoded readDxf(const QByteArray &data)
+{
+    Collector collector;
+    {
+        std::istringstream stream(data.toStdString());
+        DL_Dxf dxf;
+        try {
+            if (!dxf.in(stream, &collector))
+                return detail::failure(QStringLiteral("The drawing could not be read."));
+        } catch (const std::exception &e) {
+            return detail::failure(QStringLiteral("The drawing could not be read (%1).").arg(QString::fromLocal8Bit(e.what())));
+        }
+        collector.finishPolyline();
+    }
+    if (collector.paths.empty() && collector.filled.empty() && collector.texts.empty())
+        return detail::failure(QStringLiteral("The drawing holds no entities that can be shown."));
+
+    QRectF extent = collector.extent;
+    if (!(extent.width() > 0) && !(extent.height() > 0))
+        extent.adjust(-1, -1, 1, 1);
+    const double longer = qMax(extent.width(), extent.height());
+    const double scale = (DefaultDrawingSide - 16) / longer;
+    const int width = qBound(1, qRound(extent.width() * scale) + 16, MaxVectorSide);
+    const int height = qBound(1, qRound(extent.height() * scale) + 16, MaxVectorSide);
+
+    QImage image(width, height, QImage::Format_RGB32);
+    if (image.isNull())
+        return detail::failure(detail::tooLargeMessage(width, height));
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    // Drawing units, y up, mapped into the image with an 8-pixel margin.
+    QTransform toImage;
+    toImage.translate(8, height - 8);
+    toImage.scale(scale, -scale);
+    toImage.translate(-extent.left(), -extent.top());
+    QPen pen(Qt::black);
+    pen.setCosmetic(true);
+    pen.setWidthF(1.0);
+    painter.setTransform(toImage);
+    painter.setPen(pen);
+    painter.setBrush(Qt::NoBrush);
+    for (const QPainterPath &p : collector.paths)
+        painter.drawPath(p);
+    painter.setBrush(Qt::black);
+    for (const QPolygonF &poly : collector.filled)
+        painter.drawPolygon(poly);
+
+    // Text needs the font database, which only a GUI application has.
+    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+        painter.resetTransform();
+        for (const Text &t : collector.texts) {
+            const double pixelHeight = t.height * scale;
+            if (!(pixelHeight >= 2) || pixelHeight > MaxVectorSide)
+                continue;
+            const QPointF at = toImage.map(t.at);
+            painter.save();
+            painter.translate(at);
+            painter.rotate(-t.angle);
+            QFont font;
+            font.setPixelSize(qRound(pixelHeight));
+            painter.setFont(font);
+            painter.drawText(QPointF(0, 0), t.text);
+            painter.restore();
+        }
+    }
+    painter.end();
+
+    detail::Decoded decoded;
+    decoded.frames.append({image, 0});
+    decoded.bitsPerPixel = 24;
+    return decoded;
+}
+
+} // namespace tarnby::imaging::vector
