@@ -192,8 +192,19 @@ QString write(const QList<QImage> &frames, const char *name, int bitsPerPixel, i
             }
             const int bpp = bitsPerPixel > 0 ? bitsPerPixel : (frame.hasAlphaChannel() ? 32 : frame.depth());
             if (bpp == 1) {
+                // A two-colour palette. Some coders (PCX, SUN, XWD, PICT)
+                // still write such a picture with full-colour pixels.
                 image.matte(false);
+                image.quantizeColorSpace(Magick::GRAYColorspace);
+                image.quantizeColors(2);
+                image.quantizeDither(false);
+                image.quantize();
                 image.type(Magick::BilevelType);
+            } else if (bpp <= 8 && !grey && qstrcmp(name, "PSD") == 0) {
+                // ImageMagick cannot read back the indexed Photoshop files it
+                // writes, so Photoshop keeps full colour.
+                image.matte(false);
+                image.type(Magick::TrueColorType);
             } else if (bpp <= 8) {
                 image.matte(false);
                 if (grey) {

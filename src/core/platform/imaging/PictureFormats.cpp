@@ -33,7 +33,7 @@ constexpr std::array Formats{
     PictureFormat{"MPT", 3, Route::Qt, "tiff", Route::Qt, "tiff", false, nullptr},
     PictureFormat{"BMP", 6, Route::Qt, "bmp", Route::Qt, "bmp", true, nullptr},
     PictureFormat{"ICO", 91, Route::Qt, "ico", Route::Qt, "ico", true, nullptr},
-    PictureFormat{"CUR", 92, Route::Qt, "ico", Route::Magick, "CUR", true, nullptr},
+    PictureFormat{"CUR", 92, Route::Qt, "ico", Route::Qt, "ico", true, nullptr},
     PictureFormat{"PCX", 1, Route::Magick, "PCX", Route::Magick, "PCX", true, nullptr},
     PictureFormat{"DCX", 1, Route::Magick, "DCX", Route::Magick, "DCX", false, nullptr},
     PictureFormat{"PCD", 57, Route::Magick, "PCD", Route::Magick, "PCD", true, nullptr},

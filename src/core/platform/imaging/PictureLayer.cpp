@@ -6,6 +6,7 @@
 #include "VectorRoutes.h"
 #include "codecs/OwnCodecs.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageIOHandler>
@@ -268,6 +269,29 @@ QString writeWithQt(const QImage &image, const char *name, int quality, QIODevic
     return {};
 }
 
+// A cursor is an icon file with type 2 whose directory entries hold the hot
+// spot where an icon keeps its planes and bit count; Qt writes icons only, so
+// the icon it writes is turned into a cursor with its hot spot at 0,0.
+QString writeCursor(const QImage &image, int quality, QIODevice *device)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    if (const QString error = writeWithQt(image, "ico", quality, &buffer); !error.isEmpty())
+        return error;
+    QByteArray bytes = buffer.data();
+    if (bytes.size() < 6)
+        return QStringLiteral("The cursor could not be written.");
+    const int count = qFromLittleEndian<quint16>(bytes.constData() + 4);
+    qToLittleEndian<quint16>(2, bytes.data() + 2);
+    for (int i = 0; i < count && 6 + i * 16 + 16 <= bytes.size(); ++i) {
+        qToLittleEndian<quint16>(0, bytes.data() + 6 + i * 16 + 4);
+        qToLittleEndian<quint16>(0, bytes.data() + 6 + i * 16 + 6);
+    }
+    if (device->write(bytes) != bytes.size())
+        return device->errorString();
+    return {};
+}
+
 QString writeWithOwnCodec(const QImage &image, const PictureFormat &format, int quality, QIODevice *device)
 {
     std::unique_ptr<QImageIOHandler> handler = codecs::createHandler(format.writeName);
@@ -399,9 +423,12 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
         return result;
     }
     const int bpp = bitsPerPixel > 0 ? bitsPerPixel : picture.info.bitsPerPixel;
+    // Icons and cursors are always written with 32 bits and their alpha: a
+    // palette conversion would only lose the transparency on the way.
+    const bool keepsOwnDepth = format->code == 91 || format->code == 92;
     QList<QImage> frames;
     for (const PictureFrame &frame : picture.frames)
-        frames << convertForDepth(frame.image, bpp);
+        frames << (keepsOwnDepth ? frame.image : convertForDepth(frame.image, bpp));
 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
@@ -418,6 +445,8 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
                               quality, &bytes);
         if (error.isEmpty() && file.write(bytes) != bytes.size())
             error = file.errorString();
+    } else if (qstrcmp(format->extension, "CUR") == 0) {
+        error = writeCursor(frames.constFirst(), quality, &file);
     } else if (format->writer == Route::Qt) {
         error = writeWithQt(frames.constFirst(), format->writeName, quality, &file);
     } else if (format->writer == Route::OwnCodec) {
