@@ -12,6 +12,7 @@
 #include <ghostscript/ierrors.h>
 
 #include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -53,8 +54,13 @@ BoundingBox boundingBox(const QByteArray &ps)
     return box;
 }
 
-int discard(void *, const char *, int len)
+// The child's message file; set only in the child process.
+int messageFd = -1;
+
+int toMessages(void *, const char *text, int len)
 {
+    if (messageFd >= 0 && len > 0)
+        (void)!write(messageFd, text, size_t(len));
     return len;
 }
 
@@ -64,8 +70,10 @@ int noInput(void *, char *, int)
 }
 
 // Runs in the child process only: renders input to output and exits.
-[[noreturn]] void renderInChild(const QByteArray &input, const QByteArray &output, int width, int height, double dpi)
+[[noreturn]] void renderInChild(const QByteArray &input, const QByteArray &output, const QByteArray &messages,
+                               int width, int height)
 {
+    messageFd = open(messages.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
 #if !defined(__SANITIZE_ADDRESS__)
     // The address space bound stops a PostScript program from eating memory;
     // sanitizer builds reserve huge shadow mappings and cannot take it.
@@ -79,9 +87,12 @@ int noInput(void *, char *, int)
     void *instance = nullptr;
     if (gsapi_new_instance(&instance, nullptr) < 0)
         _exit(3);
-    gsapi_set_stdio(instance, noInput, discard, discard);
+    gsapi_set_stdio(instance, noInput, toMessages, toMessages);
     gsapi_set_arg_encoding(instance, GS_ARG_ENCODING_UTF8);
-    const QByteArray resolution = "-r" + QByteArray::number(dpi, 'f', 3);
+    // The device always works at 72 dots per inch (far lower ones fail in
+    // its halftone set-up); -dEPSFitPage scales the drawing to the page of
+    // -g pixels, which carries the bound.
+    const QByteArray resolution = "-r72";
     const QByteArray size = "-g" + QByteArray::number(width) + "x" + QByteArray::number(height);
     const QByteArray outputArg = "-sOutputFile=" + output;
     const char *argv[] = {"tarnby",       "-dSAFER",          "-dBATCH",          "-dNOPAUSE",
@@ -133,11 +144,12 @@ detail::Decoded readEps(const QByteArray &data)
     // crashes takes only the child with it, and the wait below is bounded.
     const QByteArray input = QFile::encodeName(inputPath);
     const QByteArray output = QFile::encodeName(outputPath);
+    const QByteArray messages = QFile::encodeName(dir.filePath(QStringLiteral("messages.txt")));
     const pid_t pid = fork();
     if (pid < 0)
         return detail::failure(QStringLiteral("Cannot start the PostScript renderer."));
     if (pid == 0)
-        renderInChild(input, output, width, height, dpi);
+        renderInChild(input, output, messages, width, height);
 
     QElapsedTimer timer;
     timer.start();
@@ -156,8 +168,21 @@ detail::Decoded readEps(const QByteArray &data)
         }
         QThread::msleep(5);
     }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        return detail::failure(QStringLiteral("Ghostscript could not render the PostScript."));
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        // Ghostscript's own words, first line: "Error: /invalidfileaccess in --file--".
+        QFile log(QString::fromLocal8Bit(messages));
+        QString reason;
+        if (log.open(QIODevice::ReadOnly)) {
+            for (const QByteArray &line : log.read(64 * 1024).split('\n')) {
+                if (line.trimmed().startsWith("Error:")) {
+                    reason = QString::fromLocal8Bit(line.trimmed());
+                    break;
+                }
+            }
+        }
+        return detail::failure(reason.isEmpty() ? QStringLiteral("Ghostscript could not render the PostScript.")
+                                                : QStringLiteral("Ghostscript could not render the PostScript (%1).").arg(reason));
+    }
 
     QImageReader reader(outputPath, "png");
     QImage image = reader.read();

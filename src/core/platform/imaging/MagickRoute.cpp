@@ -81,7 +81,7 @@ int fileBitsPerPixel(const Image *image)
     }
     // The depth the pixels need, not the build's quantum depth.
     ExceptionPtr e(AcquireExceptionInfo());
-    const int depth = GetImageDepth(image, e.get()) > 8 ? 16 : 8;
+    const int depth = qMin(size_t(image->depth), GetImageDepth(image, e.get())) > 8 ? 16 : 8;
     if (image->colorspace == GRAYColorspace || image->colorspace == Rec601LumaColorspace)
         return depth;
     return depth * (image->matte ? 4 : 3);

@@ -4,6 +4,7 @@
 #include "VectorRoutes.h"
 #include "codecs/OwnCodecs.h"
 
+#include <QIODevice>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QtEndian>
@@ -166,8 +167,9 @@ bool at(const QByteArray &d, int offset, const char *magic)
 
 // The TIFF compression tag (259) of the first directory of a classic TIFF
 // found in head; 0 when it lies beyond head or the file is no classic TIFF.
-int tiffCompression(const QByteArray &d)
+int tiffCompression(const QByteArray &head, QIODevice *file)
 {
+    QByteArray d = head;
     const bool little = at(d, 0, "II*");
     if (!little && !at(d, 0, "MM"))
         return 0;
@@ -182,7 +184,15 @@ int tiffCompression(const QByteArray &d)
         return little ? qFromLittleEndian<quint32>(d.constData() + o) : qFromBigEndian<quint32>(d.constData() + o);
     };
     const quint32 ifd = u32(4);
-    if (ifd < 8 || ifd + 2 > quint32(d.size()))
+    if (ifd < 8)
+        return 0;
+    if (ifd + 2 + 12 * 64 > quint32(d.size()) && file && file->seek(ifd)) {
+        // The directory is far into the file (written after the pixels): only
+        // it is read, padded in place so that offsets stay as in the file.
+        const QByteArray directory = file->read(2 + 12 * 512);
+        d = QByteArray(qsizetype(ifd), '\0') + directory;
+    }
+    if (ifd + 2 > quint32(d.size()))
         return 0;
     const quint32 count = u16(int(ifd));
     for (quint32 i = 0; i < count && i < 512; ++i) {
@@ -257,8 +267,8 @@ const PictureFormat *sniffFormat(const QByteArray &d)
         return byExtension("PCX");
     if (at(d, 2048, "PCD_IPI") || at(d, 0, "PCD_OPA"))
         return byExtension("PCD");
-    if (at(d, 0, "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"))
-        return byExtension("FPX"); // any OLE2 compound file; the FlashPix reader checks the rest
+    // OLE2 containers hold many things besides FlashPix (installer patches
+    // under .MSP, for one): for them the extension decides.
     if (le32(d, 0) == 0x9AC6CDD7 || (le16(d, 0) <= 2 && le16(d, 2) == 9 && (le16(d, 4) == 0x300 || le16(d, 4) == 0x100)))
         return byExtension("WMF");
     if (le32(d, 0) == 1 && at(d, 40, " EMF"))
@@ -294,7 +304,7 @@ const PictureFormat *sniffFormat(const QByteArray &d)
     return nullptr;
 }
 
-int fileFormatNumber(const PictureFormat &format, const QByteArray &head)
+int fileFormatNumber(const PictureFormat &format, const QByteArray &head, QIODevice *file)
 {
     const QLatin1String ext(format.extension);
     if (ext == QLatin1String("PBM") && head.size() >= 2 && head.at(0) == 'P') {
@@ -320,7 +330,7 @@ int fileFormatNumber(const PictureFormat &format, const QByteArray &head)
         return 6;
     }
     if (format.code == 3) {
-        switch (tiffCompression(head)) {
+        switch (tiffCompression(head, file)) {
         case 2: case 3: case 4: return 25;
         case 5: return 17;
         default: return 3;

@@ -7,6 +7,8 @@
 
 #include <span>
 
+class QIODevice;
+
 // The one table of picture formats: for each picture extension of the
 // catalogue (plus DIC), which library reads it, which writes it and under
 // which format code it is saved. Loading, saving and the `formats` listing all
@@ -53,7 +55,9 @@ const PictureFormat *sniffFormat(const QByteArray &head);
 // The format number reported for a file of this format: the entry's code,
 // refined from the header where the name table tells variants apart (PBM,
 // PGM and PPM kinds, OS/2 and RLE bitmaps, LZW and CCITT TIFF, DCX, GIF).
-int fileFormatNumber(const PictureFormat &format, const QByteArray &head);
+// For a TIFF whose first directory lies beyond head, file (when given) is
+// read there.
+int fileFormatNumber(const PictureFormat &format, const QByteArray &head, QIODevice *file = nullptr);
 
 // The name shown for a file-format number; "Unknown format" for a number
 // that the table does not list. The first listed match wins.

@@ -3,6 +3,7 @@
 #include "MagickRoute.h"
 #include "PictureFormats.h"
 #include "RouteTypes.h"
+#include "TiffPages.h"
 #include "VectorRoutes.h"
 #include "codecs/OwnCodecs.h"
 
@@ -36,16 +37,25 @@ QString extensionName(const PictureFormat &format)
 
 detail::Decoded readWithQt(const QString &path, const char *name, Pages pages)
 {
+    if (qstrcmp(name, "tiff") == 0)
+        tiff::quietMessageHandlers();
     QImageReader reader(path, name);
     reader.setDecideFormatFromContent(false);
     reader.setAllocationLimit(QtAllocationLimitMb);
+    // The page count is asked first: Qt's TIFF handler counts no pages once
+    // size() has moved the device (it then finds no TIFF magic).
+    const int count = pages == Pages::All ? qBound(1, reader.imageCount(), MaxFrames) : 1;
     const QSize size = reader.size();
     if (size.isValid() && !detail::withinPixelBound(size.width(), size.height()))
         return detail::failure(detail::tooLargeMessage(size.width(), size.height()));
 
     detail::Decoded decoded;
     qint64 total = 0;
-    do {
+    // Pages by number: Qt's TIFF handler moves between pages with
+    // jumpToImage() only.
+    for (int i = 0; i < count; ++i) {
+        if (i > 0 && !reader.jumpToImage(i) && !reader.jumpToNextImage())
+            break;
         QImage image = reader.read();
         if (image.isNull())
             break;
@@ -53,7 +63,7 @@ detail::Decoded readWithQt(const QString &path, const char *name, Pages pages)
         if (total > MaxPixels)
             return detail::failure(QStringLiteral("The file's pages together are too large to load."));
         decoded.frames.append({image, reader.nextImageDelay()});
-    } while (pages == Pages::All && decoded.frames.size() < MaxFrames && reader.jumpToNextImage());
+    }
     if (decoded.frames.isEmpty())
         return detail::failure(reader.errorString());
     return decoded;
@@ -163,6 +173,27 @@ int imageBitsPerPixel(const QImage &image)
 
 qint64 distinctColours(const QImage &image)
 {
+    if ((image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) && image.colorCount() == 2) {
+        // Scanned a byte at a time: a 200-megapixel bitmap is 25 MB.
+        bool zero = false, one = false;
+        const int fullBytes = image.width() / 8;
+        const int rest = image.width() % 8;
+        const uchar restMask = image.format() == QImage::Format_Mono ? uchar(0xFF00 >> rest) : uchar((1 << rest) - 1);
+        for (int y = 0; y < image.height() && !(zero && one); ++y) {
+            const uchar *line = image.constScanLine(y);
+            for (int i = 0; i < fullBytes; ++i) {
+                zero |= line[i] != 0xFF;
+                one |= line[i] != 0x00;
+            }
+            if (rest) {
+                zero |= (line[fullBytes] & restMask) != restMask;
+                one |= (line[fullBytes] & restMask) != 0;
+            }
+        }
+        if (zero && one)
+            return (image.color(0) & 0xFFFFFF) == (image.color(1) & 0xFFFFFF) ? 1 : 2;
+        return 1;
+    }
     if (image.format() == QImage::Format_Indexed8 || image.format() == QImage::Format_Mono
         || image.format() == QImage::Format_MonoLSB) {
         // Colours of the palette that the pixels use.
@@ -402,7 +433,7 @@ LoadResult loadPicture(const QString &path, Pages pages)
     }
     result.picture.frames = decoded.frames;
     result.picture.info = describe(decoded.frames.constFirst().image, decoded.bitsPerPixel,
-                                   fileFormatNumber(*format, head), fileInfo.size());
+                                   fileFormatNumber(*format, head, &file), fileInfo.size());
     return result;
 }
 
@@ -436,18 +467,19 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
         return result;
     }
     QString error;
-    // Qt writes TIFF one page at a time; pages go through ImageMagick.
-    const bool multiPageTiff = format->code == 3 && frames.size() > 1;
-    if (multiPageTiff || format->writer == Route::Magick) {
+    if (format->code == 3 && frames.size() > 1) {
+        // Qt writes TIFF one page a file.
+        error = tiff::writePages(frames, &file);
+    } else if (format->writer == Route::Magick) {
         QByteArray bytes;
-        const char *name = multiPageTiff ? "TIFF" : format->writeName;
-        error = magick::write(multiPageTiff || QByteArray(name) == "DCX" ? frames : frames.mid(0, 1), name, bpp,
-                              quality, &bytes);
+        error = magick::write(frames.mid(0, 1), format->writeName, bpp, quality, &bytes);
         if (error.isEmpty() && file.write(bytes) != bytes.size())
             error = file.errorString();
     } else if (qstrcmp(format->extension, "CUR") == 0) {
         error = writeCursor(frames.constFirst(), quality, &file);
     } else if (format->writer == Route::Qt) {
+        if (format->code == 3)
+            tiff::quietMessageHandlers();
         error = writeWithQt(frames.constFirst(), format->writeName, quality, &file);
     } else if (format->writer == Route::OwnCodec) {
         error = writeWithOwnCodec(frames.constFirst(), *format, quality, &file);

@@ -1,0 +1,249 @@
+#include "TestDir.h"
+
+#include "platform/imaging/PictureFormats.h"
+#include "platform/imaging/PictureLayer.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+using namespace tarnby::imaging;
+
+namespace {
+
+// Generated pictures, one per depth, with sizes that are no multiple of 8 or
+// 4 so that row padding is exercised.
+QImage picture(int bitsPerPixel)
+{
+    const int w = 37, h = 23;
+    switch (bitsPerPixel) {
+    case 1: {
+        QImage image(w, h, QImage::Format_Mono);
+        image.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                image.setPixel(x, y, (x * 3 + y * 5) % 7 < 3 ? 1 : 0);
+        return image;
+    }
+    case 8: {
+        QImage image(w, h, QImage::Format_Indexed8);
+        QList<QRgb> table;
+        for (int i = 0; i < 200; ++i)
+            table << qRgb((i * 37) % 256, (i * 91) % 256, (i * 13) % 256);
+        image.setColorTable(table);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                image.setPixel(x, y, uint((x + y * w) % 200));
+        return image;
+    }
+    case 24: {
+        QImage image(w, h, QImage::Format_RGB32);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                image.setPixel(x, y, qRgb(x * 7, y * 11, (x * y) % 256));
+        return image;
+    }
+    default: {
+        QImage image(w, h, QImage::Format_ARGB32);
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                image.setPixel(x, y, qRgba(x * 7, y * 11, (x * y) % 256, (x * 17 + y * 3) % 256));
+        return image;
+    }
+    }
+}
+
+// Largest difference of any channel between two pictures. With alpha on both
+// sides they are compared premultiplied: the colour under a transparent pixel
+// is not part of the picture.
+int largestDifference(const QImage &a, const QImage &b)
+{
+    const bool alpha = a.hasAlphaChannel() && b.hasAlphaChannel();
+    const QImage pa = a.convertToFormat(alpha ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    const QImage pb = b.convertToFormat(alpha ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    int worst = 0;
+    for (int y = 0; y < pa.height(); ++y) {
+        for (int x = 0; x < pa.width(); ++x) {
+            const QRgb p = reinterpret_cast<const QRgb *>(pa.constScanLine(y))[x];
+            const QRgb q = reinterpret_cast<const QRgb *>(pb.constScanLine(y))[x];
+            worst = std::max({worst, qAbs(qRed(p) - qRed(q)), qAbs(qGreen(p) - qGreen(q)), qAbs(qBlue(p) - qBlue(q)),
+                          alpha ? qAbs(qAlpha(p) - qAlpha(q)) : 0});
+        }
+    }
+    return worst;
+}
+
+double meanDifference(const QImage &a, const QImage &b)
+{
+    const QImage pa = a.convertToFormat(QImage::Format_RGB32);
+    const QImage pb = b.convertToFormat(QImage::Format_RGB32);
+    double sum = 0;
+    for (int y = 0; y < pa.height(); ++y)
+        for (int x = 0; x < pa.width(); ++x)
+            sum += qAbs(qGray(pa.pixel(x, y)) - qGray(pb.pixel(x, y)));
+    return sum / (qint64(pa.width()) * pa.height());
+}
+
+// What each writer keeps. bits: the depth read back for a 1-, 8-, 24- and
+// 32-bit picture (0: not checked); lossless: pixels come back exactly where
+// the depth is kept; alpha: a 32-bit picture keeps its partial transparency.
+struct Expectation {
+    const char *extension;
+    int bits[4];
+    bool lossless;
+    bool alpha;
+    bool sameSize;
+};
+const Expectation Expectations[] = {
+    {"JPG", {8, 24, 24, 24}, false, false, true},
+    {"TIFF", {1, 8, 24, 32}, true, true, true},
+    {"BMP", {1, 8, 24, 24}, true, false, true},
+    {"ICO", {32, 32, 32, 32}, true, true, true},
+    {"CUR", {32, 32, 32, 32}, true, true, true},
+    {"PCX", {0, 8, 24, 32}, true, true, true},
+    {"PCD", {24, 24, 24, 24}, false, false, false},
+    {"XPM", {1, 8, 24, 0}, true, false, true},
+    {"PNG", {1, 8, 24, 32}, true, true, true},
+    {"PSD", {0, 24, 24, 32}, true, false, true}, // ImageMagick's Photoshop alpha does not come back
+    {"TGA", {8, 8, 24, 32}, true, true, true},
+    {"JBG", {1, 1, 1, 1}, false, false, true},
+    {"RAS", {0, 8, 24, 32}, true, true, true},
+    {"PCT", {0, 0, 24, 0}, true, false, true},
+    {"XWD", {0, 8, 24, 0}, true, false, true},
+    {"SGI", {0, 0, 24, 32}, true, true, true},
+    {"CUT", {0, 8, 0, 0}, true, false, true},
+    {"EPS", {0, 0, 0, 0}, false, false, false},
+    {"MAC", {1, 1, 1, 1}, false, false, true},
+    {"MSP", {1, 1, 1, 1}, false, false, true},
+};
+
+const Expectation *expectationFor(const char *extension)
+{
+    for (const Expectation &e : Expectations) {
+        if (qstrcmp(e.extension, extension) == 0)
+            return &e;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class TestPictureRoundTrip : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void roundTrip_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("depthIndex");
+        const int depths[] = {1, 8, 24, 32};
+        for (const PictureFormat &format : pictureFormats()) {
+            if (!format.ownsCode || format.writer == Route::None)
+                continue;
+            for (int i = 0; i < 4; ++i)
+                QTest::addRow("%s %d-bit", format.extension, depths[i]) << format.code << i;
+        }
+    }
+    void roundTrip()
+    {
+        QFETCH(int, code);
+        QFETCH(int, depthIndex);
+        const int depths[] = {1, 8, 24, 32};
+        const int bits = depths[depthIndex];
+        const PictureFormat *format = formatForCode(code);
+        QVERIFY(format);
+        if (!canWrite(*format))
+            QSKIP("no writer for this format in this build");
+        const Expectation *expected = expectationFor(format->extension);
+        QVERIFY2(expected, "every writable format has a row of expectations here");
+
+        TestDir dir;
+        const QString path = dir.filePath(QStringLiteral("picture.") + QString::fromLatin1(format->extension).toLower());
+        Picture source;
+        source.frames = {{picture(bits), 0}};
+        source.info.bitsPerPixel = bits;
+        const SaveResult saved = savePicture(source, path, code);
+        QVERIFY2(saved.ok, qPrintable(saved.errorString));
+
+        const LoadResult loaded = loadPicture(path);
+        if (qstrcmp(format->extension, "EPS") == 0 && loaded.ok())
+            return; // drawn again by the interpreter: only that it renders is checked
+        QVERIFY2(loaded.ok(), qPrintable(loaded.errorString));
+        if (expected->sameSize)
+            QCOMPARE(loaded.picture.image().size(), source.image().size());
+        if (const int back = expected->bits[depthIndex])
+            QCOMPARE(loaded.picture.info.bitsPerPixel, back);
+        const bool depthKept = loaded.picture.info.bitsPerPixel >= bits && (bits < 32 || expected->alpha);
+        if (expected->lossless && depthKept)
+            QCOMPARE(largestDifference(loaded.picture.image(), source.image()), 0);
+        else if (qstrcmp(format->extension, "JPG") == 0 && bits >= 24)
+            QVERIFY(meanDifference(loaded.picture.image(), source.image()) < 12);
+    }
+
+    // Pages survive a save as TIFF.
+    void tiffKeepsPages()
+    {
+        TestDir dir;
+        const QString path = dir.filePath(QStringLiteral("pages.tif"));
+        Picture source;
+        source.frames = {{picture(24), 0}, {picture(8), 0}, {picture(1), 0}};
+        source.info.bitsPerPixel = 24;
+        const SaveResult saved = savePicture(source, path, 3);
+        QVERIFY2(saved.ok, qPrintable(saved.errorString));
+        const LoadResult loaded = loadPicture(path, Pages::All);
+        QVERIFY2(loaded.ok(), qPrintable(loaded.errorString));
+        QCOMPARE(loaded.picture.frames.size(), 3);
+        QCOMPARE(largestDifference(loaded.picture.frames.at(1).image, picture(8)), 0);
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("metafile") << 15 << "WMF";
+        QTest::newRow("enhanced metafile") << 116 << "EMF";
+        QTest::newRow("drawing") << 58 << "DXF";
+        QTest::newRow("flashpix") << 80 << "FPX";
+        QTest::newRow("lead compressed") << 5 << "CMP";
+        QTest::newRow("no such code") << 4242 << "4242";
+        QTest::newRow("zero") << 0 << "0";
+    }
+    void refusals()
+    {
+        QFETCH(int, code);
+        QFETCH(QString, message);
+        TestDir dir;
+        const QString path = dir.filePath(QStringLiteral("refused.out"));
+        Picture source;
+        source.frames = {{picture(24), 0}};
+        const SaveResult saved = savePicture(source, path, code);
+        QVERIFY(!saved.ok);
+        QVERIFY2(saved.errorString.contains(message), qPrintable(saved.errorString));
+        QVERIFY(!QFile::exists(path));
+    }
+
+    // A failed save leaves the file that was there.
+    void failedSaveKeepsTheOldFile()
+    {
+        TestDir dir;
+        const QString path = dir.createFile(QStringLiteral("keep.png"), QByteArray("old contents"));
+        const SaveResult saved = savePicture(Picture(), path, 75);
+        QVERIFY(!saved.ok);
+        QCOMPARE(dir.read(QStringLiteral("keep.png")), QByteArray("old contents"));
+    }
+
+    void qualityChangesTheJpeg()
+    {
+        TestDir dir;
+        Picture source;
+        source.frames = {{picture(24).scaled(300, 200), 0}};
+        QVERIFY(savePicture(source, dir.filePath(QStringLiteral("low.jpg")), 10, 24, 10).ok);
+        QVERIFY(savePicture(source, dir.filePath(QStringLiteral("high.jpg")), 10, 24, 95).ok);
+        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("low.jpg"))).size()
+                < QFileInfo(dir.filePath(QStringLiteral("high.jpg"))).size());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPictureRoundTrip)
+#include "tst_pictureroundtrip.moc"
