@@ -108,6 +108,7 @@ const Fact Facts[] = {
     {"XPM/hopper.xpm", 128, 128, 8, 0, "Unknown format"},
     {"XPM/hopper_bpp2.xpm", 128, 128, 8, 0, nullptr},
     {"DXF/testDXF_ascii.dxf", 0, 0, 24, 0, nullptr},
+    {"FPX/input_bw_one_band.fpx", 70, 46, 8, 0, "Kodak FlashPix Format"},
 };
 
 // Samples that no library on this system reads; each must fail with a message.
@@ -120,7 +121,6 @@ const Refused RefusedSamples[] = {
     {"TIF/tiff.tif", "no StripByteCounts; Qt and ImageMagick refuse it"},
     {"WMF/WindowsMetafile.wmf", "libwmf refuses the header"},
     {"FPX/input_bw_five_bands.fpx", "five bands: no valid FlashPix picture"},
-    {"FPX/input_bw_one_band.fpx", "the FlashPix tile decoder is not written yet"},
 };
 
 const Fact *factFor(const QString &relative)
@@ -278,6 +278,7 @@ private slots:
         QTest::addColumn<QString>("relative");
         QTest::addColumn<QString>("reference");
         QTest::addColumn<double>("tolerance");
+        QTest::newRow("flashpix grey") << "FPX/input_bw_one_band.fpx" << "FPX/input_bw_one_band.png" << 1.0;
         QTest::newRow("ham6") << "IFF/flag_ham6.iff" << "IFF/flag_ham6.png" << 1.0;
         QTest::newRow("rgb ilbm") << "IFF/ps_testcard_rgb_amiga.iff" << "IFF/ps_testcard_rgb_amiga.png" << 1.0;
         QTest::newRow("1 plane") << "IFF/testcard_indexed1_amiga.iff" << "IFF/testcard_indexed1_amiga.png" << 1.0;
