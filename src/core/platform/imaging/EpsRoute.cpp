@@ -17,6 +17,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define TARNBY_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TARNBY_ADDRESS_SANITIZER 1
+#endif
+#endif
+
 namespace tarnby::imaging::vector {
 
 namespace {
@@ -73,8 +81,12 @@ int noInput(void *, char *, int)
 [[noreturn]] void renderInChild(const QByteArray &input, const QByteArray &output, const QByteArray &messages,
                                int width, int height)
 {
+    // A crash in the interpreter ends this child quietly: the parent's crash
+    // handlers (a sanitizer's, a fuzzer's) are not the child's business.
+    for (int s : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGXCPU})
+        signal(s, SIG_DFL);
     messageFd = open(messages.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(TARNBY_ADDRESS_SANITIZER)
     // The address space bound stops a PostScript program from eating memory;
     // sanitizer builds reserve huge shadow mappings and cannot take it.
     const rlim_t limit = rlim_t(1) << 31;

@@ -26,7 +26,8 @@ void initialise()
         SetMagickResourceLimit(MapResource, MagickSizeType(2) << 30);
         SetMagickResourceLimit(DiskResource, MagickSizeType(2) << 30);
         SetMagickResourceLimit(ListLengthResource, 4096);
-        SetMagickResourceLimit(TimeResource, 120);
+        // No TimeResource: ImageMagick measures it from the first use for the
+        // life of the process and then exits the whole program.
     });
 }
 
