@@ -4,6 +4,7 @@
 #include "platform/imaging/PictureLayer.h"
 
 #include <QTest>
+#include <QtConcurrent>
 
 #include <algorithm>
 
@@ -270,6 +271,33 @@ private slots:
         QCOMPARE(formatName(loaded.picture.info.formatCode), QStringLiteral("Dr. Halo Format"));
         QCOMPARE(loaded.picture.info.colorCount, h); // one value a row
         QCOMPARE(loaded.picture.image().pixel(0, 7), loaded.picture.image().pixel(w - 1, 7));
+    }
+
+    // Windows load pictures on worker threads: the libraries' one-time set-up
+    // and their process-wide state must hold when loads run side by side.
+    void concurrentLoads()
+    {
+        TestDir dir;
+        QStringList paths;
+        const struct {
+            const char *name;
+            int code;
+        } files[] = {{"a.pcx", 1}, {"b.tga", 4}, {"c.png", 75}, {"d.tif", 3}, {"e.ras", 55}, {"f.bmp", 6}};
+        for (const auto &f : files) {
+            Picture source;
+            source.frames = {{picture(24), 0}};
+            const QString path = dir.filePath(QLatin1String(f.name));
+            QVERIFY(savePicture(source, path, f.code, 24).ok);
+            paths << path;
+        }
+        QStringList work;
+        for (int i = 0; i < 8; ++i)
+            work << paths;
+        const QList<bool> loaded = QtConcurrent::blockingMapped(work, [](const QString &path) {
+            const LoadResult result = loadPicture(path);
+            return result.ok() && largestDifference(result.picture.image(), picture(24)) == 0;
+        });
+        QCOMPARE(loaded.count(true), work.size());
     }
 
     void qualityChangesTheJpeg()
