@@ -52,9 +52,12 @@ detail::Decoded readWithQt(const QString &path, const char *name, Pages pages)
     detail::Decoded decoded;
     qint64 total = 0;
     // Pages by number: Qt's TIFF handler moves between pages with
-    // jumpToImage() only.
+    // jumpToImage() only, while an animation handler (GIF) has already moved
+    // on when read() returns and supports neither jump.
     for (int i = 0; i < count; ++i) {
-        if (i > 0 && !reader.jumpToImage(i) && !reader.jumpToNextImage())
+        if (i > 0 && !reader.jumpToImage(i))
+            reader.jumpToNextImage();
+        if (i > 0 && !reader.canRead())
             break;
         QImage image = reader.read();
         if (image.isNull())
