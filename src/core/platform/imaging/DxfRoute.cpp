@@ -9,6 +9,7 @@
 #include <dxflib/dl_dxf.h>
 
 #include <cmath>
+#include <map>
 #include <sstream>
 #include <vector>
 
@@ -27,20 +28,52 @@ struct Text {
     QString text;
 };
 
-// Collects what we draw from dxflib's events, in drawing units. Entities
-// inside block definitions are skipped.
-// FIXME: block inserts are not expanded and polyline bulges are drawn straight.
+// A block definition: its own lines and areas, drawn wherever it is inserted.
+struct Block {
+    QPointF base;
+    std::vector<QPainterPath> paths;
+    std::vector<QPolygonF> filled;
+    std::vector<DL_InsertData> inserts; // blocks inside the block
+};
+
+// Collects what we draw from dxflib's events, in drawing units. Entities of
+// block definitions are kept with their block and drawn where the block is
+// inserted (nested up to MaxNesting deep).
+// FIXME: polyline bulges are drawn straight; text inside blocks is not drawn.
 class Collector : public DL_CreationAdapter
 {
 public:
+    static constexpr int MaxNesting = 8;
+
     std::vector<QPainterPath> paths;
     std::vector<QPolygonF> filled;
     std::vector<Text> texts;
+    std::map<std::string, Block> blocks;
+    std::vector<DL_InsertData> inserts;
     QRectF extent;
-    bool full() const { return paths.size() + filled.size() + texts.size() >= MaxShapes; }
+    size_t shapes = 0;
+    bool full() const { return shapes >= MaxShapes; }
 
-    void addBlock(const DL_BlockData &) override { m_inBlock = true; }
-    void endBlock() override { m_inBlock = false; }
+    void addBlock(const DL_BlockData &d) override
+    {
+        m_block = &blocks[d.name];
+        m_block->base = QPointF(d.bpx, d.bpy);
+    }
+    void endBlock() override { m_block = nullptr; }
+    void addInsert(const DL_InsertData &d) override
+    {
+        if (full())
+            return;
+        ++shapes;
+        (m_block ? m_block->inserts : inserts).push_back(d);
+    }
+
+    // Places every insert of the model space, block by block.
+    void expandInserts()
+    {
+        for (const DL_InsertData &insert : std::vector<DL_InsertData>(inserts))
+            place(insert, QTransform(), 0);
+    }
 
     void addLine(const DL_LineData &d) override
     {
@@ -115,17 +148,23 @@ public:
     void endSequence() override { finishPolyline(); }
     void addSolid(const DL_SolidData &d) override
     {
-        if (m_inBlock || full())
+        if (full())
             return;
         // SOLID corners come in the order 1, 2, 4, 3 around the outline.
         QPolygonF poly{QPointF(d.x[0], d.y[0]), QPointF(d.x[1], d.y[1]), QPointF(d.x[3], d.y[3]), QPointF(d.x[2], d.y[2])};
+        ++shapes;
+        if (m_block) {
+            m_block->filled.push_back(poly);
+            return;
+        }
         grow(poly.boundingRect());
         filled.push_back(poly);
     }
     void addText(const DL_TextData &d) override
     {
-        if (m_inBlock || full() || d.text.empty())
+        if (m_block || full() || d.text.empty())
             return;
+        ++shapes;
         texts.push_back({QPointF(d.ipx, d.ipy), d.height, d.angle, QString::fromStdString(d.text)});
         grow(QRectF(d.ipx, d.ipy, 0, 0));
     }
@@ -146,13 +185,67 @@ public:
 
     void addPath(const QPainterPath &p)
     {
-        if (m_inBlock || full())
+        if (full())
             return;
         const QRectF r = p.boundingRect();
         if (!std::isfinite(r.x()) || !std::isfinite(r.y()) || !std::isfinite(r.width()) || !std::isfinite(r.height()))
             return;
+        ++shapes;
+        if (m_block) {
+            m_block->paths.push_back(p);
+            return;
+        }
         grow(r);
         paths.push_back(p);
+    }
+
+    void place(const DL_InsertData &insert, const QTransform &outer, int depth)
+    {
+        const auto found = blocks.find(insert.name);
+        if (found == blocks.end() || depth >= MaxNesting)
+            return;
+        const Block &block = found->second;
+        const int columns = qBound(1, insert.cols, 1000);
+        const int rows = qBound(1, insert.rows, 1000);
+        for (int row = 0; row < rows && !full(); ++row) {
+            for (int column = 0; column < columns && !full(); ++column) {
+                // Empty blocks that insert each other in arrays would
+                // otherwise cost time without adding a shape.
+                if (++m_placements > MaxShapes)
+                    return;
+                // Block space to drawing space: take the block's base point
+                // to the origin, scale, rotate, move to the insertion point.
+                QTransform t;
+                t.translate(-block.base.x(), -block.base.y());
+                QTransform position;
+                position.scale(insert.sx == 0 ? 1 : insert.sx, insert.sy == 0 ? 1 : insert.sy);
+                position.rotate(insert.angle);
+                position.translate(insert.ipx + column * insert.colSp, insert.ipy + row * insert.rowSp);
+                // QTransform composes left to right: point * t * position * outer.
+                const QTransform total = t * position * outer;
+                if (!total.isInvertible())
+                    continue;
+                for (const QPainterPath &p : block.paths) {
+                    const QPainterPath mapped = total.map(p);
+                    const QRectF r = mapped.boundingRect();
+                    if (!std::isfinite(r.width()) || !std::isfinite(r.height()) || full())
+                        continue;
+                    ++shapes;
+                    grow(r);
+                    paths.push_back(mapped);
+                }
+                for (const QPolygonF &poly : block.filled) {
+                    if (full())
+                        break;
+                    const QPolygonF mapped = total.map(poly);
+                    ++shapes;
+                    grow(mapped.boundingRect());
+                    filled.push_back(mapped);
+                }
+                for (const DL_InsertData &inner : block.inserts)
+                    place(inner, total, depth + 1);
+            }
+        }
     }
     void grow(const QRectF &r)
     {
@@ -169,7 +262,8 @@ public:
 
 private:
     bool m_hasExtent = false;
-    bool m_inBlock = false;
+    Block *m_block = nullptr;
+    size_t m_placements = 0;
     bool m_inPolyline = false;
     bool m_polylineClosed = false;
     QPolygonF m_polyline;
@@ -190,6 +284,7 @@ detail::Decoded readDxf(const QByteArray &data)
             return detail::failure(QStringLiteral("The drawing could not be read (%1).").arg(QString::fromLocal8Bit(e.what())));
         }
         collector.finishPolyline();
+        collector.expandInserts();
     }
     if (collector.paths.empty() && collector.filled.empty() && collector.texts.empty())
         return detail::failure(QStringLiteral("The drawing holds no entities that can be shown."));
