@@ -178,6 +178,12 @@ private slots:
                           "0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n"
                           "0\nINSERT\n8\n0\n2\nLOOP\n10\n0\n20\n0\n70\n1000\n71\n1000\n"
                           "0\nLINE\n8\n0\n10\n0\n20\n0\n11\n1\n21\n1\n0\nENDSEC\n0\nEOF\n");
+        QTest::newRow("circles in a block that inserts itself in arrays")
+            << QByteArray("0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n8\n0\n2\nLOOP\n70\n0\n10\n0\n20\n0\n"
+                          "0\nCIRCLE\n8\n0\n10\n0\n20\n0\n40\n50\n"
+                          "0\nINSERT\n8\n0\n2\nLOOP\n10\n1\n20\n1\n70\n1000\n71\n1000\n44\n1\n45\n1\n"
+                          "0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n"
+                          "0\nINSERT\n8\n0\n2\nLOOP\n10\n0\n20\n0\n70\n1000\n71\n1000\n0\nENDSEC\n0\nEOF\n");
         QTest::newRow("circle of negative radius")
             << QByteArray("  0\nSECTION\n  2\nENTITIES\n  0\nCIRCLE\n  8\n0\n 10\n0\n 20\n0\n 40\n-5\n  0\nENDSEC\n  0\nEOF\n");
     }

@@ -17,9 +17,12 @@ namespace tarnby::imaging::vector {
 
 namespace {
 
-// A hostile drawing may list millions of entities; beyond this many the rest
-// is not drawn.
-constexpr size_t MaxShapes = 2'000'000;
+// A hostile drawing may list (or, through block arrays, place) millions of
+// entities; beyond this many the rest is not drawn, which keeps the drawing
+// to a few seconds. Smoothing is dropped for very busy drawings.
+constexpr size_t MaxShapes = 200'000;
+constexpr size_t MaxPathElements = 4'000'000; // about 100 MB of outline points
+constexpr size_t MaxSmoothShapes = 50'000;
 
 struct Text {
     QPointF at;
@@ -52,7 +55,8 @@ public:
     std::vector<DL_InsertData> inserts;
     QRectF extent;
     size_t shapes = 0;
-    bool full() const { return shapes >= MaxShapes; }
+    size_t elements = 0;
+    bool full() const { return shapes >= MaxShapes || elements >= MaxPathElements; }
 
     void addBlock(const DL_BlockData &d) override
     {
@@ -141,7 +145,7 @@ public:
     }
     void addVertex(const DL_VertexData &d) override
     {
-        if (m_inPolyline && m_polyline.size() < 1'000'000)
+        if (m_inPolyline && !full() && m_polyline.size() < qsizetype(MaxPathElements))
             m_polyline << QPointF(d.x, d.y);
     }
     void endEntity() override { finishPolyline(); }
@@ -191,6 +195,7 @@ public:
         if (!std::isfinite(r.x()) || !std::isfinite(r.y()) || !std::isfinite(r.width()) || !std::isfinite(r.height()))
             return;
         ++shapes;
+        elements += size_t(p.elementCount());
         if (m_block) {
             m_block->paths.push_back(p);
             return;
@@ -231,6 +236,7 @@ public:
                     if (!std::isfinite(r.width()) || !std::isfinite(r.height()) || full())
                         continue;
                     ++shapes;
+                    elements += size_t(mapped.elementCount());
                     grow(r);
                     paths.push_back(mapped);
                 }
@@ -302,7 +308,7 @@ detail::Decoded readDxf(const QByteArray &data)
         return detail::failure(detail::tooLargeMessage(width, height));
     image.fill(Qt::white);
     QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::Antialiasing, collector.shapes <= MaxSmoothShapes);
     // Drawing units, y up, mapped into the image with an 8-pixel margin.
     QTransform toImage;
     toImage.translate(8, height - 8);
@@ -314,8 +320,12 @@ detail::Decoded readDxf(const QByteArray &data)
     painter.setTransform(toImage);
     painter.setPen(pen);
     painter.setBrush(Qt::NoBrush);
-    for (const QPainterPath &p : collector.paths)
+    // Each outline is let go once drawn: the painter caches a converted copy
+    // inside the path, which would otherwise stay for every shape at once.
+    for (QPainterPath &p : collector.paths) {
         painter.drawPath(p);
+        p = QPainterPath();
+    }
     painter.setBrush(Qt::black);
     for (const QPolygonF &poly : collector.filled)
         painter.drawPolygon(poly);
