@@ -86,9 +86,10 @@ int runFormats(const QByteArrayList &args)
         const PictureFormat *writer = formatForCode(format.code);
         const bool readable = canRead(format);
         const bool writable = writer && canWrite(*writer);
-        QString library = routeLibrary(format.reader);
-        if (writable && writer->writer != format.reader)
-            library = QStringLiteral("%1 (read), %2 (write)").arg(routeLibrary(format.reader), routeLibrary(writer->writer));
+        const Route reader = effectiveReader(format);
+        QString library = routeLibrary(reader);
+        if (writable && writer->writer != reader)
+            library = QStringLiteral("%1 (read), %2 (write)").arg(routeLibrary(reader), routeLibrary(writer->writer));
         else if (!readable && writable)
             library = routeLibrary(writer->writer);
         QString note;

@@ -158,7 +158,7 @@ QStringList pictureSamples()
 bool ownCodecMissing(const QString &relative)
 {
     const PictureFormat *format = formatForExtension(QFileInfo(relative).suffix());
-    return format && format->reader == Route::OwnCodec && !codecs::createHandler(format->readName);
+    return format && effectiveReader(*format) == Route::OwnCodec && !codecs::createHandler(format->readName);
 }
 
 // Mean absolute difference of grey levels, 0 to 255.
@@ -212,7 +212,7 @@ private slots:
         const QImage first = result.picture.image();
         QCOMPARE(info.width, first.width());
         QCOMPARE(info.height, first.height());
-        QVERIFY(QList<int>({1, 4, 8, 16, 24, 32, 48, 64}).contains(info.bitsPerPixel));
+        QVERIFY(info.bitsPerPixel >= 1 && info.bitsPerPixel <= 64); // HAM6 is 6, as its file says
         QVERIFY(info.colorCount >= 1 && info.colorCount <= qint64(info.width) * info.height);
         QCOMPARE(info.sizeOnDisk, QFileInfo(path).size());
         QCOMPARE(info.sizeInMemory, (qint64(info.width) * info.bitsPerPixel + 31) / 32 * 4 * info.height);

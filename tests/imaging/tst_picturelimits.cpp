@@ -228,7 +228,7 @@ private slots:
         QFETCH(QString, relative);
         QFETCH(bool, mustFail);
         const PictureFormat *format = formatForExtension(QFileInfo(relative).suffix());
-        if (format && format->reader == Route::OwnCodec && !codecs::createHandler(format->readName)
+        if (format && effectiveReader(*format) == Route::OwnCodec && !codecs::createHandler(format->readName)
             && relative != QLatin1String("MSP/Patch_full.msp"))
             QSKIP("the codec of our own for this format has not landed in this build");
         const LoadResult result = loadPicture(fixtures::path(QStringLiteral("malformed/") + relative), Pages::All);

@@ -114,7 +114,7 @@ const Expectation Expectations[] = {
     {"SGI", {0, 0, 24, 32}, true, true, true},
     {"CUT", {0, 8, 0, 0}, true, false, true},
     {"EPS", {0, 0, 0, 0}, false, false, false},
-    {"MAC", {1, 1, 1, 1}, false, false, true},
+    {"MAC", {1, 1, 1, 1}, false, false, false}, // always 576 x 720
     {"MSP", {1, 1, 1, 1}, false, false, true},
 };
 

@@ -46,7 +46,7 @@ constexpr std::array Formats{
     PictureFormat{"XPM", 109, Route::Qt, "xpm", Route::Qt, "xpm", true, nullptr},
     PictureFormat{"IFF", 112, Route::OwnCodec, "iff", Route::None, "", true, nullptr},
     PictureFormat{"PBM", 75, Route::Qt, "pbm", Route::Qt, "png", false, nullptr},
-    PictureFormat{"CUT", 108, Route::Magick, "CUT", Route::OwnCodec, "cut", true, nullptr},
+    PictureFormat{"CUT", 108, Route::OwnCodec, "cut", Route::OwnCodec, "cut", true, nullptr, "CUT"},
     PictureFormat{"PSD", 76, Route::Magick, "PSD", Route::Magick, "PSD", true, nullptr},
     PictureFormat{"PNG", 75, Route::Qt, "png", Route::Qt, "png", true, nullptr},
     PictureFormat{"TGA", 4, Route::Magick, "TGA", Route::Magick, "TGA", true, nullptr},
@@ -60,7 +60,7 @@ constexpr std::array Formats{
     PictureFormat{"FLC", 134, Route::OwnCodec, "flc", Route::None, "", true, nullptr},
     PictureFormat{"ANI", 119, Route::OwnCodec, "ani", Route::None, "", true, nullptr},
     PictureFormat{"SGI", 142, Route::Magick, "SGI", Route::Magick, "SGI", true, nullptr},
-    PictureFormat{"MAC", 51, Route::Magick, "MAC", Route::OwnCodec, "mac", true, nullptr},
+    PictureFormat{"MAC", 51, Route::OwnCodec, "mac", Route::OwnCodec, "mac", true, nullptr, "MAC"},
     PictureFormat{"IMG", 52, Route::OwnCodec, "img", Route::None, "", true, nullptr},
     PictureFormat{"MSP", 53, Route::OwnCodec, "msp", Route::OwnCodec, "msp", true, nullptr},
     PictureFormat{"DIC", 90, Route::Magick, "DCM", Route::None, "", true, nullptr},
@@ -388,8 +388,17 @@ bool routeAvailable(Route route, const char *name, bool write)
 }
 } // namespace
 
+Route effectiveReader(const PictureFormat &format)
+{
+    if (format.reader == Route::OwnCodec && format.magickFallback && !routeAvailable(format.reader, format.readName, false))
+        return Route::Magick;
+    return format.reader;
+}
+
 bool canRead(const PictureFormat &format)
 {
+    if (effectiveReader(format) != format.reader)
+        return routeAvailable(Route::Magick, format.magickFallback, false);
     return routeAvailable(format.reader, format.readName, false);
 }
 

@@ -36,6 +36,7 @@ struct PictureFormat {
     const char *writeName;
     bool ownsCode;         // the format written when a picture is saved with this code
     const char *refusal;   // why nothing reads it, for formats that nobody reads
+    const char *magickFallback = nullptr; // ImageMagick's coder, read when our own codec is absent
 };
 
 // Every entry, in catalogue order (indexes 0 to 33, then MAC, IMG, MSP, DIC).
@@ -65,6 +66,10 @@ QString formatName(int code);
 
 // A human name of a route's library, for listings ("Qt", "ImageMagick", ...).
 QString routeLibrary(Route route);
+
+// The route that reads the format in this build: the table's, or ImageMagick
+// where our own codec is absent and ImageMagick has a coder for the format.
+Route effectiveReader(const PictureFormat &format);
 
 // Whether the route can actually read or write the format in this build
 // (plugins and coders are checked at run time, not assumed).

@@ -109,6 +109,9 @@ detail::Decoded readWithOwnCodec(const QString &path, const PictureFormat &forma
             return detail::failure(QStringLiteral("The file's frames together are too large to load."));
         decoded.frames.append({image, handler->nextImageDelay()});
     }
+    // Our codecs note the file's own depth on the picture (four GEM planes
+    // decode to an 8-bit image, HAM to full colour).
+    decoded.bitsPerPixel = decoded.frames.constFirst().image.text(QStringLiteral("BitsPerPixel")).toInt();
     return decoded;
 }
 
@@ -425,7 +428,12 @@ LoadResult loadPicture(const QString &path, Pages pages)
         decoded = vector::readFlashPix(wholeFile());
         break;
     case Route::OwnCodec:
-        decoded = readWithOwnCodec(path, *format, pages);
+        // Dr. Halo and MacPaint are read by ImageMagick as well, in builds
+        // without our codecs.
+        if (effectiveReader(*format) == Route::Magick)
+            decoded = magick::read(wholeFile(), format->magickFallback, pages);
+        else
+            decoded = readWithOwnCodec(path, *format, pages);
         break;
     }
     if (!decoded.ok()) {
