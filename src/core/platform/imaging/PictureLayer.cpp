@@ -16,6 +16,7 @@
 #include <QSaveFile>
 #include <QtEndian>
 
+#include <algorithm>
 #include <vector>
 
 namespace tarnby::imaging {
@@ -218,13 +219,27 @@ qint64 distinctColours(const QImage &image)
         }
         return colours.size();
     }
+    if (image.format() == QImage::Format_Grayscale8) {
+        std::vector<bool> used(256, false);
+        for (int y = 0; y < image.height(); ++y) {
+            const uchar *line = image.constScanLine(y);
+            for (int x = 0; x < image.width(); ++x)
+                used[line[x]] = true;
+        }
+        return std::count(used.begin(), used.end(), true);
+    }
     // One bit for each 24-bit colour: 2 MiB, whatever the picture's size.
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    // Rows in other formats are converted one at a time, so that a picture
+    // of 200 megapixels is not copied whole.
+    const bool direct = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32;
     std::vector<quint64> seen((1u << 24) / 64, 0);
     qint64 count = 0;
-    for (int y = 0; y < rgb.height(); ++y) {
-        const QRgb *line = reinterpret_cast<const QRgb *>(rgb.constScanLine(y));
-        for (int x = 0; x < rgb.width(); ++x) {
+    for (int y = 0; y < image.height(); ++y) {
+        QImage row;
+        if (!direct)
+            row = image.copy(0, y, image.width(), 1).convertToFormat(QImage::Format_ARGB32);
+        const QRgb *line = reinterpret_cast<const QRgb *>(direct ? image.constScanLine(y) : row.constScanLine(0));
+        for (int x = 0; x < image.width(); ++x) {
             const quint32 c = line[x] & 0xFFFFFF;
             quint64 &word = seen[c >> 6];
             const quint64 bit = quint64(1) << (c & 63);
