@@ -11,7 +11,7 @@ PACKAGES=(
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev qt6-image-formats-plugins qt6-svg-dev
   qt6-l10n-tools libqt6sql6-sqlite libqt6sql6-psql libgl-dev
   # picture layer
-  libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev
+  libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev libtiff-dev
   # tables, documents, archives, mail
   mdbtools-dev libfreexl-dev libwps-dev librevenge-dev libarchive-dev libvmime-dev
   qtkeychain-qt6-dev antiword catdoc

@@ -21,16 +21,28 @@ struct PictureFrame {
 
 // The facts the properties window shows about a picture.
 struct PictureInfo {
-    int bitsPerPixel = 0;
-    qint64 colorCount = 0;
-    int formatCode = 0; // file-format number (the numbering of GetSaveFormatCode)
+    int bitsPerPixel = 0;  // of the file (a 1-bit PBM says 1 though it decodes wider)
+    qint64 colorCount = 0; // distinct colours in the first page
+    int formatCode = 0;    // file-format number (the numbering of GetSaveFormatCode; see formatName())
     int width = 0;
     int height = 0;
     qint64 sizeOnDisk = 0;
-    qint64 sizeInMemory = 0;
-    double xResolution = 0; // dots per inch
+    qint64 sizeInMemory = 0; // an uncompressed bitmap at bitsPerPixel, rows padded to 4 bytes
+    double xResolution = 0; // dots per inch; 96 where the file states none
     double yResolution = 0;
 };
+
+// One caption and its value, as the properties window shows them.
+struct PropertyRow {
+    QString caption;
+    QString value;
+};
+
+// The nine picture rows of the properties window, in their order:
+// "Number of Bits per Bitmap:", "Color Count:", "Image Format:" (the format
+// number turned into its name), "Image Height:", "Image Width:", "Image Disk
+// Size:", "Image Memory Size:", "Image X Resolution:", "Image Y Resolution:".
+QList<PropertyRow> pictureProperties(const PictureInfo &info);
 
 struct Picture {
     QList<PictureFrame> frames;
@@ -49,8 +61,12 @@ struct LoadResult {
 };
 
 // Loads a picture; Pages::All loads every page or frame (ANI, FLC, multi-page
-// TIFF, DCX). The format is chosen by the file's extension and content.
+// TIFF, DCX). The format is chosen by the file's content where it is
+// recognisable, else by its extension. Files over MaxFileBytes, pictures over
+// MaxPixels (all pages together) and undecodable data fail with a message.
 LoadResult loadPicture(const QString &path, Pages pages = Pages::First);
+
+inline constexpr qint64 MaxFileBytes = 1024LL * 1024 * 1024;
 
 struct SaveResult {
     bool ok = false;
@@ -58,9 +74,12 @@ struct SaveResult {
 };
 
 // Saves picture to path in the format with the given format code (see
-// GetSaveFormatCode), converting to bitsPerPixel (0: keep the picture's own)
-// with quality 1-100 for lossy formats (0: the format's default). The file is
-// written atomically: on failure the old file, if any, is untouched.
+// GetSaveFormatCode), converting to bitsPerPixel (0: keep the picture's own,
+// as its info says) with quality 1-100 for lossy formats (0: the format's
+// default). A code that no writer serves fails with a message naming the
+// format. Several frames are kept where the format holds pages (TIFF); other
+// formats get the first. The file is written atomically: on failure the old
+// file, if any, is untouched.
 SaveResult savePicture(const Picture &picture, const QString &path, int formatCode, int bitsPerPixel = 0,
                        int quality = 0);
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "RouteTypes.h"
+
+// The formats that are drawn rather than decoded: EPS through Ghostscript,
+// EMF through libemf2svg and QtSvg, DXF through dxflib and our own renderer,
+// and FlashPix through libgsf and our own tile decoder. Each takes the whole
+// file's bytes, bounds the size of the bitmap it draws, and may run on any
+// thread.
+namespace tarnby::imaging::vector {
+
+// EPS (plain or with a DOS binary header): Ghostscript renders the first page
+// in a child process with -dSAFER, at most EpsTimeLimitSeconds of work and a
+// bounded page size, so that a hostile or endless PostScript program cannot
+// take the program down.
+inline constexpr int EpsTimeLimitSeconds = 20;
+detail::Decoded readEps(const QByteArray &data);
+
+// EMF: converted to SVG and drawn at the picture frame's size in pixels
+// (bounded to MaxVectorSide on its longer side).
+detail::Decoded readEmf(const QByteArray &data);
+bool emfAvailable(); // whether libemf2svg could be loaded
+
+// DXF (ASCII): lines, polylines, circles, arcs, ellipses, solids, points and
+// text of the entities section, drawn black on white fitted within
+// MaxVectorSide.
+detail::Decoded readDxf(const QByteArray &data);
+
+// FlashPix: the highest-resolution image of the OLE2 container.
+detail::Decoded readFlashPix(const QByteArray &data);
+bool flashPixAvailable();
+
+inline constexpr int MaxVectorSide = 4096;
+inline constexpr int DefaultDrawingSide = 1024;
+
+} // namespace tarnby::imaging::vector

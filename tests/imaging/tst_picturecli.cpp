@@ -1,0 +1,178 @@
+#include "Fixtures.h"
+#include "TestDir.h"
+
+#include <QImage>
+#include <QProcess>
+#include <QTest>
+
+namespace {
+
+struct Run {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+Run cli(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"), arguments);
+    Run run;
+    if (!process.waitForFinished(120000))
+        return run;
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
+    run.out = QString::fromUtf8(process.readAllStandardOutput());
+    run.err = QString::fromUtf8(process.readAllStandardError());
+    return run;
+}
+
+QImage pattern()
+{
+    QImage image(21, 13, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x * 12, y * 19, 77));
+    return image;
+}
+
+} // namespace
+
+class TestPictureCli : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void infoPrintsTheNineRows()
+    {
+        TestDir dir;
+        const QString path = dir.filePath(QStringLiteral("p.bmp"));
+        QVERIFY(pattern().convertToFormat(QImage::Format_Indexed8).save(path, "bmp"));
+        const Run run = cli({QStringLiteral("info"), path});
+        QCOMPARE(run.exitCode, 0);
+        const QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines, QStringList({
+                            QStringLiteral("Number of Bits per Bitmap:\t8"),
+                            lines.value(1), // the colour count depends on Qt's palette choice
+                            QStringLiteral("Image Format:\tBitmap Format"),
+                            QStringLiteral("Image Height:\t13"),
+                            QStringLiteral("Image Width:\t21"),
+                            QStringLiteral("Image Disk Size:\t%1").arg(QFileInfo(path).size()),
+                            QStringLiteral("Image Memory Size:\t%1").arg(24 * 13),
+                            lines.value(7),
+                            lines.value(8),
+                        }));
+        QVERIFY(lines.value(1).startsWith(QLatin1String("Color Count:\t")));
+        QVERIFY(lines.value(7).startsWith(QLatin1String("Image X Resolution:\t")));
+    }
+
+    void infoOnAFixture()
+    {
+        REQUIRE_FIXTURES();
+        const Run run = cli({QStringLiteral("info"), fixtures::path(QStringLiteral("TIF/hopper_lzw.tif"))});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(run.out.contains(QLatin1String("Image Format:\tTagged Image File LZW Compressed Format\n")));
+        QVERIFY(run.out.contains(QLatin1String("Number of Bits per Bitmap:\t24\n")));
+    }
+
+    void infoFailsWithAMessage_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("not a picture") << QByteArray("hello") << "hello.png";
+        QTest::newRow("undocumented format") << QByteArray(64, 'x') << "x.cmp";
+    }
+    void infoFailsWithAMessage()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, name);
+        TestDir dir;
+        const Run run = cli({QStringLiteral("info"), dir.createFile(name, content)});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(run.out.isEmpty());
+        QVERIFY(run.err.contains(name));
+    }
+
+    void convertByExtension_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("format");
+        QTest::newRow("png") << "out.png" << "Portable Network Graphics";
+        QTest::newRow("upper-case tiff") << "OUT.TIF" << "Tagged Image File Format";
+        QTest::newRow("pcx") << "out.pcx" << "ZSoft PCX";
+        QTest::newRow("pbm holds png data") << "out.pbm" << "Portable Network Graphics";
+        QTest::newRow("jpe") << "out.jpe" << "JPEG File Interchange Format";
+    }
+    void convertByExtension()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, format);
+        TestDir dir;
+        const QString in = dir.filePath(QStringLiteral("in.png"));
+        QVERIFY(pattern().save(in, "png"));
+        const QString out = dir.filePath(target);
+        const Run run = cli({QStringLiteral("convert"), in, out});
+        QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+        const Run info = cli({QStringLiteral("info"), out});
+        QCOMPARE(info.exitCode, 0);
+        QVERIFY2(info.out.contains(QStringLiteral("Image Format:\t") + format + QLatin1Char('\n')), qPrintable(info.out));
+        QVERIFY(info.out.contains(QLatin1String("Image Width:\t21\n")));
+    }
+
+    void convertRefuses_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::newRow("no writer for metafiles") << "out.wmf";
+        QTest::newRow("not a picture extension") << "out.txt";
+        QTest::newRow("no extension") << "out";
+    }
+    void convertRefuses()
+    {
+        QFETCH(QString, target);
+        TestDir dir;
+        const QString in = dir.filePath(QStringLiteral("in.png"));
+        QVERIFY(pattern().save(in, "png"));
+        const Run run = cli({QStringLiteral("convert"), in, dir.filePath(target)});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY(!run.err.isEmpty());
+        QVERIFY(!QFile::exists(dir.filePath(target)));
+    }
+
+    void convertKeepsBitsUnlessAsked()
+    {
+        TestDir dir;
+        const QString in = dir.filePath(QStringLiteral("in.png"));
+        QVERIFY(pattern().convertToFormat(QImage::Format_Mono).save(in, "png"));
+        QCOMPARE(cli({QStringLiteral("convert"), in, dir.filePath(QStringLiteral("kept.bmp"))}).exitCode, 0);
+        QVERIFY(cli({QStringLiteral("info"), dir.filePath(QStringLiteral("kept.bmp"))})
+                    .out.contains(QLatin1String("Number of Bits per Bitmap:\t1\n")));
+        QCOMPARE(cli({QStringLiteral("convert"), QStringLiteral("--bpp"), QStringLiteral("24"), in,
+                      dir.filePath(QStringLiteral("wide.bmp"))})
+                     .exitCode,
+                 0);
+        QVERIFY(cli({QStringLiteral("info"), dir.filePath(QStringLiteral("wide.bmp"))})
+                    .out.contains(QLatin1String("Number of Bits per Bitmap:\t24\n")));
+    }
+
+    void formatsListsEveryPictureExtension()
+    {
+        const Run run = cli({QStringLiteral("formats")});
+        QCOMPARE(run.exitCode, 0);
+        QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.takeFirst(), QStringLiteral("Extension\tRead\tWrite\tLibrary\tNote"));
+        QCOMPARE(lines.size(), 38);
+        QStringList extensions;
+        for (const QString &line : lines) {
+            const QStringList cells = line.split(QLatin1Char('\t'));
+            QCOMPARE(cells.size(), 5);
+            extensions << cells.at(0);
+            QVERIFY(cells.at(1) == QLatin1String("yes") || cells.at(1) == QLatin1String("no"));
+        }
+        QCOMPARE(extensions.first(), QStringLiteral("JPG"));
+        QVERIFY(lines.contains(QStringLiteral("PNG\tyes\tyes\tQt\t")));
+        QVERIFY(lines.contains(QStringLiteral("WMF\tyes\tno\tImageMagick\t")));
+        QVERIFY(run.out.contains(QLatin1String("CMP\tno\tno\tnone\tCMP (LEAD compressed)")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPictureCli)
+#include "tst_picturecli.moc"

@@ -1,0 +1,322 @@
+#include "Fixtures.h"
+
+#include "platform/imaging/PictureFormats.h"
+#include "platform/imaging/PictureLayer.h"
+#include "platform/imaging/codecs/OwnCodecs.h"
+
+#include <QFileInfo>
+#include <QImageIOHandler>
+#include <QTest>
+
+using namespace tarnby::imaging;
+
+namespace {
+
+// Facts checked against the corpus's provenance notes: size of the first page,
+// bits per pixel where a note states it (0: not stated), pages or frames with
+// Pages::All (0: not stated).
+struct Fact {
+    const char *file;
+    int width;
+    int height;
+    int bitsPerPixel;
+    int frames;
+    const char *formatName; // nullptr: not checked
+};
+
+const Fact Facts[] = {
+    {"BMP/bmp.bmp", 1, 1, 24, 0, "OS2 Bitmap Format"},
+    {"BMP/hopper.bmp", 128, 128, 24, 0, "Bitmap Format"},
+    {"BMP/pal1.bmp", 127, 64, 1, 0, "Bitmap Format"},
+    {"BMP/pal4rle.bmp", 127, 64, 4, 0, "Bitmap with RLE Compression"},
+    {"BMP/pal8.bmp", 127, 64, 8, 0, "Bitmap Format"},
+    {"BMP/pal8os2.bmp", 127, 64, 8, 0, "OS2 Bitmap Format"},
+    {"CUR/deerstalker.cur", 32, 32, 0, 0, "Windows Cursor Format"},
+    {"CUR/mask_1.cur", 1, 4, 1, 0, "Windows Cursor Format"},
+    {"DCX/hopper.dcx", 128, 128, 0, 0, "Multipage PCX"},
+    {"DCX/testDCX.dcx", 100, 75, 0, 0, "Multipage PCX"},
+    // libemf2svg places the drawing by its bounds, the reference beside it by
+    // its frame: the sizes agree, the positions do not, so no pixel comparison.
+    {"EMF/drawing.emf", 1625, 1625, 0, 0, "EMF MetaFile Format"},
+    {"EMF/testEMF.emf", 0, 0, 0, 0, "EMF MetaFile Format"},
+    {"EMF/testEMF_iconOnlyLongFilename.emf", 0, 0, 0, 0, nullptr},
+    {"EPS/1.eps", 72, 48, 0, 0, "Encapsulated PostScript Format"},
+    {"EPS/bw.eps", 32, 32, 0, 0, "Encapsulated PostScript Format"},
+    {"EPS/illu10_preview.eps", 403, 2448, 0, 0, "Encapsulated PostScript Format"},
+    {"FLC/2422.flc", 320, 200, 8, 27, nullptr},
+    {"ICO/black_and_white.ico", 16, 16, 1, 0, "Windows Icon Format"},
+    {"ICO/hopper.ico", 16, 16, 8, 0, "Windows Icon Format"},
+    {"ICO/hopper_256x256.ico", 256, 256, 0, 0, "Windows Icon Format"},
+    {"ICO/ico.ico", 1, 1, 0, 0, "Windows Icon Format"},
+    {"ICO/python.ico", 16, 16, 32, 0, "Windows Icon Format"},
+    {"IFF/flag_ham6.iff", 124, 124, 0, 0, nullptr},
+    {"IFF/ps_testcard_rgb_amiga.iff", 131, 131, 0, 0, nullptr},
+    {"IFF/testcard_indexed1_amiga.iff", 131, 131, 0, 0, nullptr},
+    {"IFF/testcard_indexed4_amiga.iff", 256, 256, 0, 0, nullptr},
+    {"IFF/testcard_rlepbm.iff", 112, 112, 0, 0, nullptr},
+    {"ANI/kimageformats_test.ani", 32, 32, 0, 0, nullptr},
+    {"ANI/test.ani", 32, 32, 0, 0, nullptr},
+    {"JPG/hopper.jpg", 128, 128, 24, 0, "JPEG File Interchange Format"},
+    {"JPG/hopper_gray.jpg", 128, 128, 8, 0, nullptr},
+    {"JPG/hopper_orientation_6.jpg", 128, 128, 24, 0, nullptr},
+    {"JPG/jpeg.jpg", 1, 1, 8, 0, nullptr},
+    {"JPG/testJPEG_EXIF.jpg", 100, 68, 24, 0, nullptr},
+    {"MSP/hopper.msp", 128, 128, 1, 0, "Microsoft Paint Format"},
+    {"PBM/hopper_1bit.pbm", 128, 128, 1, 0, "Portable Bitmap Utilities Format"},
+    {"PBM/hopper_1bit_plain.pbm", 128, 128, 1, 0, "Portable Bitmap Utilities Format"},
+    {"PBM/pbm.pbm", 1, 1, 1, 0, nullptr},
+    {"PBM/testPBM.pbm", 1, 1, 1, 0, nullptr},
+    {"PCD/hopper.pcd", 768, 512, 24, 0, "Kodak PhotoCD Format"},
+    {"PCT/testPICT.pct", 100, 75, 0, 0, "Macintosh Pict Format"},
+    {"PCX/01r_00.pcx", 88, 52, 8, 0, "ZSoft PCX"},
+    {"PCX/16color.pcx", 200, 168, 4, 0, nullptr},
+    {"PCX/bw.pcx", 32, 32, 24, 0, nullptr},
+    {"PCX/p_4_planes.pcx", 1, 1, 4, 0, nullptr},
+    {"PCX/pil184.pcx", 447, 144, 1, 0, nullptr},
+    {"PCX/testPCX.pcx", 100, 75, 24, 0, nullptr},
+    {"PNG/1_trns.png", 64, 64, 1, 0, "Portable Network Graphics"},
+    {"PNG/hopper.png", 128, 128, 24, 0, nullptr},
+    {"PNG/png-transparent.png", 1, 1, 32, 0, nullptr},
+    {"PNG/testPNG.png", 100, 75, 24, 0, nullptr},
+    {"PSD/hopper.psd", 128, 128, 24, 0, "Photoshop 3.0 Format"},
+    {"PSD/hopper_merged.psd", 128, 128, 24, 0, nullptr},
+    {"PSD/rgb-gimp-2.8.10.psd", 32, 32, 24, 0, nullptr},
+    {"PSD/rgba.psd", 100, 100, 32, 0, nullptr},
+    {"PSD/testPSD.psd", 537, 51, 24, 0, nullptr},
+    {"RAS/hopper.ras", 128, 128, 24, 0, "Sun Raster Format"},
+    {"RAS/rgb-gimp-2.10-1bit.ras", 32, 32, 1, 0, nullptr},
+    {"RAS/rgb24.ras", 70, 46, 24, 0, nullptr},
+    {"RAS/rle_pal8bit.ras", 320, 240, 8, 0, nullptr},
+    {"SGI/hopper.sgi", 128, 128, 24, 0, nullptr},
+    {"SGI/transparent.sgi", 200, 150, 32, 0, nullptr},
+    {"TGA/200x32_p_tl_raw.tga", 200, 32, 8, 0, "Truevision TGA Format"},
+    {"TGA/200x32_rgb_bl_rle.tga", 200, 32, 24, 0, nullptr},
+    {"TGA/colormapped.tga", 48, 48, 8, 0, nullptr},
+    {"TGA/la.tga", 64, 64, 0, 0, nullptr},
+    {"TGA/rgba.tga", 32, 32, 32, 0, nullptr},
+    {"TGA/targa.tga", 1, 1, 24, 0, nullptr},
+    {"TIF/hopper.tif", 128, 128, 24, 0, "Tagged Image File Format"},
+    {"TIF/hopper_bigtiff.tif", 128, 128, 24, 0, nullptr},
+    {"TIF/hopper_g4.tif", 128, 128, 1, 0, "CCITT compressed TIFF"},
+    {"TIF/hopper_lzw.tif", 128, 128, 24, 0, "Tagged Image File LZW Compressed Format"},
+    {"TIF/testTIFF.tif", 100, 75, 24, 0, nullptr},
+    {"TIFF/g4-multi.tiff", 3307, 4677, 1, 3, nullptr},
+    {"TIFF/multipage.tiff", 10, 10, 0, 3, nullptr},
+    {"WMF/drawing.wmf", 83, 83, 0, 0, "Meta File Format"},
+    {"WMF/testWMF.wmf", 117, 72, 0, 0, nullptr},
+    {"WMF/testWMF_charset.wmf", 1024, 1009, 0, 0, nullptr},
+    {"XPM/hopper.xpm", 128, 128, 8, 0, "Unknown format"},
+    {"XPM/hopper_bpp2.xpm", 128, 128, 8, 0, nullptr},
+    {"DXF/testDXF_ascii.dxf", 0, 0, 24, 0, nullptr},
+    {"FPX/input_bw_one_band.fpx", 70, 46, 8, 0, "Kodak FlashPix Format"},
+};
+
+// Samples that no library on this system reads; each must fail with a message.
+struct Refused {
+    const char *file;
+    const char *why;
+};
+const Refused RefusedSamples[] = {
+    {"PSD/indexed.psd", "ImageMagick 6 reads no indexed-colour Photoshop file"},
+    {"TIF/tiff.tif", "no StripByteCounts; Qt and ImageMagick refuse it"},
+    {"WMF/WindowsMetafile.wmf", "libwmf refuses the header"},
+    {"FPX/input_bw_five_bands.fpx", "five bands: no valid FlashPix picture"},
+};
+
+const Fact *factFor(const QString &relative)
+{
+    for (const Fact &f : Facts) {
+        if (relative == QLatin1String(f.file))
+            return &f;
+    }
+    return nullptr;
+}
+
+const char *refusalFor(const QString &relative)
+{
+    for (const Refused &r : RefusedSamples) {
+        if (relative == QLatin1String(r.file))
+            return r.why;
+    }
+    return nullptr;
+}
+
+// The picture folders of the corpus: every folder named after a picture extension.
+QStringList pictureSamples()
+{
+    QStringList out;
+    for (const PictureFormat &format : pictureFormats()) {
+        const QString folder = QLatin1String(format.extension);
+        for (const QString &path : fixtures::files(folder)) {
+            if (QFileInfo(path).suffix().compare(folder, Qt::CaseInsensitive) == 0)
+                out << folder + QLatin1Char('/') + QFileInfo(path).fileName();
+        }
+    }
+    return out;
+}
+
+bool ownCodecMissing(const QString &relative)
+{
+    const PictureFormat *format = formatForExtension(QFileInfo(relative).suffix());
+    return format && effectiveReader(*format) == Route::OwnCodec && !codecs::createHandler(format->readName);
+}
+
+// Mean absolute difference of grey levels, 0 to 255.
+double meanDifference(const QImage &a, const QImage &b)
+{
+    const QImage ga = a.convertToFormat(QImage::Format_ARGB32);
+    const QImage gb = b.convertToFormat(QImage::Format_ARGB32);
+    double sum = 0;
+    for (int y = 0; y < ga.height(); ++y) {
+        for (int x = 0; x < ga.width(); ++x) {
+            // Transparent pixels compare as white, as they are shown.
+            const auto grey = [](QRgb c) { return qAlpha(c) < 128 ? 255 : qGray(c); };
+            sum += qAbs(grey(ga.pixel(x, y)) - grey(gb.pixel(x, y)));
+        }
+    }
+    return sum / (qint64(ga.width()) * ga.height());
+}
+
+} // namespace
+
+class TestPictureFixtures : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { REQUIRE_FIXTURES(); }
+
+    void everySampleLoads_data()
+    {
+        QTest::addColumn<QString>("relative");
+        for (const QString &relative : pictureSamples())
+            QTest::newRow(qPrintable(relative)) << relative;
+    }
+    void everySampleLoads()
+    {
+        QFETCH(QString, relative);
+        if (ownCodecMissing(relative))
+            QSKIP("the codec of our own for this format has not landed in this build");
+        const QString path = fixtures::path(relative);
+        const LoadResult result = loadPicture(path, Pages::All);
+
+        if (const char *why = refusalFor(relative)) {
+            QVERIFY2(!result.ok(), why);
+            QVERIFY(!result.errorString.isEmpty());
+            return;
+        }
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+
+        // Plausible facts for every sample.
+        const PictureInfo &info = result.picture.info;
+        const QImage first = result.picture.image();
+        QCOMPARE(info.width, first.width());
+        QCOMPARE(info.height, first.height());
+        QVERIFY(info.bitsPerPixel >= 1 && info.bitsPerPixel <= 64); // HAM6 is 6, as its file says
+        QVERIFY(info.colorCount >= 1 && info.colorCount <= qint64(info.width) * info.height);
+        QCOMPARE(info.sizeOnDisk, QFileInfo(path).size());
+        QCOMPARE(info.sizeInMemory, (qint64(info.width) * info.bitsPerPixel + 31) / 32 * 4 * info.height);
+        QVERIFY(info.xResolution > 0 && info.yResolution > 0);
+        QVERIFY(formatName(info.formatCode) != QLatin1String("Unknown format") || info.formatCode == 109
+                || info.formatCode == 142 || info.formatCode == 134 || info.formatCode == 90);
+
+        // Facts the provenance notes state.
+        const Fact *fact = factFor(relative);
+        QVERIFY2(fact, "every sample that loads has a row of facts here");
+        if (fact->width > 0) {
+            QCOMPARE(info.width, fact->width);
+            QCOMPARE(info.height, fact->height);
+        }
+        if (fact->bitsPerPixel > 0)
+            QCOMPARE(info.bitsPerPixel, fact->bitsPerPixel);
+        if (fact->frames > 0)
+            QCOMPARE(result.picture.frames.size(), fact->frames);
+        if (fact->formatName)
+            QCOMPARE(formatName(info.formatCode), QLatin1String(fact->formatName));
+    }
+
+    // A single page is loaded unless all pages are asked for.
+    void firstPageOnly()
+    {
+        const LoadResult result = loadPicture(fixtures::path(QStringLiteral("TIFF/multipage.tiff")), Pages::First);
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        QCOMPARE(result.picture.frames.size(), 1);
+    }
+
+    void pagesKeepTheirOwnSize()
+    {
+        const LoadResult result = loadPicture(fixtures::path(QStringLiteral("TIFF/multipage.tiff")), Pages::All);
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        QCOMPARE(result.picture.frames.size(), 3);
+        QCOMPARE(result.picture.frames.at(2).image.size(), QSize(20, 20));
+    }
+
+    void animationTiming_data()
+    {
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("firstDelayMs");
+        QTest::newRow("flic 27 frames at 171 ms") << "FLC/2422.flc" << 27 << 171;
+        QTest::newRow("animated cursor, 4 steps") << "ANI/kimageformats_test.ani" << 4 << 166;
+    }
+    void animationTiming()
+    {
+        QFETCH(QString, relative);
+        QFETCH(int, frames);
+        QFETCH(int, firstDelayMs);
+        if (ownCodecMissing(relative))
+            QSKIP("the codec of our own for this format has not landed in this build");
+        const LoadResult result = loadPicture(fixtures::path(relative), Pages::All);
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        QCOMPARE(result.picture.frames.size(), frames);
+        QVERIFY(qAbs(result.picture.frames.constFirst().delayMs - firstDelayMs) <= 1);
+    }
+
+    // Renderings beside the samples, from the projects the samples come from.
+    void matchesReference_data()
+    {
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<QString>("reference");
+        QTest::addColumn<double>("tolerance");
+        QTest::newRow("flashpix grey") << "FPX/input_bw_one_band.fpx" << "FPX/input_bw_one_band.png" << 1.0;
+        QTest::newRow("ham6") << "IFF/flag_ham6.iff" << "IFF/flag_ham6.png" << 1.0;
+        QTest::newRow("rgb ilbm") << "IFF/ps_testcard_rgb_amiga.iff" << "IFF/ps_testcard_rgb_amiga.png" << 1.0;
+        QTest::newRow("1 plane") << "IFF/testcard_indexed1_amiga.iff" << "IFF/testcard_indexed1_amiga.png" << 1.0;
+        QTest::newRow("4 planes") << "IFF/testcard_indexed4_amiga.iff" << "IFF/testcard_indexed4_amiga.png" << 1.0;
+        QTest::newRow("chunky pbm") << "IFF/testcard_rlepbm.iff" << "IFF/testcard_rlepbm.png" << 1.0;
+        QTest::newRow("ani frame 1") << "ANI/kimageformats_test.ani" << "ANI/kimageformats_test_1.png" << 1.0;
+    }
+    void matchesReference()
+    {
+        QFETCH(QString, relative);
+        QFETCH(QString, reference);
+        QFETCH(double, tolerance);
+        if (ownCodecMissing(relative))
+            QSKIP("the codec of our own for this format has not landed in this build");
+        const LoadResult result = loadPicture(fixtures::path(relative));
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        const QImage expected(fixtures::path(reference));
+        QVERIFY(!expected.isNull());
+        QCOMPARE(result.picture.image().size(), expected.size());
+        const double difference = meanDifference(result.picture.image(), expected);
+        QVERIFY2(difference <= tolerance, qPrintable(QStringLiteral("mean difference %1").arg(difference)));
+    }
+
+    // A drawing is drawn: black lines on white, not an empty page.
+    void drawingHasInk()
+    {
+        const LoadResult result = loadPicture(fixtures::path(QStringLiteral("DXF/testDXF_ascii.dxf")));
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        const QImage image = result.picture.image();
+        QCOMPARE(qMax(image.width(), image.height()), 1024);
+        qint64 dark = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                dark += qGray(image.pixel(x, y)) < 128;
+        QVERIFY(dark > 1000);
+        QVERIFY(dark < qint64(image.width()) * image.height() / 2);
+    }
+};
+
+QTEST_MAIN(TestPictureFixtures)
+#include "tst_picturefixtures.moc"
