@@ -16,8 +16,16 @@ function(tarnby_add_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 300)
   endif()
+  # Each test gets cache, data and config folders of its own below the build
+  # folder, so that thumbnails, the trash and settings never touch the
+  # user's (or root's) real ones.
+  set(home ${CMAKE_BINARY_DIR}/test-home/${name})
+  file(MAKE_DIRECTORY ${home}/cache ${home}/data ${home}/config)
   set(env
     "QT_QPA_PLATFORM=offscreen"
+    "XDG_CACHE_HOME=${home}/cache"
+    "XDG_DATA_HOME=${home}/data"
+    "XDG_CONFIG_HOME=${home}/config"
     "TARNBY_FIXTURES=${TARNBY_FIXTURES}"
     "TARNBY_BINARY_DIR=${CMAKE_BINARY_DIR}"
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"

@@ -3,6 +3,7 @@
 #include "FileCommands.h"
 
 #include "app/AppState.h"
+#include "settings/WindowColorsApplier.h"
 #include "services/UiServices.h"
 #include "shell/FileOperations.h"
 
@@ -21,6 +22,7 @@ MoveFile1::MoveFile1(AppState &state, UiServices &services, QWidget *parent)
     , m_services(services)
 {
     setObjectName(QStringLiteral("MoveFile1"));
+    installWindowColors(this, m_state);
     setWindowTitle(QStringLiteral("Move File"));
     setModal(true);
 

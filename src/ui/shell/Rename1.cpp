@@ -3,6 +3,7 @@
 #include "FileCommands.h"
 
 #include "app/AppState.h"
+#include "settings/WindowColorsApplier.h"
 #include "services/UiServices.h"
 #include "shell/FileOperations.h"
 
@@ -25,6 +26,7 @@ Rename1::Rename1(const QString &path, AppState &state, UiServices &services, QWi
     , m_services(services)
 {
     setObjectName(QStringLiteral("Rename1"));
+    installWindowColors(this, m_state);
     setWindowTitle(QStringLiteral("Rename File"));
     setModal(true);
 

@@ -545,6 +545,7 @@ void Tarnby1::setComputerInNetwork()
             hosts.append(host);
     }
     SetComputer1 dialog(hosts, m_state.networkComputer, this);
+    installWindowColors(&dialog, m_state);
     if (dialog.exec() == QDialog::Accepted) {
         m_state.networkComputer = dialog.computerName();
         m_state.noNetwork = false;

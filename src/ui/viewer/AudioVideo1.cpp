@@ -1,6 +1,7 @@
 #include "AudioVideo1.h"
 
 #include "app/AppState.h"
+#include "settings/WindowColorsApplier.h"
 #include "services/UiServices.h"
 #include "shell/FileCatalogue.h"
 #include "shell/FileCommands.h"
@@ -126,6 +127,7 @@ AudioVideo1::AudioVideo1(AppState &state, UiServices &services, QWidget *parent)
     , m_services(services)
 {
     setObjectName(QStringLiteral("AudioVideo1"));
+    installWindowColors(this, m_state);
     setWindowTitle(caption());
     setModal(false);
 

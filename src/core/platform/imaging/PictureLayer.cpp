@@ -101,8 +101,13 @@ detail::Decoded readWithOwnCodec(const QString &path, const PictureFormat &forma
             break;
         QImage image;
         if (!handler->read(&image) || image.isNull()) {
-            if (i == 0)
-                return detail::failure(QStringLiteral("The %1 picture could not be decoded.").arg(extensionName(format)));
+            if (i == 0) {
+                // The codec says what was wrong with the file; say that.
+                const QString why = codecs::errorString(handler.get());
+                return detail::failure(why.isEmpty()
+                                           ? QStringLiteral("The %1 picture could not be decoded.").arg(extensionName(format))
+                                           : QStringLiteral("The %1 picture could not be decoded: %2").arg(extensionName(format), why));
+            }
             break;
         }
         total += qint64(image.width()) * image.height();
