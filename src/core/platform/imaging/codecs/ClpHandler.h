@@ -7,6 +7,9 @@ namespace tarnby::imaging::codecs {
 // Windows clipboard files (.CLP, both the 16-bit 0xC350 layout and the 32-bit
 // 0xC351/0xC352 layout). Of the formats a file holds, the device-independent
 // bitmap (CF_DIB, else CF_DIBV5) is shown; it is decoded by Qt's BMP reader.
+// FIXME: a file that holds only a device-dependent bitmap (CF_BITMAP) is
+// refused with a message; such files come from 16-bit programs that did not
+// render a DIB as well.
 class ClpHandler : public OwnHandler
 {
 public:
