@@ -33,6 +33,7 @@ namespace tarnby::imaging {
 // Results. Each finished item is handed over twice, in this order:
 // - to the callback, if one is set, on the worker thread that made it, at once
 //   (the way for callers without an event loop, such as the command line);
+//   several workers may be in the callback at the same time;
 // - as thumbnailReady, queued to the owner's thread.
 // After stop() no callback starts and no thumbnailReady is emitted any more,
 // even for items already under way or already queued: stale work is dropped.

@@ -14,6 +14,7 @@
 #include <optional>
 
 #include <jpeglib.h>
+#include <jerror.h>
 
 namespace tarnby::imaging {
 
@@ -191,7 +192,14 @@ void jpegErrorExit(j_common_ptr cinfo)
     std::longjmp(error->jump, 1);
 }
 
-void jpegQuiet(j_common_ptr, int) {}
+// Warnings are not printed. A file that ends early is refused rather than
+// shown with a grey tail: otherwise a few bytes claiming a huge picture would
+// make the decoder fill the whole of it.
+void jpegMessage(j_common_ptr cinfo, int level)
+{
+    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
+        (*cinfo->err->error_exit)(cinfo);
+}
 
 enum class JpegOutcome { Decoded, Failed, NotHandled };
 
@@ -205,7 +213,7 @@ JpegOutcome decodeJpeg(const uchar *data, qsizetype size, int box, QImage *out, 
     JpegError error;
     cinfo.err = jpeg_std_error(&error.pub);
     error.pub.error_exit = jpegErrorExit;
-    error.pub.emit_message = jpegQuiet;
+    error.pub.emit_message = jpegMessage;
     error.message[0] = 0;
     QImage image;
     if (setjmp(error.jump)) {

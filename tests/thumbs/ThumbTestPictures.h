@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+// Pictures the thumbnail tests make for themselves.
+namespace thumbtest {
+
+// Four coloured quadrants (red, green / blue, white) with a soft gradient, so
+// that a swapped channel, a wrong turn or a wrong crop shows in the numbers.
+QImage quadrants(int width, int height);
+
+// Writes image to path in format ("JPEG", "PNG", "BMP"); false on failure.
+bool save(const QImage &image, const QString &path, const char *format, int quality = 92);
+
+// Mean absolute difference per channel (0-255) between two pictures of the
+// same size, alpha included; 255 when the sizes differ.
+double meanDifference(const QImage &a, const QImage &b);
+
+// Sets the file's modification time to secsSinceEpoch.
+bool setModified(const QString &path, qint64 secsSinceEpoch);
+
+} // namespace thumbtest
