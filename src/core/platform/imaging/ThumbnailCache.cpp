@@ -279,7 +279,7 @@ QByteArray encodeThumbnailPng(const QImage &source, const QList<QPair<QByteArray
     if (source.hasAlphaChannel()) {
         image = source.convertToFormat(QImage::Format_RGBA8888);
         colorType = PNG_COLOR_TYPE_RGB_ALPHA;
-    } else if (source.format() == QImage::Format_Grayscale8 || (source.isGrayscale() && source.depth() <= 8)) {
+    } else if (source.format() == QImage::Format_Grayscale8 || (source.depth() <= 8 && source.isGrayscale())) {
         image = source.convertToFormat(QImage::Format_Grayscale8);
         colorType = PNG_COLOR_TYPE_GRAY;
     } else {

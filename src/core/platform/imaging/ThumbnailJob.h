@@ -41,7 +41,11 @@ namespace tarnby::imaging {
 // whether the job ran to the end or was stopped.
 //
 // Costs: each item is one makeThumbnail() call; a stopped job still waits for
-// the items under way (one picture per worker) before wait() returns.
+// the items under way (one picture per worker) before wait() returns. Workers
+// that have not started yet cannot be taken back from the pool: they start
+// behind whatever else the pool is running, see the flag and return at once.
+// A view that must not wait behind unrelated work gives the job a pool of its
+// own with setThreadPool().
 class ThumbnailJob : public QObject
 {
     Q_OBJECT
