@@ -1,5 +1,6 @@
 #include "ThumbTestPictures.h"
 
+#include <QBuffer>
 #include <QDateTime>
 #include <QFile>
 #include <QImageWriter>
@@ -53,6 +54,45 @@ double meanDifference(const QImage &a, const QImage &b)
         }
     }
     return sum / (4.0 * x.width() * x.height());
+}
+
+QByteArray encode(const QImage &image, const char *format, int quality)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    writer.setQuality(quality);
+    return writer.write(image) ? bytes : QByteArray();
+}
+
+QByteArray jpegWithExif(const QImage &image, int orientation, const QByteArray &embedded)
+{
+    // Little-endian TIFF: IFD0 with the orientation, IFD1 pointing at the
+    // embedded JPEG, which follows right after.
+    QByteArray tiff;
+    const auto u16 = [&tiff](int v) { tiff.append(char(v & 0xFF)).append(char((v >> 8) & 0xFF)); };
+    const auto u32 = [&](quint32 v) { u16(int(v & 0xFFFF)); u16(int(v >> 16)); };
+    tiff.append("II");
+    u16(42);
+    u32(8);
+    u16(1); // IFD0 at 8
+    u16(0x0112); u16(3); u32(1); u16(orientation); u16(0);
+    u32(embedded.isEmpty() ? 0 : 26);
+    if (!embedded.isEmpty()) {
+        u16(2); // IFD1 at 26, the data at 56
+        u16(0x0201); u16(4); u32(1); u32(56);
+        u16(0x0202); u16(4); u32(1); u32(quint32(embedded.size()));
+        u32(0);
+        tiff.append(embedded);
+    }
+    QByteArray app1("\xFF\xE1", 2);
+    const int length = 2 + 6 + int(tiff.size());
+    app1.append(char(length >> 8)).append(char(length & 0xFF));
+    app1.append("Exif\0\0", 6);
+    app1.append(tiff);
+    QByteArray jpeg = encode(image, "JPEG");
+    return jpeg.left(2) + app1 + jpeg.mid(2);
 }
 
 bool setModified(const QString &path, qint64 secsSinceEpoch)

@@ -17,6 +17,12 @@ bool save(const QImage &image, const QString &path, const char *format, int qual
 // same size, alpha included; 255 when the sizes differ.
 double meanDifference(const QImage &a, const QImage &b);
 
+// A JPEG of image with an EXIF block inserted after its start marker: the
+// given orientation (1-8) and, unless embedded is empty, that JPEG as the
+// camera's own thumbnail.
+QByteArray jpegWithExif(const QImage &image, int orientation, const QByteArray &embedded);
+QByteArray encode(const QImage &image, const char *format, int quality = 92);
+
 // Sets the file's modification time to secsSinceEpoch.
 bool setModified(const QString &path, qint64 secsSinceEpoch);
 

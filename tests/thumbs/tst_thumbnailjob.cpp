@@ -28,7 +28,6 @@ private slots:
     void everyItemReportedOnce();
     void stopDropsTheRest();
     void destroyedWhileRunning();
-    void waitWithoutStart();
 
 private:
     QStringList pictures(int count, int width, int height);
@@ -219,14 +218,6 @@ void TestThumbnailJob::destroyedWhileRunning()
     QCOMPARE(calls, callsAtDestruction);
     QVERIFY(calls < paths.size());
     QCoreApplication::processEvents(); // queued results to a dead job are discarded
-}
-
-void TestThumbnailJob::waitWithoutStart()
-{
-    ThumbnailJob job({QStringLiteral("/nonexistent.jpg")}, 64);
-    QVERIFY(job.wait(0));
-    QVERIFY(!job.isFinished());
-    QCOMPARE(job.completedCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestThumbnailJob)

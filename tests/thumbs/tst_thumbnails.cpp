@@ -51,6 +51,8 @@ private slots:
     void fixturesMatchQtReader_data();
     void fixturesMatchQtReader();
     void neverLargerThanPicture();
+    void exifThumbnailAndOrientation_data();
+    void exifThumbnailAndOrientation();
 
     void concurrentWritersNeverExposeHalfAFile();
     void manyThreadsOnOneFile();
@@ -468,6 +470,61 @@ void TestThumbnails::neverLargerThanPicture()
     const ThumbnailResult smaller = makeThumbnail(path, 200, ThumbnailOption::EncodedOnly);
     QVERIFY(smaller.fromCache);
     QVERIFY(!smaller.encoded.isEmpty());
+}
+
+void TestThumbnails::exifThumbnailAndOrientation_data()
+{
+    QTest::addColumn<QSize>("pictureSize");
+    QTest::addColumn<QSize>("embeddedSize"); // empty: no embedded thumbnail
+    QTest::addColumn<int>("orientation");
+    QTest::addColumn<int>("box");
+    QTest::addColumn<QSize>("expected");
+    QTest::addColumn<QColor>("topLeft");
+
+    // The embedded thumbnail is plain magenta, unlike the picture, so the
+    // colour tells which one was used.
+    const QColor magenta(255, 0, 255), red(220, 20, 20), blue(20, 20, 210), white(235, 235, 235);
+    QTest::newRow("embedded thumbnail covers the box") << QSize(1600, 1200) << QSize(160, 120) << 1 << 128
+                                                       << QSize(128, 96) << magenta;
+    QTest::newRow("embedded thumbnail too small") << QSize(1600, 1200) << QSize(160, 120) << 1 << 256
+                                                  << QSize(256, 192) << red;
+    QTest::newRow("embedded thumbnail padded to 4:3") << QSize(1600, 900) << QSize(160, 120) << 1 << 128
+                                                      << QSize(128, 72) << red;
+    QTest::newRow("orientation 6 with embedded thumbnail") << QSize(1600, 1200) << QSize(160, 120) << 6 << 128
+                                                           << QSize(96, 128) << magenta;
+    QTest::newRow("orientation 6 turns a quarter clockwise") << QSize(1600, 1200) << QSize() << 6 << 256
+                                                             << QSize(192, 256) << blue;
+    QTest::newRow("orientation 3 turns a half") << QSize(1600, 1200) << QSize() << 3 << 256 << QSize(256, 192)
+                                                << white;
+    QTest::newRow("orientation 8 turns a quarter back") << QSize(1600, 1200) << QSize() << 8 << 256
+                                                        << QSize(192, 256) << QColor(20, 200, 20);
+}
+
+void TestThumbnails::exifThumbnailAndOrientation()
+{
+    QFETCH(QSize, pictureSize);
+    QFETCH(QSize, embeddedSize);
+    QFETCH(int, orientation);
+    QFETCH(int, box);
+    QFETCH(QSize, expected);
+    QFETCH(QColor, topLeft);
+    QByteArray embedded;
+    if (!embeddedSize.isEmpty()) {
+        QImage small(embeddedSize, QImage::Format_RGB32);
+        small.fill(QColor(255, 0, 255));
+        embedded = thumbtest::encode(small, "JPEG");
+    }
+    const QString path = m_files->createFile(
+        "camera.jpg", thumbtest::jpegWithExif(thumbtest::quadrants(pictureSize.width(), pictureSize.height()),
+                                              orientation, embedded));
+    const ThumbnailResult result = renderThumbnail(path, box);
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QCOMPARE(result.image.size(), expected);
+    QCOMPARE(result.originalSize, orientation >= 5 ? pictureSize.transposed() : pictureSize);
+    const QColor seen = result.image.pixelColor(4, 4);
+    QVERIFY2(qAbs(seen.red() - topLeft.red()) < 40 && qAbs(seen.green() - topLeft.green()) < 40
+                 && qAbs(seen.blue() - topLeft.blue()) < 40,
+             qPrintable(seen.name()));
 }
 
 void TestThumbnails::concurrentWritersNeverExposeHalfAFile()
