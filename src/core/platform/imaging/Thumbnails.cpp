@@ -239,6 +239,8 @@ JpegOutcome decodeJpeg(const uchar *data, qsizetype size, int box, QImage *out, 
             break;
         }
     }
+    // FIXME: a progressive JPEG still has all its scans decoded; for a 1/8
+    // thumbnail the first (DC) scan would be enough and much cheaper.
     cinfo.scale_num = scale;
     cinfo.scale_denom = 8;
     if (scale < 8) {
@@ -322,8 +324,9 @@ JpegOutcome jpegThumbnail(const QString &path, int box, ThumbnailResult *result)
             const double aspect = double(facts.size.width()) / facts.size.height();
             const double smallAspect = double(smallSize.width()) / smallSize.height();
             if (qAbs(aspect - smallAspect) <= 0.02 * aspect) {
-                result->image = oriented(small.size() == needed ? small : small.scaled(needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation),
-                                         facts.orientation);
+                if (small.size() != needed)
+                    small = small.scaled(needed, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+                result->image = oriented(small, facts.orientation);
                 result->originalSize = (facts.orientation >= 5) ? facts.size.transposed() : facts.size;
                 return JpegOutcome::Decoded;
             }
