@@ -65,13 +65,27 @@ WORK="$BENCH_DIR/run"
 rm -rf "$WORK"; mkdir -p "$WORK"
 per_process=$(( (N + CORES - 1) / CORES ))
 
-# Runs a command once and prints its wall time in seconds.
-seconds() {
-  local start end
+# Runs a command once and prints its wall time and the processor time (user
+# and system, of every process it started) in seconds. On a busy machine the
+# processor time is the steadier figure: wall time then depends on how many
+# threads each program puts in the scheduler's queue.
+children_cpu() { # sets CPU
+  # Not in a pipeline or $(...): those run the builtin in a new subshell,
+  # which has no children of its own.
+  times > "$WORK/.times"
+  CPU=$(tail -1 "$WORK/.times" | awk '
+    function s(x, p) { split(x, p, "m"); sub("s", "", p[2]); return p[1] * 60 + p[2] }
+    { printf "%.3f", s($1) + s($2) }')
+}
+measure() {
+  local start end cpu0
+  children_cpu
+  cpu0=$CPU
   start=$(date +%s.%N)
   "$@" >/dev/null
   end=$(date +%s.%N)
-  awk -v a="$start" -v b="$end" 'BEGIN { printf "%.3f", b - a }' 
+  children_cpu
+  awk -v a="$start" -v b="$end" -v c="$cpu0" -v d="$CPU" 'BEGIN { printf "%.3f %.3f\n", b - a, d - c }'
 }
 
 count_png() { find "$1" -name '*.png' | wc -l; }
@@ -83,13 +97,13 @@ echo "Machine: $(nproc) cores, pinned to $CORES; load before: $(cut -d' ' -f1-3 
 
 mkdir -p "$WORK/tarnby"
 export XDG_CACHE_HOME="$WORK/cache"
-t_cold=$(seconds "$CLI" thumbs "$PHOTOS" "$WORK/tarnby" --size "$SIZE")
+read -r t_cold c_cold < <(measure "$CLI" thumbs "$PHOTOS" "$WORK/tarnby" --size "$SIZE")
 [ "$(count_png "$WORK/tarnby")" -eq "$N" ] || { echo "tarnby-cli wrote $(count_png "$WORK/tarnby") of $N" >&2; exit 1; }
 rm -rf "$WORK/tarnby"; mkdir -p "$WORK/tarnby"
-t_warm=$(seconds "$CLI" thumbs "$PHOTOS" "$WORK/tarnby" --size "$SIZE")
+read -r t_warm c_warm < <(measure "$CLI" thumbs "$PHOTOS" "$WORK/tarnby" --size "$SIZE")
 [ "$(count_png "$WORK/tarnby")" -eq "$N" ] || { echo "warm run wrote too few" >&2; exit 1; }
 mkdir -p "$WORK/tarnby-nocache"
-t_nocache=$(seconds "$CLI" thumbs "$PHOTOS" "$WORK/tarnby-nocache" --size "$SIZE" --no-cache)
+read -r t_nocache c_nocache < <(measure "$CLI" thumbs "$PHOTOS" "$WORK/tarnby-nocache" --size "$SIZE" --no-cache)
 
 # vipsthumbnail takes many files per process but works through them one by
 # one, so the list is split over one process per core.
@@ -98,7 +112,7 @@ vips_run() {
   find "$PHOTOS" -maxdepth 1 -name '*.jpg' -print0 |
     xargs -0 -P "$CORES" -n "$per_process" vipsthumbnail --size "$SIZE" -o "$WORK/vips/%s.png[compression=1]"
 }
-t_vips=$(seconds vips_run)
+read -r t_vips c_vips < <(measure vips_run)
 [ "$(count_png "$WORK/vips")" -eq "$N" ] || { echo "vipsthumbnail wrote $(count_png "$WORK/vips") of $N" >&2; exit 1; }
 
 # ImageMagick: mogrify is convert applied to many files in one process, with
@@ -109,17 +123,19 @@ magick_run() {
     xargs -0 -P "$CORES" -n "$per_process" "$MOGRIFY" -path "$WORK/magick" -format png \
       -define "jpeg:size=$((SIZE * 2))x$((SIZE * 2))" -thumbnail "${SIZE}x${SIZE}" -define png:compression-level=1
 }
-t_magick=$(seconds magick_run)
+read -r t_magick c_magick < <(measure magick_run)
 [ "$(count_png "$WORK/magick")" -eq "$N" ] || { echo "ImageMagick wrote $(count_png "$WORK/magick") of $N" >&2; exit 1; }
 
 echo "Load after: $(cut -d' ' -f1-3 /proc/loadavg)"
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
-printf '%-40s %8.3f s\n' "tarnby-cli thumbs, cold cache" "$t_cold" \
-  "tarnby-cli thumbs, warm cache" "$t_warm" \
-  "tarnby-cli thumbs --no-cache" "$t_nocache" \
-  "vipsthumbnail ($CORES processes)" "$t_vips" \
-  "ImageMagick mogrify ($CORES processes)" "$t_magick"
-echo "vipsthumbnail / tarnby cold:   $(ratio "$t_vips" "$t_cold")  (goal: at least 1.20)"
-echo "vipsthumbnail / tarnby no-cache: $(ratio "$t_vips" "$t_nocache")"
-echo "ImageMagick / tarnby cold:     $(ratio "$t_magick" "$t_cold")"
-echo "warm cache, $N pictures:       ${t_warm} s  (goal: under 0.3 s)"
+printf '%-40s %9s %9s\n' "" "wall" "processor"
+printf '%-40s %8.3fs %8.3fs\n' "tarnby-cli thumbs, cold cache" "$t_cold" "$c_cold" \
+  "tarnby-cli thumbs, warm cache" "$t_warm" "$c_warm" \
+  "tarnby-cli thumbs --no-cache" "$t_nocache" "$c_nocache" \
+  "vipsthumbnail ($CORES processes)" "$t_vips" "$c_vips" \
+  "ImageMagick mogrify ($CORES processes)" "$t_magick" "$c_magick"
+echo "Ratios (other / tarnby cold; goal against vipsthumbnail: at least 1.20):"
+echo "  vipsthumbnail: wall $(ratio "$t_vips" "$t_cold"), processor $(ratio "$c_vips" "$c_cold")"
+echo "  ImageMagick:   wall $(ratio "$t_magick" "$t_cold"), processor $(ratio "$c_magick" "$c_cold")"
+echo "  vipsthumbnail / tarnby --no-cache: wall $(ratio "$t_vips" "$t_nocache"), processor $(ratio "$c_vips" "$c_nocache")"
+echo "Warm cache, $N pictures: ${t_warm} s wall (goal: under 0.3 s)"
