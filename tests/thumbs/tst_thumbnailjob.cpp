@@ -3,7 +3,10 @@
 
 #include "platform/imaging/ThumbnailJob.h"
 
+#include <QDeadlineTimer>
 #include <QMutex>
+#include <QSemaphore>
+#include <QThread>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
@@ -199,24 +202,33 @@ void TestThumbnailJob::stopDropsTheRest()
 
 void TestThumbnailJob::destroyedWhileRunning()
 {
-    const QStringList paths = pictures(60, 1200, 900);
+    const QStringList paths = pictures(60, 320, 240);
     QThreadPool pool;
-    pool.setMaxThreadCount(2);
+    pool.setMaxThreadCount(1);
     std::atomic<int> calls{0};
+    QSemaphore thirdDone;
     {
         ThumbnailJob job(paths, 128);
         job.setThreadPool(&pool);
         job.setOptions(ThumbnailOption::NoCache);
-        job.setCallback([&calls](const ThumbnailJob::Item &) { ++calls; });
+        // The worker holds on inside its third callback until the job is
+        // stopped, so the job is certainly destroyed in the middle of its run.
+        job.setCallback([&](const ThumbnailJob::Item &) {
+            if (++calls == 3) {
+                thirdDone.release();
+                QDeadlineTimer patience(10000);
+                while (!job.isStopped() && !patience.hasExpired())
+                    QThread::msleep(1);
+            }
+        });
         job.start();
-        QTest::qWait(20);
+        QVERIFY(thirdDone.tryAcquire(1, 10000));
     }
-    // The destructor stopped the job and waited for its workers: no callback
-    // comes after it, and the pool's threads are free at once.
-    const int callsAtDestruction = calls;
+    // The destructor stopped the job and waited for its worker: nothing ran
+    // after it, and the pool's thread is free at once.
+    QCOMPARE(calls.load(), 3);
     QVERIFY(pool.waitForDone(5000));
-    QCOMPARE(calls, callsAtDestruction);
-    QVERIFY(calls < paths.size());
+    QCOMPARE(calls.load(), 3);
     QCoreApplication::processEvents(); // queued results to a dead job are discarded
 }
 

@@ -539,15 +539,23 @@ void TestThumbnails::concurrentWritersNeverExposeHalfAFile()
         for (int x = 0; x < big.width(); ++x)
             big.setPixel(x, y, big.pixel(x, y) ^ ((x * 7919 + y * 104729) & 0x3F3F3F));
 
+    QThreadPool pool; // two threads whatever the machine: the writer waits for the reader
+    pool.setMaxThreadCount(2);
+    std::atomic<bool> readerStarted{false};
     std::atomic<bool> writing{true};
     std::atomic<int> reads{0};
     std::atomic<int> torn{0};
-    QFuture<void> writers = QtConcurrent::run([&] {
-        for (int i = 0; i < 60; ++i)
+    QFuture<void> writers = QtConcurrent::run(&pool, [&] {
+        while (!readerStarted)
+            QThread::yieldCurrentThread();
+        // Rewrite the entry until the reader has seen it a good number of
+        // times, however the two threads happen to be scheduled.
+        for (int i = 0; i < 60 || (reads < 20 && i < 3000); ++i)
             cache.store(source, 512, big, QSize(400, 300));
         writing = false;
     });
-    QFuture<void> reader = QtConcurrent::run([&] {
+    QFuture<void> reader = QtConcurrent::run(&pool, [&] {
+        readerStarted = true;
         while (writing) {
             QFile file(entryPath);
             if (!file.open(QIODevice::ReadOnly))
