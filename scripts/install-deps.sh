@@ -10,8 +10,9 @@ PACKAGES=(
   # Qt 6
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev qt6-image-formats-plugins qt6-svg-dev
   qt6-l10n-tools libqt6sql6-sqlite libqt6sql6-psql libgl-dev
-  # picture layer
-  libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev libtiff-dev
+  # picture layer (libjpeg and libpng: thumbnails decode and encode directly)
+  libjpeg62-turbo-dev libpng-dev libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev
+  libtiff-dev
   # tables, documents, archives, mail
   mdbtools-dev libfreexl-dev libwps-dev librevenge-dev libarchive-dev libvmime-dev
   qtkeychain-qt6-dev antiword catdoc
