@@ -1,10 +1,10 @@
-# tarnby_add_test(NAME SOURCES... [UI] [LIBS ...])
+# tarnby_add_test(NAME SOURCES... [UI] [LIBS ...] [TIMEOUT s] [ENV VAR=VALUE ...])
 #
 # Every test is a Qt Test executable that links the libraries (never the app's
 # sources), runs headless on the offscreen platform and finds the sample corpus
 # through TARNBY_FIXTURES. UI marks a test that needs the widget library.
 function(tarnby_add_test name)
-  cmake_parse_arguments(ARG "UI" "TIMEOUT" "LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "UI" "TIMEOUT" "LIBS;ENV" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE Qt6::Test tarnby_test_support ${ARG_LIBS})
   if(ARG_UI)
@@ -31,5 +31,7 @@ function(tarnby_add_test name)
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
     "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
     "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1")
+  # A test's own entries come last and win over the defaults above.
+  list(APPEND env ${ARG_ENV})
   set_tests_properties(${name} PROPERTIES ENVIRONMENT "${env}" TIMEOUT ${ARG_TIMEOUT})
 endfunction()

@@ -59,8 +59,10 @@ void TestDocument::picture()
 
 void TestDocument::largePictureGetsAnOverview()
 {
+    // A full palette, so that the file is written with 8 bits per pixel
+    // (with 16 colours or fewer the BMP writer chooses 4).
     QImage big(3000, 1500, QImage::Format_Indexed8);
-    big.setColorCount(2);
+    big.setColorCount(256);
     big.setColor(0, qRgb(0, 0, 255));
     big.setColor(1, qRgb(255, 255, 0));
     big.fill(1);

@@ -216,4 +216,4 @@ void TestThumbnailJob::modelKeepsToItsBudget()
 }
 
 QTEST_GUILESS_MAIN(TestThumbnailJob)
-#include "tst_thumbnailjob.moc"
+#include "tst_browserthumbnails.moc"
