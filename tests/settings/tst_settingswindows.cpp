@@ -705,6 +705,10 @@ void TestSettingsWindows::coloursAppliedWhenShown()
     QCOMPARE(list->palette().color(QPalette::Base), QColor(0x80, 0x80, 0x80));
     QCOMPARE(button->palette().color(QPalette::Button), QColor(3, 2, 1));
     QCOMPARE(button->palette().color(QPalette::ButtonText), QColor(Qt::green));
+    // A disabled control still looks disabled: its text is muted, not green.
+    const QColor disabledText = button->palette().color(QPalette::Disabled, QPalette::ButtonText);
+    QVERIFY(disabledText != QColor(Qt::green));
+    QCOMPARE(disabledText, QColor((0 + 3) / 2, (255 + 2) / 2, (0 + 1) / 2)); // green and the button colour RGB(3, 2, 1)
     for (QWidget *w : std::initializer_list<QWidget *>{label, option, edit, list, button})
         QVERIFY2(w->font().bold(), w->metaObject()->className());
 

@@ -40,8 +40,15 @@ void setColors(QWidget *w, const QColor &back, const QColor &text, bool bold)
     QPalette p = w->palette();
     for (QPalette::ColorRole role : {QPalette::Window, QPalette::Base, QPalette::Button, QPalette::AlternateBase})
         p.setColor(role, back);
-    for (QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        p.setColor(role, text);
+    // Disabled commands must still look disabled in the user's colours: their
+    // text is drawn halfway between the text and the background colour.
+    const QColor muted((text.red() + back.red()) / 2, (text.green() + back.green()) / 2,
+                       (text.blue() + back.blue()) / 2);
+    for (QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        p.setColor(QPalette::Active, role, text);
+        p.setColor(QPalette::Inactive, role, text);
+        p.setColor(QPalette::Disabled, role, muted);
+    }
     w->setPalette(p);
     QFont f = w->font();
     if (f.bold() != bold) {
