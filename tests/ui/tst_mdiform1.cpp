@@ -1,6 +1,7 @@
 #include "DocumentDouble.h"
 
 #include "app/AppState.h"
+#include "app/ProgramFolder.h"
 #include "services/ScriptedResponder.h"
 #include "services/UiServices.h"
 #include "shell/CommandBar.h"
@@ -13,6 +14,8 @@
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
+
+#include "TestDir.h"
 
 using namespace tarnby;
 using namespace tarnby::ui;
@@ -256,6 +259,11 @@ void TestMDIForm1::closingLastWindowEmptiesTheFrame()
 
 void TestMDIForm1::windowListMarksTheActiveWindow()
 {
+    // The check mark is the program folder's BMPS/Check.BMP.
+    TestDir home;
+    QStringList warnings;
+    seedProgramFolder(home.path(), &warnings);
+    m_state->programFolder = home.path();
     open(QStringLiteral("I"), 0, QStringLiteral("first.jpg"));
     open(QStringLiteral("T"), 0, QStringLiteral("second.txt"));
     QList<QAction *> entries;
@@ -267,7 +275,8 @@ void TestMDIForm1::windowListMarksTheActiveWindow()
     QCOMPARE(entries.at(0)->text(), QStringLiteral("first.jpg"));
     QVERIFY(!entries.at(0)->isChecked());
     QVERIFY(entries.at(1)->isChecked());
-    QVERIFY(!entries.at(1)->icon().isNull() || m_state->programFolder.isEmpty());
+    QVERIFY(!entries.at(1)->icon().isNull());
+    QVERIFY(entries.at(0)->icon().isNull());
 
     // Choosing the first entry activates that window, and the marks follow.
     entries.at(0)->trigger();
