@@ -6,6 +6,8 @@
 #include <QImageIOHandler>
 #include <QString>
 
+#include "platform/imaging/PictureLayer.h"
+
 class QIODevice;
 
 // Shared pieces of our own picture codecs: the limits every decoder obeys, a
@@ -13,8 +15,9 @@ class QIODevice;
 // of the handlers (error text and frame stepping).
 namespace tarnby::imaging::codecs {
 
-// A picture beyond this many pixels is refused before anything is allocated.
-inline constexpr qint64 MaxPixels = 256LL * 1024 * 1024;
+// A picture beyond the picture layer's pixel bound is refused before anything
+// is allocated; the codecs obey the same bound as every other route.
+using imaging::MaxPixels;
 // No file of these formats is legitimately larger than this; reading stops
 // with an error instead of pulling an unbounded stream into memory.
 inline constexpr qint64 MaxFileBytes = 256LL * 1024 * 1024;
