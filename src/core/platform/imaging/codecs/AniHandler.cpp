@@ -50,10 +50,7 @@ bool AniHandler::canRead(QIODevice *device)
 
 bool AniHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("ani");
-    return true;
+    return claim(canRead(device()), "ani");
 }
 
 bool AniHandler::supportsOption(ImageOption option) const

@@ -36,10 +36,7 @@ bool ClpHandler::canRead(QIODevice *device)
 
 bool ClpHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("clp");
-    return true;
+    return claim(canRead(device()), "clp");
 }
 
 bool ClpHandler::read(QImage *image)

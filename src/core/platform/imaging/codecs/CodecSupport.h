@@ -6,6 +6,8 @@
 #include <QImageIOHandler>
 #include <QString>
 
+#include <optional>
+
 #include "platform/imaging/PictureLayer.h"
 
 class QIODevice;
@@ -82,6 +84,21 @@ bool readAllBounded(QIODevice *device, QByteArray *data, QString *error);
 // The first count bytes of device without moving its read position.
 QByteArray peekBytes(QIODevice *device, qint64 count);
 
+// The header at the start of device, peeked (the read position stays), when
+// it parses and is valid. Header has a static Size, a static
+// parse(ByteCursor &) and isValid(). The peeked bytes live here, for as long
+// as the cursor that views them.
+template<typename Header>
+std::optional<Header> peekHeader(QIODevice *device)
+{
+    const QByteArray head = peekBytes(device, Header::Size);
+    ByteCursor cursor(head);
+    const Header header = Header::parse(cursor);
+    if (!cursor.ok() || !header.isValid())
+        return std::nullopt;
+    return header;
+}
+
 // Allocates image of size and format after checking the dimensions against
 // MaxPixels and Qt's own allocation limit; sets error on refusal.
 bool allocatePicture(QSize size, QImage::Format format, QImage *image, QString *error);
@@ -118,6 +135,14 @@ protected:
 
     bool fail(const QString &message);
     void clearError() { m_error.clear(); }
+    // canRead(): when the data was recognised, names the handler's format
+    // on it, as Qt expects of canRead().
+    bool claim(bool recognised, const char *format) const
+    {
+        if (recognised)
+            setFormat(format);
+        return recognised;
+    }
 
 private:
     QString m_error;

@@ -148,10 +148,7 @@ bool CutHandler::canRead(QIODevice *device)
 
 bool CutHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("cut");
-    return true;
+    return claim(canRead(device()), "cut");
 }
 
 bool CutHandler::supportsOption(ImageOption option) const
@@ -163,10 +160,8 @@ QVariant CutHandler::option(ImageOption option) const
 {
     if (option != Size)
         return {};
-    const QByteArray head = peekBytes(device(), Header::Size);
-    ByteCursor cursor(head);
-    const Header h = Header::parse(cursor);
-    return cursor.ok() && h.isValid() ? QVariant(QSize(h.width, h.height)) : QVariant();
+    const std::optional<Header> h = peekHeader<Header>(device());
+    return h ? QVariant(QSize(h->width, h->height)) : QVariant();
 }
 
 bool CutHandler::read(QImage *image)

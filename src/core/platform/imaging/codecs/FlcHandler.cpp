@@ -66,10 +66,7 @@ bool FlcHandler::canRead(QIODevice *device)
 
 bool FlcHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("flc");
-    return true;
+    return claim(canRead(device()), "flc");
 }
 
 bool FlcHandler::supportsOption(ImageOption option) const
@@ -84,14 +81,10 @@ QVariant FlcHandler::option(ImageOption option) const
         return true;
     case ImageFormat:
         return QImage::Format_Indexed8;
-    case Size: {
-        const QByteArray head = peekBytes(device(), Header::Size);
-    ByteCursor cursor(head);
-        const Header h = Header::parse(cursor);
-        if (cursor.ok() && h.isValid())
-            return QSize(h.width, h.height);
+    case Size:
+        if (const std::optional<Header> h = peekHeader<Header>(device()))
+            return QSize(h->width, h->height);
         return {};
-    }
     default:
         return {};
     }

@@ -42,18 +42,12 @@ bool GemImgHandler::Header::isValid() const
 
 bool GemImgHandler::canRead(QIODevice *device)
 {
-    const QByteArray head = peekBytes(device, Header::Size);
-    ByteCursor cursor(head);
-    const Header h = Header::parse(cursor);
-    return cursor.ok() && h.isValid();
+    return peekHeader<Header>(device).has_value();
 }
 
 bool GemImgHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("img");
-    return true;
+    return claim(canRead(device()), "img");
 }
 
 bool GemImgHandler::supportsOption(ImageOption option) const
@@ -65,10 +59,8 @@ QVariant GemImgHandler::option(ImageOption option) const
 {
     if (option != Size)
         return {};
-    const QByteArray head = peekBytes(device(), Header::Size);
-    ByteCursor cursor(head);
-    const Header h = Header::parse(cursor);
-    return cursor.ok() && h.isValid() ? QVariant(QSize(h.lineWidth, h.lines)) : QVariant();
+    const std::optional<Header> h = peekHeader<Header>(device());
+    return h ? QVariant(QSize(h->lineWidth, h->lines)) : QVariant();
 }
 
 bool GemImgHandler::read(QImage *image)

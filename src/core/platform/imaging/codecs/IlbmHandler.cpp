@@ -84,10 +84,7 @@ bool IlbmHandler::canRead(QIODevice *device)
 
 bool IlbmHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("iff");
-    return true;
+    return claim(canRead(device()), "iff");
 }
 
 bool IlbmHandler::supportsOption(ImageOption option) const

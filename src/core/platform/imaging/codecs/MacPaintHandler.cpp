@@ -64,10 +64,7 @@ bool MacPaintHandler::canRead(QIODevice *device)
 
 bool MacPaintHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("mac");
-    return true;
+    return claim(canRead(device()), "mac");
 }
 
 bool MacPaintHandler::supportsOption(ImageOption option) const

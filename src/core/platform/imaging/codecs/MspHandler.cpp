@@ -39,18 +39,12 @@ bool MspHandler::Header::checksumMatches() const
 
 bool MspHandler::canRead(QIODevice *device)
 {
-    const QByteArray head = peekBytes(device, Header::Size);
-    ByteCursor cursor(head);
-    const Header h = Header::parse(cursor);
-    return cursor.ok() && h.isValid();
+    return peekHeader<Header>(device).has_value();
 }
 
 bool MspHandler::canRead() const
 {
-    if (!canRead(device()))
-        return false;
-    setFormat("msp");
-    return true;
+    return claim(canRead(device()), "msp");
 }
 
 bool MspHandler::supportsOption(ImageOption option) const
@@ -63,11 +57,8 @@ QVariant MspHandler::option(ImageOption option) const
     if (option == ImageFormat)
         return QImage::Format_Mono;
     if (option == Size) {
-        const QByteArray head = peekBytes(device(), Header::Size);
-    ByteCursor cursor(head);
-        const Header h = Header::parse(cursor);
-        if (cursor.ok() && h.isValid())
-            return QSize(h.width, h.height);
+        if (const std::optional<Header> h = peekHeader<Header>(device()))
+            return QSize(h->width, h->height);
     }
     return {};
 }
