@@ -1,5 +1,7 @@
 #include "SetColor1.h"
 
+#include "services/DialogButtons.h"
+
 #include "WindowColorsApplier.h"
 #include "app/AppState.h"
 #include "services/UiServices.h"
@@ -95,22 +97,14 @@ SetColor1::SetColor1(AppState &state, UiServices &services, QWidget *parent)
     }
     layout->addLayout(grid);
 
-    auto *buttons = new QHBoxLayout;
-    auto *ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("OKBtn"));
+    const DialogButtons buttons = makeDialogButtons(this);
+    QPushButton *ok = buttons.ok;
+    QPushButton *cancel = buttons.cancel;
+    QPushButton *help = buttons.help;
     ok->setToolTip(QStringLiteral("Click OK to Select Program Colors"));
-    ok->setDefault(true);
-    auto *cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("CancelBtn"));
     cancel->setToolTip(QStringLiteral("Click Cancel to Close Color Selection Window"));
-    auto *help = new QPushButton(QStringLiteral("Help"), this);
-    help->setObjectName(QStringLiteral("HelpBtn"));
     help->setToolTip(QStringLiteral("Help with Program Color Selections"));
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    buttons->addWidget(help);
-    layout->addLayout(buttons);
+    layout->addLayout(buttons.row);
     connect(ok, &QPushButton::clicked, this, [this] {
         if (store())
             accept();

@@ -1,5 +1,7 @@
 #include "SetOptns1.h"
 
+#include "services/DialogButtons.h"
+
 #include "WindowColorsApplier.h"
 #include "app/AppState.h"
 #include "services/UiServices.h"
@@ -277,19 +279,11 @@ SetOptns1::SetOptns1(AppState &state, UiServices &services, QWidget *parent)
     }
     m_tabs->addTab(m_mailTab, QStringLiteral("E-Mail"));
 
-    auto *buttons = new QHBoxLayout;
-    auto *ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("OKBtn"));
-    ok->setDefault(true);
-    auto *cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("CancelBtn"));
-    auto *help = new QPushButton(QStringLiteral("Help"), this);
-    help->setObjectName(QStringLiteral("HelpBtn"));
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    buttons->addWidget(help);
-    layout->addLayout(buttons);
+    const DialogButtons buttons = makeDialogButtons(this);
+    QPushButton *ok = buttons.ok;
+    QPushButton *cancel = buttons.cancel;
+    QPushButton *help = buttons.help;
+    layout->addLayout(buttons.row);
     connect(ok, &QPushButton::clicked, this, [this] {
         if (store())
             accept();

@@ -4,6 +4,7 @@
 
 #include "app/AppState.h"
 #include "settings/WindowColorsApplier.h"
+#include "services/DialogButtons.h"
 #include "services/UiServices.h"
 #include "shell/FileOperations.h"
 
@@ -39,19 +40,11 @@ Rename1::Rename1(const QString &path, AppState &state, UiServices &services, QWi
     m_files->setObjectName(QStringLiteral("File1"));
     m_files->setSelectionMode(QAbstractItemView::NoSelection);
 
-    auto *ok = new QPushButton(QStringLiteral("OK"), this);
-    ok->setObjectName(QStringLiteral("OKBtn"));
-    ok->setDefault(true);
-    auto *cancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cancel->setObjectName(QStringLiteral("CancelBtn"));
-    auto *help = new QPushButton(QStringLiteral("Help"), this);
-    help->setObjectName(QStringLiteral("HelpBtn"));
-
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    buttons->addWidget(help);
+    const DialogButtons row = makeDialogButtons(this);
+    QPushButton *ok = row.ok;
+    QPushButton *cancel = row.cancel;
+    QPushButton *help = row.help;
+    QHBoxLayout *buttons = row.row;
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_label);
     layout->addWidget(new QLabel(QStringLiteral("New name:"), this));
