@@ -134,6 +134,34 @@ private slots:
         QVERIFY(qint64(result.picture.info.width) * result.picture.info.height >= 200'000'000);
     }
 
+    // The distribution's ImageMagick policy stops at 16K pixels a side; the
+    // formats read through ImageMagick still load up to the layer's own bound.
+    void magickFormatsBeyondSystemCaps_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("height");
+        QTest::newRow("wider than 16K") << 20000 << 3;
+        QTest::newRow("taller than 16K") << 3 << 20000;
+    }
+
+    void magickFormatsBeyondSystemCaps()
+    {
+        QFETCH(int, width);
+        QFETCH(int, height);
+        const int bytesPerLine = width + (width & 1);
+        QByteArray palette(768, '\0');
+        palette[0x11 * 3] = char(0xC0); // index 0x11 is a red
+        const QByteArray content = pcxHeader(width, height).left(128)
+            + QByteArray(qsizetype(bytesPerLine) * height, '\x11') + '\x0C' + palette;
+        TestDir dir;
+        const LoadResult result = loadPicture(dir.createFile(QStringLiteral("wide.pcx"), content));
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        QCOMPARE(result.picture.info.width, width);
+        QCOMPARE(result.picture.info.height, height);
+        const QImage &image = result.picture.frames.constFirst().image;
+        QCOMPARE(image.pixel(width - 1, height - 1), qRgb(0xC0, 0, 0));
+    }
+
     // PostScript is a programming language: a program that never ends, or
     // one that reaches for files, must not hold up or harm the program.
     void hostilePostScript_data()

@@ -2,6 +2,10 @@
 
 #include <Magick++.h>
 
+#include <QDir>
+#include <QSaveFile>
+#include <QStandardPaths>
+
 #include <memory>
 #include <mutex>
 
@@ -11,20 +15,69 @@ namespace {
 
 using namespace MagickCore;
 
+constexpr MagickSizeType GiB = MagickSizeType(1) << 30;
+constexpr MagickSizeType MemoryLimit = 2 * GiB;
+constexpr MagickSizeType MapLimit = 4 * GiB;
+constexpr MagickSizeType DiskLimit = 4 * GiB;
+
+// The distribution's policy caps every ImageMagick user at 128 megapixels and
+// 16K pixels a side, below the pictures this program promises to open, and a
+// program can only ever lower those caps. ImageMagick reads the folders of
+// MAGICK_CONFIGURE_PATH before the system's, and the first value found for a
+// resource wins, so a policy of our own that names only resource sizes (our
+// own bounds, which the picture layer checks before any pixel is decoded)
+// lifts the caps and leaves every coder and path rule of the system in force.
+QByteArray resourcePolicy()
+{
+    const std::pair<const char *, qulonglong> limits[] = {
+        {"width", 1 << 20},      {"height", 1 << 20},  {"area", qulonglong(MaxPixels)},
+        {"memory", MemoryLimit}, {"map", MapLimit},     {"disk", DiskLimit},
+    };
+    QByteArray xml = "<policymap>\n";
+    for (const auto &[name, value] : limits)
+        xml += QByteArray("  <policy domain=\"resource\" name=\"") + name + "\" value=\"" + QByteArray::number(value)
+            + "\"/>\n";
+    return xml + "</policymap>\n";
+}
+
+// Writes the policy into the cache folder and puts that folder first on
+// ImageMagick's search path. Without it the system's caps simply stay.
+void installResourcePolicy()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)
+        + QStringLiteral("/tarnby/imagemagick");
+    if (!QDir().mkpath(folder))
+        return;
+    const QString path = folder + QStringLiteral("/policy.xml");
+    const QByteArray wanted = resourcePolicy();
+    QFile current(path);
+    if (!current.open(QIODevice::ReadOnly) || current.read(wanted.size() + 1) != wanted) {
+        QSaveFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(wanted) != wanted.size() || !file.commit())
+            return;
+    }
+    QByteArray searchPath = QFile::encodeName(folder);
+    const QByteArray inherited = qgetenv("MAGICK_CONFIGURE_PATH");
+    if (!inherited.isEmpty())
+        searchPath += ':' + inherited;
+    qputenv("MAGICK_CONFIGURE_PATH", searchPath);
+}
+
 // ImageMagick keeps global state (coder registry, resource accounting) that
 // must be set up exactly once, before any thread uses it.
 void initialise()
 {
     static std::once_flag once;
     std::call_once(once, [] {
+        installResourcePolicy();
         Magick::InitializeMagick(nullptr);
-        // The system policy may set lower ceilings; these only ever tighten it.
+        // The policy may set lower ceilings; these only ever tighten it.
         SetMagickResourceLimit(WidthResource, 1 << 20);
         SetMagickResourceLimit(HeightResource, 1 << 20);
         SetMagickResourceLimit(AreaResource, MagickSizeType(MaxPixels));
-        SetMagickResourceLimit(MemoryResource, MagickSizeType(1) << 30);
-        SetMagickResourceLimit(MapResource, MagickSizeType(2) << 30);
-        SetMagickResourceLimit(DiskResource, MagickSizeType(2) << 30);
+        SetMagickResourceLimit(MemoryResource, MemoryLimit);
+        SetMagickResourceLimit(MapResource, MapLimit);
+        SetMagickResourceLimit(DiskResource, DiskLimit);
         SetMagickResourceLimit(ListLengthResource, 4096);
         // No TimeResource: ImageMagick measures it from the first use for the
         // life of the process and then exits the whole program.
@@ -97,7 +150,7 @@ QImage toQImage(const Image *image, ExceptionInfo *e)
     if (!ExportImagePixels(image, 0, 0, image->columns, image->rows, "BGRA", CharPixel, out.bits(), e))
         return {};
     if (!image->matte)
-        out = out.convertToFormat(QImage::Format_RGB32);
+        out = std::move(out).convertToFormat(QImage::Format_RGB32); // in place: no second copy
     if (image->x_resolution > 0 && image->y_resolution > 0) {
         const double toInch = image->units == PixelsPerCentimeterResolution ? 2.54 : 1.0;
         out.setDotsPerMeterX(qRound(image->x_resolution * toInch / 0.0254));
