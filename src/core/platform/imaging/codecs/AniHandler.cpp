@@ -53,56 +53,28 @@ bool AniHandler::canRead() const
     return claim(canRead(device()), "ani");
 }
 
-bool AniHandler::supportsOption(ImageOption option) const
+std::optional<QSize> AniHandler::headerSize() const
 {
-    return option == Animation || option == Size;
-}
-
-QVariant AniHandler::option(ImageOption option) const
-{
-    if (option == Animation)
-        return true;
-    if (option == Size && load() && m_header.iWidth > 0 && m_header.iHeight > 0 && m_header.iWidth < 65536
-        && m_header.iHeight < 65536)
+    if (load() && m_header.iWidth > 0 && m_header.iHeight > 0 && m_header.iWidth < 65536 && m_header.iHeight < 65536)
         return QSize(int(m_header.iWidth), int(m_header.iHeight));
-    return {};
+    return std::nullopt;
 }
 
-int AniHandler::frameCount() const
+QString AniHandler::index() const
 {
-    return load() ? int(m_steps.size()) : 0;
-}
-
-int AniHandler::frameDelay(int index) const
-{
-    return load() && index >= 0 && index < m_steps.size() ? m_steps[index].delayMs : 0;
-}
-
-bool AniHandler::load() const
-{
-    if (m_loaded)
-        return !m_loadFailed;
-    m_loaded = true;
-    m_loadFailed = true;
-    if (!readAllBounded(device(), &m_data, &m_loadError))
-        return false;
-
-    ByteCursor file(m_data);
+    const QByteArray &data = fileData();
+    ByteCursor file(data);
     const quint32 riff = file.u32le();
     const quint32 riffSize = file.u32le();
     const quint32 form = file.u32le();
-    if (!file.ok() || riff != fourCC("RIFF") || form != fourCC("ACON")) {
-        m_loadError = QStringLiteral("Not an animated cursor");
-        return false;
-    }
+    if (!file.ok() || riff != fourCC("RIFF") || form != fourCC("ACON"))
+        return QStringLiteral("Not an animated cursor");
     // The RIFF size is not trusted to mark the end: writers have been seen to
     // count it short, with the last frames lying beyond it. Chunks are read
     // as far as the file goes; a file shorter than its RIFF size is cut off.
-    const qsizetype end = m_data.size();
-    if (qsizetype(riffSize) + 8 > m_data.size()) {
-        m_loadError = QStringLiteral("The animated cursor is truncated");
-        return false;
-    }
+    const qsizetype end = data.size();
+    if (qsizetype(riffSize) + 8 > data.size())
+        return QStringLiteral("The animated cursor is truncated");
 
     bool haveHeader = false;
     QList<quint32> rates;
@@ -111,17 +83,13 @@ bool AniHandler::load() const
         const qsizetype chunkStart = file.pos();
         const quint32 id = file.u32le();
         const quint32 size = file.u32le();
-        if (qsizetype(size) > end - file.pos()) {
-            m_loadError = QStringLiteral("The animated cursor is truncated");
-            return false;
-        }
+        if (qsizetype(size) > end - file.pos())
+            return QStringLiteral("The animated cursor is truncated");
         ByteCursor chunk(file.bytes(size));
         if (id == fourCC("anih")) {
             m_header = AniHeader::parse(chunk);
-            if (!chunk.ok()) {
-                m_loadError = QStringLiteral("The animated cursor header is too short");
-                return false;
-            }
+            if (!chunk.ok())
+                return QStringLiteral("The animated cursor header is too short");
             haveHeader = true;
         } else if (id == fourCC("rate") || id == fourCC("seq ")) {
             QList<quint32> &list = id == fourCC("rate") ? rates : sequence;
@@ -137,16 +105,12 @@ bool AniHandler::load() const
                 while (chunk.remaining() >= 8) {
                     const quint32 subId = chunk.u32le();
                     const quint32 subSize = chunk.u32le();
-                    if (qsizetype(subSize) > chunk.remaining()) {
-                        m_loadError = QStringLiteral("The animated cursor is truncated in its frames");
-                        return false;
-                    }
+                    if (qsizetype(subSize) > chunk.remaining())
+                        return QStringLiteral("The animated cursor is truncated in its frames");
                     const QByteArrayView bytes = chunk.bytes(subSize);
                     if (frames && subId == fourCC("icon")) {
-                        if (m_icons.size() >= MaxFrames) {
-                            m_loadError = QStringLiteral("The animated cursor has too many frames");
-                            return false;
-                        }
+                        if (m_icons.size() >= MaxFrames)
+                            return QStringLiteral("The animated cursor has too many frames");
                         m_icons.append(bytes);
                     }
                     if (subSize & 1)
@@ -160,56 +124,41 @@ bool AniHandler::load() const
             file.skip(qMin<qsizetype>(1, file.remaining()));
     }
 
-    if (!haveHeader) {
-        m_loadError = QStringLiteral("The animated cursor has no header");
-        return false;
-    }
+    if (!haveHeader)
+        return QStringLiteral("The animated cursor has no header");
     if (!m_header.isValid()) {
-        m_loadError = QStringLiteral("The animated cursor header is not valid (%1 frames, %2 steps)")
-                          .arg(m_header.nFrames)
-                          .arg(m_header.nSteps);
-        return false;
+        return QStringLiteral("The animated cursor header is not valid (%1 frames, %2 steps)")
+            .arg(m_header.nFrames)
+            .arg(m_header.nSteps);
     }
-    if (!(m_header.bfAttributes & AniHeader::AfIcon)) {
-        m_loadError = QStringLiteral("The animated cursor stores raw frames, which are not supported");
-        return false;
-    }
+    if (!(m_header.bfAttributes & AniHeader::AfIcon))
+        return QStringLiteral("The animated cursor stores raw frames, which are not supported");
     if (m_icons.size() < qsizetype(m_header.nFrames)) {
-        m_loadError = QStringLiteral("The animated cursor holds %1 of its %2 frames")
-                          .arg(m_icons.size())
-                          .arg(m_header.nFrames);
-        return false;
+        return QStringLiteral("The animated cursor holds %1 of its %2 frames")
+            .arg(m_icons.size())
+            .arg(m_header.nFrames);
     }
 
     const int steps = m_header.nSteps > 0 ? int(m_header.nSteps) : int(m_header.nFrames);
     const bool useSequence = !sequence.isEmpty();
-    if (useSequence && sequence.size() < steps) {
-        m_loadError = QStringLiteral("The animated cursor's step sequence is short");
-        return false;
-    }
+    if (useSequence && sequence.size() < steps)
+        return QStringLiteral("The animated cursor's step sequence is short");
     for (int s = 0; s < steps; ++s) {
-        Step step;
-        step.frame = useSequence ? int(qMin<quint32>(sequence[s], quint32(MaxFrames))) : s % int(m_header.nFrames);
-        if (step.frame >= int(m_header.nFrames)) {
-            m_loadError = QStringLiteral("The animated cursor's step %1 names a missing frame").arg(s + 1);
-            return false;
-        }
-        step.delayMs = jiffiesToMs(s < rates.size() ? rates[s] : m_header.iDispRate);
-        m_steps.append(step);
+        const int icon = useSequence ? int(qMin<quint32>(sequence[s], quint32(MaxFrames))) : s % int(m_header.nFrames);
+        if (icon >= int(m_header.nFrames))
+            return QStringLiteral("The animated cursor's step %1 names a missing frame").arg(s + 1);
+        m_stepIcons.append(icon);
+        addFrame(jiffiesToMs(s < rates.size() ? rates[s] : m_header.iDispRate));
     }
-    m_loadFailed = false;
-    return true;
+    return {};
 }
 
 bool AniHandler::read(QImage *image)
 {
-    clearError();
-    if (!load())
-        return fail(m_loadError);
-    const int index = takeFrame();
-    if (index < 0)
+    const int step = beginFrame();
+    if (step < 0)
         return false;
-    const QByteArrayView icon = m_icons[m_steps[index].frame];
+    const QByteArrayView icon = m_icons[m_stepIcons[step]];
     QByteArray bytes = icon.toByteArray();
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::ReadOnly);
@@ -219,7 +168,7 @@ bool AniHandler::read(QImage *image)
     QImage frame = reader.read();
     if (frame.isNull())
         return fail(QStringLiteral("Frame %1 of the animated cursor cannot be read: %2")
-                        .arg(m_steps[index].frame + 1)
+                        .arg(m_stepIcons[step] + 1)
                         .arg(reader.errorString()));
     noteFileBits(&frame, m_header.iBitCount > 0 && m_header.iBitCount <= 32 ? int(m_header.iBitCount) : frame.depth());
     *image = frame;

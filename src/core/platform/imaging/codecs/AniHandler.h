@@ -10,7 +10,7 @@ namespace tarnby::imaging::codecs {
 // resource decoded by Qt's own icon reader; the animation runs through the
 // steps of the "seq " chunk (or the frames in order) with the delays of the
 // "rate" chunk or the header, given in jiffies of 1/60 s.
-class AniHandler : public OwnHandler
+class AniHandler : public AnimationHandler
 {
 public:
     struct AniHeader { // anih
@@ -33,30 +33,17 @@ public:
 
     bool canRead() const override;
     bool read(QImage *image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     static bool canRead(QIODevice *device);
 
 protected:
-    int frameCount() const override;
-    int frameDelay(int index) const override;
+    std::optional<QSize> headerSize() const override;
+    QString index() const override;
 
 private:
-    struct Step {
-        int frame = 0;
-        int delayMs = 0;
-    };
-
-    bool load() const;
-
-    mutable bool m_loaded = false;
-    mutable bool m_loadFailed = false;
-    mutable QString m_loadError;
-    mutable QByteArray m_data;
     mutable AniHeader m_header;
     mutable QList<QByteArrayView> m_icons;
-    mutable QList<Step> m_steps;
+    mutable QList<int> m_stepIcons; // the icon each step shows
 };
 
 } // namespace tarnby::imaging::codecs

@@ -41,13 +41,9 @@ bool ClpHandler::canRead() const
 
 bool ClpHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
-    QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
+    if (!readWholePicture(&data))
+        return false;
 
     ByteCursor cursor(data);
     const FileHeader header = FileHeader::parse(cursor);

@@ -176,6 +176,71 @@ bool OwnHandler::fail(const QString &message)
     return false;
 }
 
+bool OwnHandler::supportsOption(ImageOption option) const
+{
+    return option == Size || (option == ImageFormat && fixedFormat() != QImage::Format_Invalid)
+        || (option == Animation && isAnimation());
+}
+
+QVariant OwnHandler::option(ImageOption option) const
+{
+    switch (option) {
+    case Size:
+        if (const std::optional<QSize> size = headerSize())
+            return *size;
+        return {};
+    case ImageFormat:
+        return fixedFormat() != QImage::Format_Invalid ? QVariant(int(fixedFormat())) : QVariant();
+    case Animation:
+        return isAnimation();
+    default:
+        return {};
+    }
+}
+
+bool OwnHandler::readWholePicture(QByteArray *data)
+{
+    clearError();
+    if (takeFrame() < 0)
+        return false;
+    QString error;
+    if (!readAllBounded(device(), data, &error))
+        return fail(error);
+    return true;
+}
+
+bool AnimationHandler::load() const
+{
+    if (!m_loaded) {
+        m_loaded = true;
+        if (readAllBounded(device(), &m_data, &m_loadError))
+            m_loadError = index();
+        if (!m_loadError.isEmpty())
+            m_delays.clear();
+    }
+    return m_loadError.isEmpty();
+}
+
+int AnimationHandler::frameCount() const
+{
+    return load() ? int(m_delays.size()) : 0;
+}
+
+int AnimationHandler::frameDelay(int index) const
+{
+    return load() && index >= 0 && index < m_delays.size() ? m_delays[index] : 0;
+}
+
+int AnimationHandler::beginFrame()
+{
+    clearError();
+    if (!load()) {
+        fail(m_loadError);
+        return -1;
+    }
+    return takeFrame();
+}
+
 } // namespace tarnby::imaging::codecs
 
 namespace tarnby::imaging::codecs {

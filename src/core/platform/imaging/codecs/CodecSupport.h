@@ -122,8 +122,24 @@ public:
     bool jumpToImage(int imageNumber) override;
     int nextImageDelay() const override;
     int loopCount() const override { return frameCount() > 1 ? -1 : 0; }
+    // Size when headerSize() knows it, ImageFormat when fixedFormat() names
+    // one, Animation for the animation readers.
+    bool supportsOption(ImageOption option) const override;
+    QVariant option(ImageOption option) const override;
 
 protected:
+    // The picture's size as its header gives it, found without decoding.
+    virtual std::optional<QSize> headerSize() const { return std::nullopt; }
+    // The one image format read() produces, or Format_Invalid when that
+    // depends on the file.
+    virtual QImage::Format fixedFormat() const { return QImage::Format_Invalid; }
+    virtual bool isAnimation() const { return false; }
+
+    // The start of read() for a format that holds one picture: clears the
+    // error, takes the only frame and reads the whole file (bounded) into
+    // data. False, with the error set, when there is nothing to read.
+    bool readWholePicture(QByteArray *data);
+
     // Number of frames; 1 for still pictures. May parse the header on demand.
     virtual int frameCount() const { return 1; }
     // Delay of frame index in milliseconds.
@@ -149,6 +165,35 @@ private:
     int m_nextFrame = 0;
     int m_lastRead = -1;
     bool m_readSinceJump = false;
+};
+
+// The base of our animation readers. The whole file is read and indexed
+// once, on first need; read() then decodes the frame beginFrame() names.
+class AnimationHandler : public OwnHandler
+{
+protected:
+    bool isAnimation() const override { return true; }
+    int frameCount() const final;
+    int frameDelay(int index) const final;
+
+    // Reads the file and indexes it once; false when it is not usable.
+    bool load() const;
+    // The start of read(): the frame to decode now, or -1 with the error set.
+    int beginFrame();
+    // The whole file; valid from the call to index() on.
+    const QByteArray &fileData() const { return m_data; }
+
+    // Indexes fileData() into the reader's own frame list, calling addFrame()
+    // for each frame in playing order. Returns why the file cannot be used,
+    // or an empty text when it can.
+    virtual QString index() const = 0;
+    void addFrame(int delayMs) const { m_delays.append(delayMs); }
+
+private:
+    mutable bool m_loaded = false;
+    mutable QString m_loadError; // empty when the file is usable
+    mutable QByteArray m_data;
+    mutable QList<int> m_delays;
 };
 
 } // namespace tarnby::imaging::codecs

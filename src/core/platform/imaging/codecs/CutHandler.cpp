@@ -151,28 +151,18 @@ bool CutHandler::canRead() const
     return claim(canRead(device()), "cut");
 }
 
-bool CutHandler::supportsOption(ImageOption option) const
+std::optional<QSize> CutHandler::headerSize() const
 {
-    return option == Size;
-}
-
-QVariant CutHandler::option(ImageOption option) const
-{
-    if (option != Size)
-        return {};
-    const std::optional<Header> h = peekHeader<Header>(device());
-    return h ? QVariant(QSize(h->width, h->height)) : QVariant();
+    if (const std::optional<Header> h = peekHeader<Header>(device()))
+        return QSize(h->width, h->height);
+    return std::nullopt;
 }
 
 bool CutHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
-    QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
+    if (!readWholePicture(&data))
+        return false;
 
     ByteCursor cursor(data);
     const Header h = Header::parse(cursor);
@@ -186,6 +176,7 @@ bool CutHandler::read(QImage *image)
         return fail(QStringLiteral("The Dr. Halo picture is truncated"));
 
     QImage result;
+    QString error;
     if (!allocatePicture(QSize(h.width, h.height), QImage::Format_Indexed8, &result, &error))
         return fail(error);
 

@@ -51,10 +51,11 @@ public:
     bool canRead() const override;
     bool read(QImage *image) override;
     bool write(const QImage &image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     static bool canRead(QIODevice *device);
+
+protected:
+    std::optional<QSize> headerSize() const override;
 
     // The colours of a palette file's contents; empty when they are not a
     // valid palette.

@@ -69,77 +69,39 @@ bool FlcHandler::canRead() const
     return claim(canRead(device()), "flc");
 }
 
-bool FlcHandler::supportsOption(ImageOption option) const
+std::optional<QSize> FlcHandler::headerSize() const
 {
-    return option == Size || option == Animation || option == ImageFormat;
+    if (const std::optional<Header> h = peekHeader<Header>(device()))
+        return QSize(h->width, h->height);
+    return std::nullopt;
 }
 
-QVariant FlcHandler::option(ImageOption option) const
+QString FlcHandler::index() const
 {
-    switch (option) {
-    case Animation:
-        return true;
-    case ImageFormat:
-        return QImage::Format_Indexed8;
-    case Size:
-        if (const std::optional<Header> h = peekHeader<Header>(device()))
-            return QSize(h->width, h->height);
-        return {};
-    default:
-        return {};
-    }
-}
-
-int FlcHandler::frameCount() const
-{
-    return load() ? int(m_frames.size()) : 0;
-}
-
-int FlcHandler::frameDelay(int index) const
-{
-    return load() && index >= 0 && index < m_frames.size() ? m_frames[index].delayMs : 0;
-}
-
-bool FlcHandler::load() const
-{
-    if (m_loaded)
-        return !m_loadFailed;
-    m_loaded = true;
-    m_loadFailed = true;
-    if (!readAllBounded(device(), &m_data, &m_loadError))
-        return false;
-    ByteCursor cursor(m_data);
+    const QByteArray &data = fileData();
+    ByteCursor cursor(data);
     m_header = Header::parse(cursor);
-    if (!cursor.ok()) {
-        m_loadError = QStringLiteral("The flic file is shorter than its header");
-        return false;
-    }
-    if (m_header.magic != Header::MagicFli && m_header.magic != Header::MagicFlc) {
-        m_loadError = QStringLiteral("Not a flic animation");
-        return false;
-    }
+    if (!cursor.ok())
+        return QStringLiteral("The flic file is shorter than its header");
+    if (m_header.magic != Header::MagicFli && m_header.magic != Header::MagicFlc)
+        return QStringLiteral("Not a flic animation");
     if (!m_header.isValid()) {
-        m_loadError = QStringLiteral("The flic header is not valid (%1 x %2, %3 frames, depth %4)")
-                          .arg(m_header.width)
-                          .arg(m_header.height)
-                          .arg(m_header.frames)
-                          .arg(m_header.depth);
-        return false;
+        return QStringLiteral("The flic header is not valid (%1 x %2, %3 frames, depth %4)")
+            .arg(m_header.width)
+            .arg(m_header.height)
+            .arg(m_header.frames)
+            .arg(m_header.depth);
     }
-    if (qint64(m_header.width) * m_header.height > MaxPixels) {
-        m_loadError = QStringLiteral("The picture is too large (%1 x %2 pixels)").arg(m_header.width).arg(m_header.height);
-        return false;
-    }
-    if (m_header.frames > MaxFrames) {
-        m_loadError = QStringLiteral("The flic file claims too many frames (%1)").arg(m_header.frames);
-        return false;
-    }
+    if (qint64(m_header.width) * m_header.height > MaxPixels)
+        return QStringLiteral("The picture is too large (%1 x %2 pixels)").arg(m_header.width).arg(m_header.height);
+    if (m_header.frames > MaxFrames)
+        return QStringLiteral("The flic file claims too many frames (%1)").arg(m_header.frames);
     // FLI counts its speed in 1/70 s, FLC in milliseconds.
     const qint64 speedMs = m_header.isFli() ? qint64(m_header.speed) * 1000 / 70 : qint64(m_header.speed);
     const int defaultDelay = int(std::clamp<qint64>(speedMs, 0, 60000));
 
     qsizetype pos = Header::Size;
-    if (!m_header.isFli() && m_header.oframe1 >= Header::Size && m_header.oframe1 < quint32(m_data.size()))
+    if (!m_header.isFli() && m_header.oframe1 >= Header::Size && m_header.oframe1 < quint32(data.size()))
         pos = qsizetype(m_header.oframe1);
     cursor.seek(pos);
     // The file holds one more frame than it counts: the ring frame that leads
@@ -148,41 +110,32 @@ bool FlcHandler::load() const
         const qsizetype start = cursor.pos();
         const quint32 size = cursor.u32le();
         const quint16 type = cursor.u16le();
-        if (size < 6 || size > quint32(m_data.size() - start)) {
-            m_loadError = QStringLiteral("The flic file is truncated after %1 of %2 frames")
-                              .arg(m_frames.size())
-                              .arg(m_header.frames);
-            return false;
+        if (size < 6 || size > quint32(data.size() - start)) {
+            return QStringLiteral("The flic file is truncated after %1 of %2 frames")
+                .arg(m_frames.size())
+                .arg(m_header.frames);
         }
         if (type == FrameChunk) {
             cursor.skip(2); // sub-chunk count, counted again while decoding
             const quint16 delay = cursor.u16le();
-            Frame frame;
-            frame.offset = start;
-            frame.size = size;
-            frame.delayMs = !m_header.isFli() && delay > 0 ? delay : defaultDelay;
-            m_frames.append(frame);
+            m_frames.append({start, size});
+            addFrame(!m_header.isFli() && delay > 0 ? delay : defaultDelay);
         } else if (type != PrefixChunk) {
             // An unknown chunk at frame level: skip it as the format allows.
         }
         cursor.seek(start + size);
     }
     if (m_frames.size() < m_header.frames) {
-        m_loadError = QStringLiteral("The flic file is truncated after %1 of %2 frames")
-                          .arg(m_frames.size())
-                          .arg(m_header.frames);
-        return false;
+        return QStringLiteral("The flic file is truncated after %1 of %2 frames")
+            .arg(m_frames.size())
+            .arg(m_header.frames);
     }
-    m_loadFailed = false;
-    return true;
+    return {};
 }
 
 bool FlcHandler::read(QImage *image)
 {
-    clearError();
-    if (!load())
-        return fail(m_loadError);
-    const int index = takeFrame();
+    const int index = beginFrame();
     if (index < 0)
         return false;
 
@@ -213,7 +166,7 @@ bool FlcHandler::read(QImage *image)
 
 bool FlcHandler::decodeFrame(const Frame &frame)
 {
-    ByteCursor cursor(QByteArrayView(m_data).sliced(frame.offset, frame.size));
+    ByteCursor cursor(QByteArrayView(fileData()).sliced(frame.offset, frame.size));
     cursor.skip(6);
     const quint16 chunks = cursor.u16le();
     cursor.skip(8);

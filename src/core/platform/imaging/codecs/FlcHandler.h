@@ -13,7 +13,7 @@ namespace tarnby::imaging::codecs {
 //
 // Frames are deltas of the one before, so the handler keeps the current
 // canvas and palette; going back to an earlier frame replays from the start.
-class FlcHandler : public OwnHandler
+class FlcHandler : public AnimationHandler
 {
 public:
     struct Header {
@@ -37,25 +37,20 @@ public:
 
     bool canRead() const override;
     bool read(QImage *image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     static bool canRead(QIODevice *device);
 
 protected:
-    int frameCount() const override;
-    int frameDelay(int index) const override;
+    std::optional<QSize> headerSize() const override;
+    QImage::Format fixedFormat() const override { return QImage::Format_Indexed8; }
+    QString index() const override;
 
 private:
     struct Frame {
-        qsizetype offset = 0; // of the frame chunk in m_data
+        qsizetype offset = 0; // of the frame chunk in the file
         quint32 size = 0;
-        int delayMs = 0;
     };
 
-    // Reads the file and indexes its frames once; false (with an error) when
-    // the file is not usable.
-    bool load() const;
     bool decodeFrame(const Frame &frame);
     bool decodeColour(ByteCursor &chunk, bool sixBit);
     bool decodeByteRun(ByteCursor &chunk);
@@ -63,10 +58,6 @@ private:
     bool decodeDeltaFlc(ByteCursor &chunk);
     bool decodeCopy(ByteCursor &chunk);
 
-    mutable bool m_loaded = false;
-    mutable bool m_loadFailed = false;
-    mutable QString m_loadError;
-    mutable QByteArray m_data;
     mutable Header m_header;
     mutable QList<Frame> m_frames;
 

@@ -50,28 +50,18 @@ bool GemImgHandler::canRead() const
     return claim(canRead(device()), "img");
 }
 
-bool GemImgHandler::supportsOption(ImageOption option) const
+std::optional<QSize> GemImgHandler::headerSize() const
 {
-    return option == Size;
-}
-
-QVariant GemImgHandler::option(ImageOption option) const
-{
-    if (option != Size)
-        return {};
-    const std::optional<Header> h = peekHeader<Header>(device());
-    return h ? QVariant(QSize(h->lineWidth, h->lines)) : QVariant();
+    if (const std::optional<Header> h = peekHeader<Header>(device()))
+        return QSize(h->lineWidth, h->lines);
+    return std::nullopt;
 }
 
 bool GemImgHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
-    QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
+    if (!readWholePicture(&data))
+        return false;
 
     ByteCursor cursor(data);
     const Header h = Header::parse(cursor);
@@ -128,6 +118,7 @@ bool GemImgHandler::read(QImage *image)
         return fail(QStringLiteral("The GEM picture is truncated"));
 
     QImage result;
+    QString error;
     if (!allocatePicture(QSize(width, height), planes == 1 ? QImage::Format_Mono : QImage::Format_Indexed8, &result,
                          &error))
         return fail(error);

@@ -87,36 +87,25 @@ bool IlbmHandler::canRead() const
     return claim(canRead(device()), "iff");
 }
 
-bool IlbmHandler::supportsOption(ImageOption option) const
+std::optional<QSize> IlbmHandler::headerSize() const
 {
-    return option == Size;
-}
-
-QVariant IlbmHandler::option(ImageOption option) const
-{
-    if (option != Size)
-        return {};
     // BMHD is the first chunk in every file we have seen; look only there.
     const QByteArray head = peekBytes(device(), 40);
     ByteCursor cursor(head, 12);
     if (cursor.u32be() != fourCC("BMHD"))
-        return {};
+        return std::nullopt;
     cursor.skip(4);
     const BitmapHeader b = BitmapHeader::parse(cursor);
     if (!cursor.ok() || b.w == 0 || b.h == 0)
-        return {};
+        return std::nullopt;
     return QSize(b.w, b.h);
 }
 
 bool IlbmHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
-    QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
+    if (!readWholePicture(&data))
+        return false;
 
     ByteCursor file(data);
     const quint32 form = file.u32be();
@@ -210,6 +199,7 @@ bool IlbmHandler::read(QImage *image)
     QImage result;
     const QImage::Format format = indexed ? QImage::Format_Indexed8
                                           : (bmhd.nPlanes == 32 ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    QString error;
     if (!allocatePicture(QSize(width, height), format, &result, &error))
         return fail(error);
 

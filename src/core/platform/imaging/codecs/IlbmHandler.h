@@ -37,10 +37,11 @@ public:
 
     bool canRead() const override;
     bool read(QImage *image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     static bool canRead(QIODevice *device);
+
+protected:
+    std::optional<QSize> headerSize() const override;
 };
 
 } // namespace tarnby::imaging::codecs

@@ -67,29 +67,16 @@ bool MacPaintHandler::canRead() const
     return claim(canRead(device()), "mac");
 }
 
-bool MacPaintHandler::supportsOption(ImageOption option) const
+std::optional<QSize> MacPaintHandler::headerSize() const
 {
-    return option == Size || option == ImageFormat;
-}
-
-QVariant MacPaintHandler::option(ImageOption option) const
-{
-    if (option == Size)
-        return QSize(PageWidth, PageHeight);
-    if (option == ImageFormat)
-        return QImage::Format_Mono;
-    return {};
+    return QSize(PageWidth, PageHeight);
 }
 
 bool MacPaintHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
-    QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
+    if (!readWholePicture(&data))
+        return false;
 
     Header h;
     h.macBinary = hasMacBinaryHeader(data);
@@ -101,6 +88,7 @@ bool MacPaintHandler::read(QImage *image)
         return fail(QStringLiteral("Not a MacPaint file (version %1)").arg(h.version));
 
     QImage result;
+    QString error;
     if (!allocateMono(QSize(PageWidth, PageHeight), &result, &error))
         return fail(error);
     uchar line[BytesPerLine];

@@ -28,10 +28,12 @@ public:
     bool canRead() const override;
     bool read(QImage *image) override;
     bool write(const QImage &image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     static bool canRead(QIODevice *device);
+
+protected:
+    std::optional<QSize> headerSize() const override;
+    QImage::Format fixedFormat() const override { return QImage::Format_Mono; }
 };
 
 } // namespace tarnby::imaging::codecs

@@ -47,31 +47,18 @@ bool MspHandler::canRead() const
     return claim(canRead(device()), "msp");
 }
 
-bool MspHandler::supportsOption(ImageOption option) const
+std::optional<QSize> MspHandler::headerSize() const
 {
-    return option == Size || option == ImageFormat;
-}
-
-QVariant MspHandler::option(ImageOption option) const
-{
-    if (option == ImageFormat)
-        return QImage::Format_Mono;
-    if (option == Size) {
-        if (const std::optional<Header> h = peekHeader<Header>(device()))
-            return QSize(h->width, h->height);
-    }
-    return {};
+    if (const std::optional<Header> h = peekHeader<Header>(device()))
+        return QSize(h->width, h->height);
+    return std::nullopt;
 }
 
 bool MspHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
-    QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
+    if (!readWholePicture(&data))
+        return false;
 
     ByteCursor cursor(data);
     const Header h = Header::parse(cursor);
@@ -93,6 +80,7 @@ bool MspHandler::read(QImage *image)
         return fail(QStringLiteral("The Paint file is truncated in its row table"));
 
     QImage result;
+    QString error;
     if (!allocateMono(QSize(h.width, h.height), &result, &error))
         return fail(error);
 
