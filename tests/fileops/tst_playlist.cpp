@@ -155,10 +155,7 @@ void TestPlaylist::hostileAsx_data()
 void TestPlaylist::hostileAsx()
 {
     QFETCH(QByteArray, data);
-    QElapsedTimer timer;
-    timer.start();
     const Playlist list = parseAsx(data, QStringLiteral("/lists"));
-    QVERIFY(timer.elapsed() < 5000);
     for (const PlayItem &item : list.items) {
         QCOMPARE(item.location, QStringLiteral("/lists/a.mp3"));
         QVERIFY(item.title.size() < 1000);

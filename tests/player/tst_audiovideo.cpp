@@ -162,7 +162,7 @@ void TestAudioVideo::routing()
     QCOMPARE(m_window->windowTitle(), "Play - " + name);
     if (mediaPlayer) {
         QCOMPARE(m_window->playlist().items.size(), 1);
-        QVERIFY(!m_window->mediaPlayer()->source().isEmpty());
+        QCOMPARE(m_window->currentItem(), 0);
     } else {
         QVERIFY(m_window->mediaPlayer()->source().isEmpty());
         QCOMPARE(m_window->multimediaControl()->deviceType(), QStringLiteral("CDAudio"));

@@ -31,6 +31,8 @@ public:
     QSize pictureSize() const;
     int currentFrame() const { return m_frame; }
     bool isAnimating() const { return m_animation.isActive(); }
+    // How long the frame on screen stays, in milliseconds; 0 for a still.
+    int currentFrameDelay() const { return m_animation.isActive() ? m_animation.interval() : 0; }
 
     void setPaintMode(viewer::PaintMode mode);
     viewer::PaintMode paintMode() const { return m_mode; }
