@@ -212,6 +212,9 @@ AudioVideo1::AudioVideo1(AppState &state, UiServices &services, QWidget *parent)
 AudioVideo1::~AudioVideo1()
 {
     stopAll();
+    // The player outlives this body (it is a child); it must let go of the
+    // file before the file goes.
+    m_player->setSource(QUrl());
 }
 
 void AudioVideo1::openAndPlay(const QString &path)
@@ -284,7 +287,27 @@ void AudioVideo1::playItem(int index)
     }
     m_player->stop();
     m_player->setSource(QUrl());
-    m_player->setSource(item.url());
+    m_source.reset();
+    if (item.isAddress()) {
+        m_player->setSource(item.url());
+    } else {
+        // A local file goes to the backend as an open device, not as a file
+        // address. Qt feeds a device's bytes to GStreamer from this thread,
+        // so no decoding starts while the backend is still setting the new
+        // source up; with an address, the backend's own streaming thread can
+        // meet that set-up halfway and both wait on each other for good.
+        m_source = std::make_unique<QFile>(item.location);
+        if (!m_source->open(QIODevice::ReadOnly)) {
+            const QString reason = m_source->errorString();
+            m_source.reset();
+            QTimer::singleShot(0, this, [this, index, reason] {
+                if (m_current == index)
+                    itemFailed(reason);
+            });
+            return;
+        }
+        m_player->setSourceDevice(m_source.get(), item.url());
+    }
     m_player->play();
     m_watchdog->start(m_loadTimeoutMs);
 }

@@ -5,7 +5,10 @@
 #include <QDialog>
 #include <QUrl>
 
+#include <QFile>
+
 #include <functional>
+#include <memory>
 
 class QAudioOutput;
 class QFrame;
@@ -124,6 +127,7 @@ private:
     MultimediaControl *m_mci = nullptr;
     QLabel *m_label = nullptr;
     QMediaPlayer *m_player = nullptr;
+    std::unique_ptr<QFile> m_source; // the open file the player reads
     QAudioOutput *m_audio = nullptr;
     QTimer *m_watchdog = nullptr;
 };
