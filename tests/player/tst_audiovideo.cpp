@@ -90,6 +90,8 @@ private slots:
     void playerWindowIsReused();
     void unplayable_data();
     void unplayable();
+    void playsToTheEnd_data();
+    void playsToTheEnd();
     void silentStreamTimesOut();
     void listPlaysItemByItem();
     void emptyList();
@@ -234,6 +236,32 @@ void TestAudioVideo::unplayable()
     QVERIFY2(responder.messageTexts().first().startsWith("Cannot Play File - " + path),
              qPrintable(responder.messageTexts().first()));
     QCOMPARE(m_window->mediaPlayer()->playbackState(), QMediaPlayer::StoppedState);
+}
+
+void TestAudioVideo::playsToTheEnd_data()
+{
+    QTest::addColumn<QString>("fixture");
+    QTest::newRow("QuickTime video of PNG frames") << "MOV/png.mov";
+    QTest::newRow("MP3 with an ID3v2 tag") << "MP3/testMP3id3v2.mp3";
+}
+
+// Real files play to their end, from a folder name with a space in it.
+void TestAudioVideo::playsToTheEnd()
+{
+    QFETCH(QString, fixture);
+    REQUIRE_FIXTURES();
+    if (!backendPlays())
+        QSKIP("the media backend cannot play a WAV file on this machine");
+    TestDir dir;
+    const QString path = dir.createFolder("my media") + "/" + QFileInfo(fixture).fileName();
+    QVERIFY(QFile::copy(fixtures::path(fixture), path));
+    ScriptedResponder responder(*m_services);
+    QSignalSpy finished(m_window.get(), &AudioVideo1::listFinished);
+    m_window->show();
+    m_window->openAndPlay(path);
+    QVERIFY(finished.wait(20000));
+    QVERIFY2(responder.messages().isEmpty(), qPrintable(responder.messageTexts().join('\n')));
+    QCOMPARE(m_window->mediaPlayer()->mediaStatus(), QMediaPlayer::EndOfMedia);
 }
 
 void TestAudioVideo::silentStreamTimesOut()
