@@ -564,4 +564,113 @@ QByteArray flic(const QList<QImage> &frames, quint32 speed, bool fli)
     return out;
 }
 
+QByteArray psd(const QImage &image, const PsdOptions &options)
+{
+    const bool large = options.largeDocument;
+    quint16 mode = 1;
+    int depth = 8;
+    if (image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) {
+        mode = 0;
+        depth = 1;
+    } else if (image.format() == QImage::Format_Indexed8) {
+        mode = 2;
+    } else if (image.format() == QImage::Format_Grayscale16) {
+        depth = 16;
+    }
+    const int channels = 1 + options.extraChannels;
+    QByteArray out("8BPS");
+    be16(out, large ? 2 : 1);
+    out.append(6, '\0');
+    be16(out, quint32(channels));
+    be32(out, quint32(image.height()));
+    be32(out, quint32(image.width()));
+    be16(out, quint32(depth));
+    be16(out, mode);
+
+    // Colour mode data: reds, greens, blues of 256 entries.
+    if (mode == 2) {
+        be32(out, 768);
+        for (int shift : {16, 8, 0})
+            for (int i = 0; i < 256; ++i)
+                out.append(char(i < image.colorCount() ? (image.color(i) >> shift) & 0xff : 0));
+    } else {
+        be32(out, 0);
+    }
+
+    QByteArray resources;
+    const auto resource = [&](quint16 id, const QByteArray &name, const QByteArray &data) {
+        resources.append("8BIM");
+        be16(resources, id);
+        resources.append(char(name.size())).append(name);
+        if ((name.size() + 1) % 2)
+            resources.append('\0');
+        be32(resources, quint32(data.size()));
+        resources.append(data);
+        if (data.size() % 2)
+            resources.append('\0');
+    };
+    QByteArray resolution;
+    for (int i = 0; i < 2; ++i) {
+        be32(resolution, quint32(options.dotsPerInch) << 16);
+        be16(resolution, 1);
+        be16(resolution, 1);
+    }
+    resource(1005, {}, resolution);
+    resource(1028, "odd", QByteArray("abc")); // a name and data of odd length, padded
+    if (options.transparentIndex >= 0) {
+        QByteArray index;
+        be16(index, quint32(options.transparentIndex));
+        resource(1047, {}, index);
+    }
+    be32(out, quint32(resources.size()));
+    out.append(resources);
+
+    if (large) {
+        be32(out, 0);
+        be32(out, quint32(options.layers.size()));
+    } else {
+        be32(out, quint32(options.layers.size()));
+    }
+    out.append(options.layers);
+
+    const int rowBytes = (image.width() * depth + 7) / 8;
+    QList<QByteArray> rows;
+    for (int c = 0; c < channels; ++c) {
+        for (int y = 0; y < image.height(); ++y) {
+            QByteArray row(rowBytes, '\0');
+            for (int x = 0; x < image.width(); ++x) {
+                if (c > 0) {
+                    row[x * depth / 8] = char((x * 5 + y * 3 + c) & 0xff);
+                } else if (mode == 0) {
+                    if (qGray(image.pixel(x, y)) < 128)
+                        row[x / 8] = char(uchar(row[x / 8]) | (0x80 >> (x % 8)));
+                } else if (mode == 2) {
+                    row[x] = char(image.pixelIndex(x, y));
+                } else if (depth == 16) {
+                    const quint16 v = reinterpret_cast<const quint16 *>(image.constScanLine(y))[x];
+                    row[2 * x] = char(v >> 8);
+                    row[2 * x + 1] = char(v & 0xff);
+                } else {
+                    row[x] = char(image.constScanLine(y)[x]);
+                }
+            }
+            rows.append(row);
+        }
+    }
+    be16(out, options.packBits ? 1 : 0);
+    if (options.packBits) {
+        QList<QByteArray> packed;
+        for (const QByteArray &row : rows)
+            packed.append(byteRun1(row));
+        for (const QByteArray &row : packed)
+            large ? be32(out, quint32(row.size())) : be16(out, quint32(row.size()));
+        for (const QByteArray &row : packed)
+            out.append(row);
+    } else {
+        for (const QByteArray &row : rows)
+            out.append(row);
+    }
+    return out;
+}
+
 } // namespace codecsamples

@@ -9,6 +9,7 @@
 #include "IlbmHandler.h"
 #include "MacPaintHandler.h"
 #include "MspHandler.h"
+#include "PsdHandler.h"
 
 #include <QIODevice>
 
@@ -36,6 +37,8 @@ std::unique_ptr<QImageIOHandler> createHandler(const QByteArray &format)
         handler = std::make_unique<MacPaintHandler>();
     else if (name == "eps")
         handler = std::make_unique<EpsHandler>();
+    else if (name == "psd")
+        handler = std::make_unique<PsdHandler>();
     if (handler)
         handler->setFormat(name);
     return handler;
@@ -49,7 +52,7 @@ QString errorString(const QImageIOHandler *handler)
 
 QList<QByteArray> readableFormats()
 {
-    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"};
+    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd"};
 }
 
 QList<QByteArray> writableFormats()
@@ -69,6 +72,8 @@ QByteArray sniff(QIODevice *device)
         return "iff";
     if (MspHandler::canRead(device))
         return "msp";
+    if (PsdHandler::canRead(device))
+        return "psd";
     if (FlcHandler::canRead(device))
         return "flc";
     if (ClpHandler::canRead(device))

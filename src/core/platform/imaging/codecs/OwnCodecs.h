@@ -11,9 +11,10 @@ class QImageIOHandler;
 
 // The picture formats that Tarnby reads or writes with codecs of its own, for
 // want of a maintained library: MSP, GEM IMG, IFF/ILBM, ANI, CLP and FLC to
-// read, CUT, MAC and EPS (and MSP) to write. Each format is one
+// read, CUT, MAC and EPS (and MSP) to write, and the Photoshop colour modes
+// that ImageMagick reads wrongly or not at all (PSD). Each format is one
 // QImageIOHandler; the picture layer picks them by lower-case format name
-// ("msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "eps").
+// ("msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "eps", "psd").
 namespace tarnby::imaging::codecs {
 
 // A new handler for format, or nullptr when we have no codec of our own for
