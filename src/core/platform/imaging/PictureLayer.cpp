@@ -445,7 +445,19 @@ LoadResult loadPicture(const QString &path, Pages pages)
         // ImageMagick reads them.
         if (!decoded.ok() && qstrcmp(format->readName, "pbm") == 0 && magick::coderAvailable("PNM", false))
             decoded = magick::read(wholeFile(), "PNM", pages);
-        decoded.bitsPerPixel = headerBitsPerPixel(*format, head);
+        // Qt's reader refuses TIFF files that leave out tags libtiff can
+        // supply (the strip byte counts, the photometric interpretation);
+        // libtiff's own reader reads them. ImageMagick never reads TIFF here
+        // (see TiffPages.h).
+        if (!decoded.ok() && qstrcmp(format->readName, "tiff") == 0) {
+            const detail::Decoded direct = tiff::readPages(wholeFile(), pages);
+            if (direct.ok())
+                decoded = direct;
+            else if (!direct.errorString.isEmpty())
+                decoded.errorString = direct.errorString;
+        }
+        if (const int bits = headerBitsPerPixel(*format, head))
+            decoded.bitsPerPixel = bits;
         break;
     case Route::Magick:
         decoded = magick::read(wholeFile(), format->readName, pages);
