@@ -106,6 +106,65 @@ QImage toQImage(const Image *image, ExceptionInfo *e)
     return out;
 }
 
+// WordPerfect records carry their length in one byte, or after an FF in 16
+// bits, or in 31 bits when the top bit of those 16 is set.
+bool readWpgLength(const QByteArray &data, qsizetype &pos, quint64 &length)
+{
+    const auto byte = [&](qsizetype at) { return quint8(data.at(at)); };
+    if (pos >= data.size())
+        return false;
+    length = byte(pos++);
+    if (length < 0xFF)
+        return true;
+    if (pos + 2 > data.size())
+        return false;
+    length = byte(pos) | (byte(pos + 1) << 8);
+    pos += 2;
+    if (length < 0x8000)
+        return true;
+    if (pos + 2 > data.size())
+        return false;
+    length = ((length & 0x7FFF) << 16) | byte(pos) | (byte(pos + 1) << 8);
+    pos += 2;
+    return true;
+}
+
+// ImageMagick draws none of a WordPerfect graphic's vector records, and when
+// it meets no bitmap record it hands back a one-pixel black picture as if it
+// had read one. The records are walked here first: level 1 keeps bitmaps in
+// records 0x0B and 0x14, level 2 in record 0x0E.
+bool wpgHoldsBitmap(const QByteArray &data)
+{
+    if (data.size() < 16)
+        return false;
+    const auto le16 = [&](qsizetype at) { return quint32(quint8(data.at(at)) | (quint8(data.at(at + 1)) << 8)); };
+    const quint32 level = le16(10);
+    qsizetype pos = qsizetype(le16(4) | (le16(6) << 16));
+    while (pos >= 16 && pos < data.size()) {
+        quint8 type = 0;
+        if (level == 2) {
+            if (pos + 2 > data.size())
+                return false;
+            type = quint8(data.at(pos + 1));
+            pos += 2;
+            quint64 extension = 0;
+            if (!readWpgLength(data, pos, extension))
+                return false;
+        } else {
+            type = quint8(data.at(pos++));
+        }
+        quint64 length = 0;
+        if (!readWpgLength(data, pos, length))
+            return false;
+        if (level == 2 ? type == 0x0E : (type == 0x0B || type == 0x14))
+            return true;
+        if (length > quint64(data.size() - pos))
+            return false;
+        pos += qsizetype(length);
+    }
+    return false;
+}
+
 } // namespace
 
 bool coderAvailable(const char *name, bool write)
@@ -124,6 +183,8 @@ detail::Decoded read(const QByteArray &data, const char *name, Pages pages)
     ExceptionPtr e(AcquireExceptionInfo());
     if (data.isEmpty())
         return detail::failure(QStringLiteral("The file is empty."));
+    if (qstrcmp(name, "WPG") == 0 && !wpgHoldsBitmap(data))
+        return detail::failure(QStringLiteral("The WordPerfect graphic holds no bitmap (its drawings cannot be shown)."));
 
     // Ping first: the header's dimensions are checked before pixels are allocated.
     {

@@ -26,7 +26,10 @@ constexpr const char *AwdRefusal =
 // TIFF and EPS pass through their other libraries for multi-page writes and
 // reads; see PictureLayer.cpp. Photoshop files are read by our own codec in
 // the colour modes whose merged picture is a single channel (ImageMagick 6
-// refuses indexed colour), by ImageMagick in the others.
+// refuses indexed colour), by ImageMagick in the others. Likewise DICOM:
+// ImageMagick 6's reader returns no picture, without a message, for
+// uncompressed files (seen with 8- and 16-bit grey, explicit and implicit
+// representation), which our reader takes; compressed ones still go to it.
 constexpr std::array Formats{
     PictureFormat{"JPG", 10, Route::Qt, "jpeg", Route::Qt, "jpeg", true, nullptr},
     PictureFormat{"JPE", 10, Route::Qt, "jpeg", Route::Qt, "jpeg", false, nullptr},
@@ -65,7 +68,7 @@ constexpr std::array Formats{
     PictureFormat{"MAC", 51, Route::OwnCodec, "mac", Route::OwnCodec, "mac", true, nullptr, "MAC"},
     PictureFormat{"IMG", 52, Route::OwnCodec, "img", Route::None, "", true, nullptr},
     PictureFormat{"MSP", 53, Route::OwnCodec, "msp", Route::OwnCodec, "msp", true, nullptr},
-    PictureFormat{"DIC", 90, Route::Magick, "DCM", Route::None, "", true, nullptr},
+    PictureFormat{"DIC", 90, Route::OwnCodec, "dcm", Route::None, "", true, nullptr, "DCM", OwnCoverage::SomeVariants},
 };
 
 // Not a catalogue extension, but a GIF under another name still loads.

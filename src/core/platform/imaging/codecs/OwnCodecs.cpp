@@ -3,6 +3,7 @@
 #include "AniHandler.h"
 #include "ClpHandler.h"
 #include "CutHandler.h"
+#include "DicomHandler.h"
 #include "EpsHandler.h"
 #include "FlcHandler.h"
 #include "GemImgHandler.h"
@@ -39,6 +40,8 @@ std::unique_ptr<QImageIOHandler> createHandler(const QByteArray &format)
         handler = std::make_unique<EpsHandler>();
     else if (name == "psd")
         handler = std::make_unique<PsdHandler>();
+    else if (name == "dcm")
+        handler = std::make_unique<DicomHandler>();
     if (handler)
         handler->setFormat(name);
     return handler;
@@ -52,7 +55,7 @@ QString errorString(const QImageIOHandler *handler)
 
 QList<QByteArray> readableFormats()
 {
-    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd"};
+    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd", "dcm"};
 }
 
 QList<QByteArray> writableFormats()
@@ -74,6 +77,8 @@ QByteArray sniff(QIODevice *device)
         return "msp";
     if (PsdHandler::canRead(device))
         return "psd";
+    if (DicomHandler::canRead(device))
+        return "dcm";
     if (FlcHandler::canRead(device))
         return "flc";
     if (ClpHandler::canRead(device))
