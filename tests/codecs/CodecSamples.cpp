@@ -69,6 +69,33 @@ QByteArray byteRun1(QByteArrayView row)
     return out;
 }
 
+
+// One data element, explicit VR little endian: OB and OW carry a 32-bit
+// length after two reserved bytes, the others a 16-bit length. Values are
+// padded to even length (UI with a zero, text with a blank).
+void element(QByteArray &out, quint16 group, quint16 number, const char *vr, QByteArray value)
+{
+    if (value.size() % 2)
+        value.append(qstrcmp(vr, "UI") == 0 || qstrcmp(vr, "OB") == 0 ? '\0' : ' ');
+    le16(out, group);
+    le16(out, number);
+    out.append(vr, 2);
+    if (qstrcmp(vr, "OB") == 0 || qstrcmp(vr, "OW") == 0) {
+        le16(out, 0);
+        le32(out, quint32(value.size()));
+    } else {
+        le16(out, quint32(value.size()));
+    }
+    out.append(value);
+}
+
+QByteArray us(quint16 v)
+{
+    QByteArray out;
+    le16(out, v);
+    return out;
+}
+
 } // namespace
 
 QByteArray mspVersion1(const QImage &image)
@@ -670,6 +697,38 @@ QByteArray psd(const QImage &image, const PsdOptions &options)
         for (const QByteArray &row : rows)
             out.append(row);
     }
+    return out;
+}
+
+// A secondary-capture grey picture: preamble, "DICM", the file meta group
+// naming explicit VR little endian, then the picture's elements.
+QByteArray dicom(int width, int height, int bitsAllocated, const QByteArray &pixels)
+{
+    const QByteArray sopClass("1.2.840.10008.5.1.4.1.1.7");
+    const QByteArray instance("1.2.826.0.1.3680043.2.1125.1");
+    QByteArray meta;
+    element(meta, 0x0002, 0x0001, "OB", QByteArray("\0\x01", 2));
+    element(meta, 0x0002, 0x0002, "UI", sopClass);
+    element(meta, 0x0002, 0x0003, "UI", instance);
+    element(meta, 0x0002, 0x0010, "UI", "1.2.840.10008.1.2.1");
+    QByteArray out(128, '\0');
+    out.append("DICM");
+    QByteArray groupLength;
+    le32(groupLength, quint32(meta.size()));
+    element(out, 0x0002, 0x0000, "UL", groupLength);
+    out.append(meta);
+    element(out, 0x0008, 0x0016, "UI", sopClass);
+    element(out, 0x0008, 0x0018, "UI", instance);
+    element(out, 0x0008, 0x0060, "CS", "OT");
+    element(out, 0x0028, 0x0002, "US", us(1));
+    element(out, 0x0028, 0x0004, "CS", "MONOCHROME2");
+    element(out, 0x0028, 0x0010, "US", us(quint16(height)));
+    element(out, 0x0028, 0x0011, "US", us(quint16(width)));
+    element(out, 0x0028, 0x0100, "US", us(quint16(bitsAllocated)));
+    element(out, 0x0028, 0x0101, "US", us(quint16(bitsAllocated)));
+    element(out, 0x0028, 0x0102, "US", us(quint16(bitsAllocated - 1)));
+    element(out, 0x0028, 0x0103, "US", us(0));
+    element(out, 0x7FE0, 0x0010, bitsAllocated > 8 ? "OW" : "OB", pixels);
     return out;
 }
 

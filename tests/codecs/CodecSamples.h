@@ -58,4 +58,9 @@ struct PsdOptions {
 // to 256 entries), Grayscale8 or Grayscale16 as greyscale.
 QByteArray psd(const QImage &image, const PsdOptions &options);
 
+// DICOM secondary capture of one grey frame: preamble, "DICM", the file meta
+// group naming explicit VR little endian, then the picture's elements and
+// pixels (little-endian samples of bitsAllocated bits, all of them stored).
+QByteArray dicom(int width, int height, int bitsAllocated, const QByteArray &pixels);
+
 } // namespace codecsamples

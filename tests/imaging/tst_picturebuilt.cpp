@@ -117,66 +117,6 @@ QImage greyRows(int width, int height, const QList<int> &levels)
     return image;
 }
 
-// ---- DICOM --------------------------------------------------------------
-
-// One data element, explicit VR little endian: OB and OW carry a 32-bit
-// length after two reserved bytes, the others a 16-bit length. Values are
-// padded to even length (UI with a zero, text with a blank).
-void element(QByteArray &out, quint16 group, quint16 number, const char *vr, QByteArray value)
-{
-    if (value.size() % 2)
-        value.append(qstrcmp(vr, "UI") == 0 || qstrcmp(vr, "OB") == 0 ? '\0' : ' ');
-    le16(out, group);
-    le16(out, number);
-    out.append(vr, 2);
-    if (qstrcmp(vr, "OB") == 0 || qstrcmp(vr, "OW") == 0) {
-        le16(out, 0);
-        le32(out, quint32(value.size()));
-    } else {
-        le16(out, quint32(value.size()));
-    }
-    out.append(value);
-}
-
-QByteArray us(quint16 v)
-{
-    QByteArray out;
-    le16(out, v);
-    return out;
-}
-
-// A secondary-capture grey picture: preamble, "DICM", the file meta group
-// naming explicit VR little endian, then the picture's elements.
-QByteArray dicomFile(int width, int height, int bitsAllocated, const QByteArray &pixels)
-{
-    const QByteArray sopClass("1.2.840.10008.5.1.4.1.1.7");
-    const QByteArray instance("1.2.826.0.1.3680043.2.1125.1");
-    QByteArray meta;
-    element(meta, 0x0002, 0x0001, "OB", QByteArray("\0\x01", 2));
-    element(meta, 0x0002, 0x0002, "UI", sopClass);
-    element(meta, 0x0002, 0x0003, "UI", instance);
-    element(meta, 0x0002, 0x0010, "UI", "1.2.840.10008.1.2.1");
-    QByteArray out(128, '\0');
-    out.append("DICM");
-    QByteArray groupLength;
-    le32(groupLength, quint32(meta.size()));
-    element(out, 0x0002, 0x0000, "UL", groupLength);
-    out.append(meta);
-    element(out, 0x0008, 0x0016, "UI", sopClass);
-    element(out, 0x0008, 0x0018, "UI", instance);
-    element(out, 0x0008, 0x0060, "CS", "OT");
-    element(out, 0x0028, 0x0002, "US", us(1));
-    element(out, 0x0028, 0x0004, "CS", "MONOCHROME2");
-    element(out, 0x0028, 0x0010, "US", us(quint16(height)));
-    element(out, 0x0028, 0x0011, "US", us(quint16(width)));
-    element(out, 0x0028, 0x0100, "US", us(quint16(bitsAllocated)));
-    element(out, 0x0028, 0x0101, "US", us(quint16(bitsAllocated)));
-    element(out, 0x0028, 0x0102, "US", us(quint16(bitsAllocated - 1)));
-    element(out, 0x0028, 0x0103, "US", us(0));
-    element(out, 0x7FE0, 0x0010, bitsAllocated > 8 ? "OW" : "OB", pixels);
-    return out;
-}
-
 // ---- WordPerfect graphics -------------------------------------------------
 
 // The 16-byte header: "\xFFWPC", where the data starts, product 1 and file
@@ -355,10 +295,10 @@ private slots:
 
         // DICOM: grey levels as stored (16-bit ones shown at their high byte).
         QTest::newRow("dicom 8-bit grey")
-            << "scan.dic" << dicomFile(4, 2, 8, QByteArray("\x00\x20\x40\x60\x80\xA0\xC0\xFF", 8))
+            << "scan.dic" << codecsamples::dicom(4, 2, 8, QByteArray("\x00\x20\x40\x60\x80\xA0\xC0\xFF", 8))
             << greyRows(4, 2, {0x00, 0x20, 0x40, 0x60, 0x80, 0xA0, 0xC0, 0xFF}) << 8 << "Unknown format";
         QTest::newRow("dicom 16-bit grey")
-            << "scan16.dic" << dicomFile(3, 1, 16, QByteArray("\x00\x00\x80\x80\xFF\xFF", 6))
+            << "scan16.dic" << codecsamples::dicom(3, 1, 16, QByteArray("\x00\x00\x80\x80\xFF\xFF", 6))
             << greyRows(3, 1, {0x00, 0x80, 0xFF}) << 16 << "Unknown format";
 
         const QImage eight = indexedPicture(21, 4, 256);
@@ -446,10 +386,10 @@ private slots:
         noWidth.tags.removeFirst();
         QTest::newRow("tiff without a width") << "d.tif" << tiffFile({noWidth}) << "";
 
-        const QByteArray dicom = dicomFile(4, 2, 8, QByteArray("\x00\x20\x40\x60\x80\xA0\xC0\xFF", 8));
+        const QByteArray dicom = codecsamples::dicom(4, 2, 8, QByteArray("\x00\x20\x40\x60\x80\xA0\xC0\xFF", 8));
         QTest::newRow("dicom cut in its pixels") << "a.dic" << dicom.chopped(5) << "";
         QTest::newRow("dicom cut in its header") << "b.dic" << dicom.left(200) << "";
-        QTest::newRow("dicom of absurd size") << "c.dic" << dicomFile(60000, 60000, 8, QByteArray(8, '\0')) << "";
+        QTest::newRow("dicom of absurd size") << "c.dic" << codecsamples::dicom(60000, 60000, 8, QByteArray(8, '\0')) << "";
 
         const QByteArray wpg = wpg1File(indexedPicture(21, 4, 256), 8);
         QTest::newRow("wpg 1 cut in its bitmap") << "a.wpg" << wpg.chopped(10) << "";

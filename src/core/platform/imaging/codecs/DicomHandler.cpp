@@ -1,7 +1,6 @@
 #include "DicomHandler.h"
 
 #include <QIODevice>
-#include <QVariant>
 
 #include <cstring>
 
@@ -209,18 +208,6 @@ bool DicomHandler::canRead(QIODevice *device)
 bool DicomHandler::canRead() const
 {
     return claim(canRead(device()), "dcm");
-}
-
-bool DicomHandler::supportsOption(ImageOption option) const
-{
-    return option == Size;
-}
-
-QVariant DicomHandler::option(ImageOption option) const
-{
-    // The size lies past the meta group, in a data set of any length: it is
-    // checked in read(), before anything is allocated.
-    return {};
 }
 
 bool DicomHandler::read(QImage *image)

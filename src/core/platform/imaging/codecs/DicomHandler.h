@@ -41,10 +41,11 @@ public:
         quint32 pixelDataLength = 0;
     };
 
+    // No size option: the size lies past the meta group, in a data set of
+    // any length; read() checks it against the pixel bound and the pixel
+    // data's length before anything is allocated.
     bool canRead() const override;
     bool read(QImage *image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     static bool canRead(QIODevice *device);
 
