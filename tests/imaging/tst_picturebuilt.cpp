@@ -120,14 +120,13 @@ QImage greyRows(int width, int height, const QList<int> &levels)
 // ---- WordPerfect graphics -------------------------------------------------
 
 // The 16-byte header: "\xFFWPC", where the data starts, product 1 and file
-// type 0x16 (a graphic), then the level (1 or 2) and its version.
+// type 0x16 (a graphic), the major version (1 or 2, the level) and the minor
+// one, a zero encryption key and two reserved bytes.
 QByteArray wpgHeader(int level)
 {
     QByteArray out("\xFFWPC", 4);
     le32(out, 16);
-    out.append(char(1)).append(char(0x16));
-    le16(out, quint32(level));
-    out.append(char(level == 1 ? 1 : 2)).append(char(0));
+    out.append(char(1)).append(char(0x16)).append(char(level)).append(char(0));
     le16(out, 0); // not encrypted
     le16(out, 0);
     return out;
@@ -244,6 +243,40 @@ QByteArray wpg1File(const QImage &indexed, int bits)
     return out;
 }
 
+// Level 2 records: class, type, extension length, length. A start record
+// (units per inch, precision), the palette as RGBA entries, then an
+// uncompressed bitmap with a depth code (1: one bit, 4: eight bits).
+QByteArray wpg2File(const QImage &indexed, quint8 depthCode)
+{
+    const auto record = [](QByteArray &out, quint8 type, const QByteArray &data) {
+        out.append(char(0x0F)).append(char(type));
+        wpgLength(out, 0);
+        wpgLength(out, quint32(data.size()));
+        out.append(data);
+    };
+    QByteArray out = wpgHeader(2);
+    QByteArray start;
+    le16(start, 1200);
+    le16(start, 1200);
+    start.append(char(0));
+    record(out, 0x01, start);
+    QByteArray colours;
+    le16(colours, 0);
+    le16(colours, quint32(indexed.colorCount()));
+    for (QRgb c : indexed.colorTable())
+        colours.append(char(qRed(c))).append(char(qGreen(c))).append(char(qBlue(c))).append(char(0));
+    record(out, 0x0C, colours);
+    QByteArray bitmap;
+    le16(bitmap, quint32(indexed.width()));
+    le16(bitmap, quint32(indexed.height()));
+    bitmap.append(char(depthCode)).append(char(0)); // no compression
+    for (const QByteArray &row : packedRows(indexed, depthCode == 1 ? 1 : 8))
+        bitmap.append(row);
+    record(out, 0x0E, bitmap);
+    record(out, 0x02, {});
+    return out;
+}
+
 int largestDifference(const QImage &a, const QImage &b)
 {
     if (a.size() != b.size())
@@ -311,6 +344,10 @@ private slots:
         QImage mono = indexedPicture(19, 4, 2);
         mono.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
         QTest::newRow("wpg 1 1-bit") << "c.wpg" << wpg1File(mono, 1) << mono.convertToFormat(QImage::Format_RGB32) << 1
+                                     << "WordPerfect File Format";
+        QTest::newRow("wpg 2 8-bit") << "d.wpg" << wpg2File(eight, 4) << eight.convertToFormat(QImage::Format_RGB32) << 8
+                                     << "WordPerfect File Format";
+        QTest::newRow("wpg 2 1-bit") << "e.wpg" << wpg2File(mono, 1) << mono.convertToFormat(QImage::Format_RGB32) << 1
                                      << "WordPerfect File Format";
 
         // Photoshop through the layer: our reader for grey and indexed.
@@ -400,8 +437,14 @@ private slots:
         wpg1Record(drawing, 0x10, {});
         QTest::newRow("wpg 1 drawing without a bitmap") << "e.wpg" << drawing << "no bitmap";
         QByteArray encrypted = wpg;
-        encrypted[14] = '\x01';
-        QTest::newRow("wpg 1 encrypted") << "c.wpg" << encrypted << "";
+        encrypted[12] = '\x01';
+        QTest::newRow("wpg 1 encrypted") << "c.wpg" << encrypted << "password";
+        const QByteArray wpg2 = wpg2File(indexedPicture(21, 4, 256), 4);
+        QTest::newRow("wpg 2 cut in its bitmap") << "d.wpg" << wpg2.chopped(40) << "";
+        // ImageMagick skips a bitmap of a depth it does not know and hands
+        // back one black pixel; the layer must not pass that off as the picture.
+        QTest::newRow("wpg 2 bitmap of an unknown depth") << "f.wpg" << wpg2File(indexedPicture(21, 4, 256), 5)
+                                                          << "21 x 4";
 
         const QByteArray psd = codecsamples::psd(indexedPicture(21, 4, 256), {});
         QTest::newRow("psd indexed cut short") << "a.psd" << psd.chopped(3) << "Photoshop";

@@ -2,6 +2,8 @@
 
 #include <Magick++.h>
 
+#include <QSize>
+
 #include <memory>
 #include <mutex>
 
@@ -131,38 +133,45 @@ bool readWpgLength(const QByteArray &data, qsizetype &pos, quint64 &length)
 
 // ImageMagick draws none of a WordPerfect graphic's vector records, and when
 // it meets no bitmap record it hands back a one-pixel black picture as if it
-// had read one. The records are walked here first: level 1 keeps bitmaps in
-// records 0x0B and 0x14, level 2 in record 0x0E.
-bool wpgHoldsBitmap(const QByteArray &data)
+// had read one; so it does for a bitmap it skips (one of a depth it does not
+// know). The records are walked here first, for the size of the first bitmap:
+// level 1 keeps bitmaps in records 0x0B (width and height first) and 0x14
+// (after ten bytes of placement), level 2 in record 0x0E (width and height
+// first). An empty size means no bitmap.
+QSize wpgFirstBitmapSize(const QByteArray &data)
 {
     if (data.size() < 16)
-        return false;
-    const auto le16 = [&](qsizetype at) { return quint32(quint8(data.at(at)) | (quint8(data.at(at + 1)) << 8)); };
-    const quint32 level = le16(10);
-    qsizetype pos = qsizetype(le16(4) | (le16(6) << 16));
+        return {};
+    const auto le16 = [&](qsizetype at) {
+        return at + 2 <= data.size() ? int(quint8(data.at(at)) | (quint8(data.at(at + 1)) << 8)) : -1;
+    };
+    const int level = quint8(data.at(10)); // the major version: 1 or 2
+    qsizetype pos = qsizetype(quint32(le16(4)) | (quint32(le16(6)) << 16));
     while (pos >= 16 && pos < data.size()) {
         quint8 type = 0;
         if (level == 2) {
             if (pos + 2 > data.size())
-                return false;
+                return {};
             type = quint8(data.at(pos + 1));
             pos += 2;
             quint64 extension = 0;
             if (!readWpgLength(data, pos, extension))
-                return false;
+                return {};
         } else {
             type = quint8(data.at(pos++));
         }
         quint64 length = 0;
         if (!readWpgLength(data, pos, length))
-            return false;
-        if (level == 2 ? type == 0x0E : (type == 0x0B || type == 0x14))
-            return true;
+            return {};
+        if ((level == 2 && type == 0x0E) || (level != 2 && type == 0x0B))
+            return QSize(le16(pos), le16(pos + 2));
+        if (level != 2 && type == 0x14)
+            return QSize(le16(pos + 10), le16(pos + 12));
         if (length > quint64(data.size() - pos))
-            return false;
+            return {};
         pos += qsizetype(length);
     }
-    return false;
+    return {};
 }
 
 } // namespace
@@ -183,7 +192,14 @@ detail::Decoded read(const QByteArray &data, const char *name, Pages pages)
     ExceptionPtr e(AcquireExceptionInfo());
     if (data.isEmpty())
         return detail::failure(QStringLiteral("The file is empty."));
-    if (qstrcmp(name, "WPG") == 0 && !wpgHoldsBitmap(data))
+    const bool wordPerfect = qstrcmp(name, "WPG") == 0;
+    // The header's encryption key (bytes 12 and 13) is not where ImageMagick
+    // looks for it, so a password-protected graphic would be drawn from its
+    // scrambled records.
+    if (wordPerfect && data.size() >= 14 && (data.at(12) != 0 || data.at(13) != 0))
+        return detail::failure(QStringLiteral("The WordPerfect graphic is protected by a password."));
+    const QSize wpgBitmap = wordPerfect ? wpgFirstBitmapSize(data) : QSize();
+    if (wordPerfect && (wpgBitmap.width() <= 0 || wpgBitmap.height() <= 0))
         return detail::failure(QStringLiteral("The WordPerfect graphic holds no bitmap (its drawings cannot be shown)."));
 
     // Ping first: the header's dimensions are checked before pixels are allocated.
@@ -215,6 +231,11 @@ detail::Decoded read(const QByteArray &data, const char *name, Pages pages)
     // image); other errors fail.
     if (e->severity >= ErrorException && e->severity != CorruptImageError)
         return detail::failure(reasonOf(e.get()));
+
+    if (wordPerfect && (list->columns != size_t(wpgBitmap.width()) || list->rows != size_t(wpgBitmap.height())))
+        return detail::failure(QStringLiteral("The WordPerfect bitmap of %1 x %2 pixels could not be read.")
+                                   .arg(wpgBitmap.width())
+                                   .arg(wpgBitmap.height()));
 
     detail::Decoded decoded;
     // A metafile is drawn, not stored as pixels: it is reported as the 24-bit
