@@ -91,7 +91,23 @@ int main(int argc, char **argv)
     save(root + "/flc", "fli.flc", codecsamples::flic({sixteen, black}, 5, true));
     save(root + "/cut", "sixteen.cut", written("cut", sixteen));
     save(root + "/mac", "picture.mac", written("mac", mono));
-    for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"}) {
+    codecsamples::PsdOptions psdRaw;
+    psdRaw.packBits = false;
+    psdRaw.extraChannels = 1;
+    save(root + "/psd", "indexed.psd", codecsamples::psd(sixteen, {}));
+    save(root + "/psd", "bitmap-raw.psd", codecsamples::psd(mono.convertToFormat(QImage::Format_Mono), psdRaw));
+    codecsamples::PsdOptions psdLarge;
+    psdLarge.largeDocument = true;
+    psdLarge.transparentIndex = 3;
+    save(root + "/psd", "large-indexed.psd", codecsamples::psd(full, psdLarge));
+    QImage grey(11, 5, QImage::Format_Grayscale8);
+    for (int y = 0; y < grey.height(); ++y)
+        for (int x = 0; x < grey.width(); ++x)
+            grey.scanLine(y)[x] = uchar(x * 23 + y);
+    save(root + "/psd", "grey.psd", codecsamples::psd(grey, {}));
+    save(root + "/dcm", "grey8.dcm", codecsamples::dicom(11, 5, 8, QByteArray(55, '\x40')));
+    save(root + "/dcm", "grey16.dcm", codecsamples::dicom(7, 3, 16, QByteArray(42, '\x81')));
+    for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd", "dcm"}) {
         for (const QFileInfo &info : QDir(root + '/' + folder).entryInfoList(QDir::Files)) {
             QFile in(info.filePath());
             in.open(QIODevice::ReadOnly);

@@ -88,7 +88,13 @@ int runFormats(const QByteArrayList &args)
         const bool writable = writer && canWrite(*writer);
         const Route reader = effectiveReader(format);
         QString library = routeLibrary(reader);
-        if (writable && writer->writer != reader)
+        // Our codec reads some variants of the format, ImageMagick the others.
+        const bool shared = reader == Route::OwnCodec && format.ownCoverage == OwnCoverage::SomeVariants;
+        if (shared)
+            library = QStringLiteral("%1+%2").arg(routeLibrary(reader), routeLibrary(Route::Magick));
+        if (shared && writable)
+            library = QStringLiteral("%1 (read), %2 (write)").arg(library, routeLibrary(writer->writer));
+        else if (writable && writer->writer != reader)
             library = QStringLiteral("%1 (read), %2 (write)").arg(routeLibrary(reader), routeLibrary(writer->writer));
         else if (!readable && writable)
             library = routeLibrary(writer->writer);

@@ -69,6 +69,33 @@ QByteArray byteRun1(QByteArrayView row)
     return out;
 }
 
+
+// One data element, explicit VR little endian: OB and OW carry a 32-bit
+// length after two reserved bytes, the others a 16-bit length. Values are
+// padded to even length (UI with a zero, text with a blank).
+void element(QByteArray &out, quint16 group, quint16 number, const char *vr, QByteArray value)
+{
+    if (value.size() % 2)
+        value.append(qstrcmp(vr, "UI") == 0 || qstrcmp(vr, "OB") == 0 ? '\0' : ' ');
+    le16(out, group);
+    le16(out, number);
+    out.append(vr, 2);
+    if (qstrcmp(vr, "OB") == 0 || qstrcmp(vr, "OW") == 0) {
+        le16(out, 0);
+        le32(out, quint32(value.size()));
+    } else {
+        le16(out, quint32(value.size()));
+    }
+    out.append(value);
+}
+
+QByteArray us(quint16 v)
+{
+    QByteArray out;
+    le16(out, v);
+    return out;
+}
+
 } // namespace
 
 QByteArray mspVersion1(const QImage &image)
@@ -561,6 +588,147 @@ QByteArray flic(const QList<QImage> &frames, quint32 speed, bool fli)
         previous = frame;
     }
     putLe32At(out, 0, quint32(out.size()));
+    return out;
+}
+
+QByteArray psd(const QImage &image, const PsdOptions &options)
+{
+    const bool large = options.largeDocument;
+    quint16 mode = 1;
+    int depth = 8;
+    if (image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) {
+        mode = 0;
+        depth = 1;
+    } else if (image.format() == QImage::Format_Indexed8) {
+        mode = 2;
+    } else if (image.format() == QImage::Format_Grayscale16) {
+        depth = 16;
+    }
+    const int channels = 1 + options.extraChannels;
+    QByteArray out("8BPS");
+    be16(out, large ? 2 : 1);
+    out.append(6, '\0');
+    be16(out, quint32(channels));
+    be32(out, quint32(image.height()));
+    be32(out, quint32(image.width()));
+    be16(out, quint32(depth));
+    be16(out, mode);
+
+    // Colour mode data: reds, greens, blues of 256 entries.
+    if (mode == 2) {
+        be32(out, 768);
+        for (int shift : {16, 8, 0})
+            for (int i = 0; i < 256; ++i)
+                out.append(char(i < image.colorCount() ? (image.color(i) >> shift) & 0xff : 0));
+    } else {
+        be32(out, 0);
+    }
+
+    QByteArray resources;
+    const auto resource = [&](quint16 id, const QByteArray &name, const QByteArray &data) {
+        resources.append("8BIM");
+        be16(resources, id);
+        resources.append(char(name.size())).append(name);
+        if ((name.size() + 1) % 2)
+            resources.append('\0');
+        be32(resources, quint32(data.size()));
+        resources.append(data);
+        if (data.size() % 2)
+            resources.append('\0');
+    };
+    QByteArray resolution;
+    for (int i = 0; i < 2; ++i) {
+        be32(resolution, quint32(options.dotsPerInch) << 16);
+        be16(resolution, 1);
+        be16(resolution, 1);
+    }
+    resource(1005, {}, resolution);
+    resource(1028, "odd", QByteArray("abc")); // a name and data of odd length, padded
+    if (options.transparentIndex >= 0) {
+        QByteArray index;
+        be16(index, quint32(options.transparentIndex));
+        resource(1047, {}, index);
+    }
+    be32(out, quint32(resources.size()));
+    out.append(resources);
+
+    if (large) {
+        be32(out, 0);
+        be32(out, quint32(options.layers.size()));
+    } else {
+        be32(out, quint32(options.layers.size()));
+    }
+    out.append(options.layers);
+
+    const int rowBytes = (image.width() * depth + 7) / 8;
+    QList<QByteArray> rows;
+    for (int c = 0; c < channels; ++c) {
+        for (int y = 0; y < image.height(); ++y) {
+            QByteArray row(rowBytes, '\0');
+            for (int x = 0; x < image.width(); ++x) {
+                if (c > 0) {
+                    row[x * depth / 8] = char((x * 5 + y * 3 + c) & 0xff);
+                } else if (mode == 0) {
+                    if (qGray(image.pixel(x, y)) < 128)
+                        row[x / 8] = char(uchar(row[x / 8]) | (0x80 >> (x % 8)));
+                } else if (mode == 2) {
+                    row[x] = char(image.pixelIndex(x, y));
+                } else if (depth == 16) {
+                    const quint16 v = reinterpret_cast<const quint16 *>(image.constScanLine(y))[x];
+                    row[2 * x] = char(v >> 8);
+                    row[2 * x + 1] = char(v & 0xff);
+                } else {
+                    row[x] = char(image.constScanLine(y)[x]);
+                }
+            }
+            rows.append(row);
+        }
+    }
+    be16(out, options.packBits ? 1 : 0);
+    if (options.packBits) {
+        QList<QByteArray> packed;
+        for (const QByteArray &row : rows)
+            packed.append(byteRun1(row));
+        for (const QByteArray &row : packed)
+            large ? be32(out, quint32(row.size())) : be16(out, quint32(row.size()));
+        for (const QByteArray &row : packed)
+            out.append(row);
+    } else {
+        for (const QByteArray &row : rows)
+            out.append(row);
+    }
+    return out;
+}
+
+// A secondary-capture grey picture: preamble, "DICM", the file meta group
+// naming explicit VR little endian, then the picture's elements.
+QByteArray dicom(int width, int height, int bitsAllocated, const QByteArray &pixels)
+{
+    const QByteArray sopClass("1.2.840.10008.5.1.4.1.1.7");
+    const QByteArray instance("1.2.826.0.1.3680043.2.1125.1");
+    QByteArray meta;
+    element(meta, 0x0002, 0x0001, "OB", QByteArray("\0\x01", 2));
+    element(meta, 0x0002, 0x0002, "UI", sopClass);
+    element(meta, 0x0002, 0x0003, "UI", instance);
+    element(meta, 0x0002, 0x0010, "UI", "1.2.840.10008.1.2.1");
+    QByteArray out(128, '\0');
+    out.append("DICM");
+    QByteArray groupLength;
+    le32(groupLength, quint32(meta.size()));
+    element(out, 0x0002, 0x0000, "UL", groupLength);
+    out.append(meta);
+    element(out, 0x0008, 0x0016, "UI", sopClass);
+    element(out, 0x0008, 0x0018, "UI", instance);
+    element(out, 0x0008, 0x0060, "CS", "OT");
+    element(out, 0x0028, 0x0002, "US", us(1));
+    element(out, 0x0028, 0x0004, "CS", "MONOCHROME2");
+    element(out, 0x0028, 0x0010, "US", us(quint16(height)));
+    element(out, 0x0028, 0x0011, "US", us(quint16(width)));
+    element(out, 0x0028, 0x0100, "US", us(quint16(bitsAllocated)));
+    element(out, 0x0028, 0x0101, "US", us(quint16(bitsAllocated)));
+    element(out, 0x0028, 0x0102, "US", us(quint16(bitsAllocated - 1)));
+    element(out, 0x0028, 0x0103, "US", us(0));
+    element(out, 0x7FE0, 0x0010, bitsAllocated > 8 ? "OW" : "OB", pixels);
     return out;
 }
 

@@ -45,4 +45,22 @@ QByteArray clp(const QImage &image, bool win3Layout);
 // fli selects the 0xAF11 layout (speed in 1/70 s, 64-level colours).
 QByteArray flic(const QList<QImage> &frames, quint32 speed, bool fli);
 
+struct PsdOptions {
+    bool packBits = true;
+    int extraChannels = 0;      // planes after the first (alpha, spot colours), filled with a pattern
+    bool largeDocument = false; // the large-document layout (longer lengths and row counts)
+    int transparentIndex = -1;  // indexed colour: the transparent index resource
+    int dotsPerInch = 150;      // the resolution resource
+    QByteArray layers;          // contents of the layer and mask section
+};
+// Photoshop file whose merged picture is image: Format_Mono in bitmap mode
+// (a set bit is a black pixel), Indexed8 as indexed colour (the table padded
+// to 256 entries), Grayscale8 or Grayscale16 as greyscale.
+QByteArray psd(const QImage &image, const PsdOptions &options);
+
+// DICOM secondary capture of one grey frame: preamble, "DICM", the file meta
+// group naming explicit VR little endian, then the picture's elements and
+// pixels (little-endian samples of bitsAllocated bits, all of them stored).
+QByteArray dicom(int width, int height, int bitsAllocated, const QByteArray &pixels);
+
 } // namespace codecsamples

@@ -80,6 +80,7 @@ const Fact Facts[] = {
     {"PNG/testPNG.png", 100, 75, 24, 0, nullptr},
     {"PSD/hopper.psd", 128, 128, 24, 0, "Photoshop 3.0 Format"},
     {"PSD/hopper_merged.psd", 128, 128, 24, 0, nullptr},
+    {"PSD/indexed.psd", 300, 300, 8, 0, "Photoshop 3.0 Format"},
     {"PSD/rgb-gimp-2.8.10.psd", 32, 32, 24, 0, nullptr},
     {"PSD/rgba.psd", 100, 100, 32, 0, nullptr},
     {"PSD/testPSD.psd", 537, 51, 24, 0, nullptr},
@@ -100,6 +101,7 @@ const Fact Facts[] = {
     {"TIF/hopper_g4.tif", 128, 128, 1, 0, "CCITT compressed TIFF"},
     {"TIF/hopper_lzw.tif", 128, 128, 24, 0, "Tagged Image File LZW Compressed Format"},
     {"TIF/testTIFF.tif", 100, 75, 24, 0, nullptr},
+    {"TIF/tiff.tif", 1, 1, 1, 0, "Tagged Image File Format"}, // no strip byte counts: read by libtiff
     {"TIFF/g4-multi.tiff", 3307, 4677, 1, 3, nullptr},
     {"TIFF/multipage.tiff", 10, 10, 0, 3, nullptr},
     {"WMF/drawing.wmf", 83, 83, 0, 0, "Meta File Format"},
@@ -117,8 +119,6 @@ struct Refused {
     const char *why;
 };
 const Refused RefusedSamples[] = {
-    {"PSD/indexed.psd", "ImageMagick 6 reads no indexed-colour Photoshop file"},
-    {"TIF/tiff.tif", "no StripByteCounts; Qt and ImageMagick refuse it"},
     {"WMF/WindowsMetafile.wmf", "libwmf refuses the header"},
     {"FPX/input_bw_five_bands.fpx", "five bands: no valid FlashPix picture"},
 };

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QSaveFile>
+#include <QSize>
 #include <QStandardPaths>
 
 #include <memory>
@@ -159,6 +160,72 @@ QImage toQImage(const Image *image, ExceptionInfo *e)
     return out;
 }
 
+// WordPerfect records carry their length in one byte, or after an FF in 16
+// bits, or in 31 bits when the top bit of those 16 is set.
+bool readWpgLength(const QByteArray &data, qsizetype &pos, quint64 &length)
+{
+    const auto byte = [&](qsizetype at) { return quint8(data.at(at)); };
+    if (pos >= data.size())
+        return false;
+    length = byte(pos++);
+    if (length < 0xFF)
+        return true;
+    if (pos + 2 > data.size())
+        return false;
+    length = byte(pos) | (byte(pos + 1) << 8);
+    pos += 2;
+    if (length < 0x8000)
+        return true;
+    if (pos + 2 > data.size())
+        return false;
+    length = ((length & 0x7FFF) << 16) | byte(pos) | (byte(pos + 1) << 8);
+    pos += 2;
+    return true;
+}
+
+// ImageMagick draws none of a WordPerfect graphic's vector records, and when
+// it meets no bitmap record it hands back a one-pixel black picture as if it
+// had read one; so it does for a bitmap it skips (one of a depth it does not
+// know). The records are walked here first, for the size of the first bitmap:
+// level 1 keeps bitmaps in records 0x0B (width and height first) and 0x14
+// (after ten bytes of placement), level 2 in record 0x0E (width and height
+// first). An empty size means no bitmap.
+QSize wpgFirstBitmapSize(const QByteArray &data)
+{
+    if (data.size() < 16)
+        return {};
+    const auto le16 = [&](qsizetype at) {
+        return at + 2 <= data.size() ? int(quint8(data.at(at)) | (quint8(data.at(at + 1)) << 8)) : -1;
+    };
+    const int level = quint8(data.at(10)); // the major version: 1 or 2
+    qsizetype pos = qsizetype(quint32(le16(4)) | (quint32(le16(6)) << 16));
+    while (pos >= 16 && pos < data.size()) {
+        quint8 type = 0;
+        if (level == 2) {
+            if (pos + 2 > data.size())
+                return {};
+            type = quint8(data.at(pos + 1));
+            pos += 2;
+            quint64 extension = 0;
+            if (!readWpgLength(data, pos, extension))
+                return {};
+        } else {
+            type = quint8(data.at(pos++));
+        }
+        quint64 length = 0;
+        if (!readWpgLength(data, pos, length))
+            return {};
+        if ((level == 2 && type == 0x0E) || (level != 2 && type == 0x0B))
+            return QSize(le16(pos), le16(pos + 2));
+        if (level != 2 && type == 0x14)
+            return QSize(le16(pos + 10), le16(pos + 12));
+        if (length > quint64(data.size() - pos))
+            return {};
+        pos += qsizetype(length);
+    }
+    return {};
+}
+
 } // namespace
 
 bool coderAvailable(const char *name, bool write)
@@ -177,6 +244,15 @@ detail::Decoded read(const QByteArray &data, const char *name, Pages pages)
     ExceptionPtr e(AcquireExceptionInfo());
     if (data.isEmpty())
         return detail::failure(QStringLiteral("The file is empty."));
+    const bool wordPerfect = qstrcmp(name, "WPG") == 0;
+    // The header's encryption key (bytes 12 and 13) is not where ImageMagick
+    // looks for it, so a password-protected graphic would be drawn from its
+    // scrambled records.
+    if (wordPerfect && data.size() >= 14 && (data.at(12) != 0 || data.at(13) != 0))
+        return detail::failure(QStringLiteral("The WordPerfect graphic is protected by a password."));
+    const QSize wpgBitmap = wordPerfect ? wpgFirstBitmapSize(data) : QSize();
+    if (wordPerfect && (wpgBitmap.width() <= 0 || wpgBitmap.height() <= 0))
+        return detail::failure(QStringLiteral("The WordPerfect graphic holds no bitmap (its drawings cannot be shown)."));
 
     // Ping first: the header's dimensions are checked before pixels are allocated.
     {
@@ -207,6 +283,11 @@ detail::Decoded read(const QByteArray &data, const char *name, Pages pages)
     // image); other errors fail.
     if (e->severity >= ErrorException && e->severity != CorruptImageError)
         return detail::failure(reasonOf(e.get()));
+
+    if (wordPerfect && (list->columns != size_t(wpgBitmap.width()) || list->rows != size_t(wpgBitmap.height())))
+        return detail::failure(QStringLiteral("The WordPerfect bitmap of %1 x %2 pixels could not be read.")
+                                   .arg(wpgBitmap.width())
+                                   .arg(wpgBitmap.height()));
 
     detail::Decoded decoded;
     // A metafile is drawn, not stored as pixels: it is reported as the 24-bit

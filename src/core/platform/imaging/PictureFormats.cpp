@@ -24,7 +24,12 @@ constexpr const char *AwdRefusal =
 // owning it decides what a save with that code writes (PBM shares PNG's code
 // on purpose, so a picture saved under .PBM holds PNG data; DCX shares PCX's).
 // TIFF and EPS pass through their other libraries for multi-page writes and
-// reads; see PictureLayer.cpp.
+// reads; see PictureLayer.cpp. Photoshop files are read by our own codec in
+// the colour modes whose merged picture is a single channel (ImageMagick 6
+// refuses indexed colour), by ImageMagick in the others. Likewise DICOM:
+// ImageMagick 6's reader returns no picture, without a message, for
+// uncompressed files (seen with 8- and 16-bit grey, explicit and implicit
+// representation), which our reader takes; compressed ones still go to it.
 constexpr std::array Formats{
     PictureFormat{"JPG", 10, Route::Qt, "jpeg", Route::Qt, "jpeg", true, nullptr},
     PictureFormat{"JPE", 10, Route::Qt, "jpeg", Route::Qt, "jpeg", false, nullptr},
@@ -47,7 +52,7 @@ constexpr std::array Formats{
     PictureFormat{"IFF", 112, Route::OwnCodec, "iff", Route::None, "", true, nullptr},
     PictureFormat{"PBM", 75, Route::Qt, "pbm", Route::Qt, "png", false, nullptr},
     PictureFormat{"CUT", 108, Route::OwnCodec, "cut", Route::OwnCodec, "cut", true, nullptr, "CUT"},
-    PictureFormat{"PSD", 76, Route::Magick, "PSD", Route::Magick, "PSD", true, nullptr},
+    PictureFormat{"PSD", 76, Route::OwnCodec, "psd", Route::Magick, "PSD", true, nullptr, "PSD", OwnCoverage::SomeVariants},
     PictureFormat{"PNG", 75, Route::Qt, "png", Route::Qt, "png", true, nullptr},
     PictureFormat{"TGA", 4, Route::Magick, "TGA", Route::Magick, "TGA", true, nullptr},
     PictureFormat{"EPS", 16, Route::Ghostscript, "eps", Route::OwnCodec, "eps", true, nullptr},
@@ -63,7 +68,7 @@ constexpr std::array Formats{
     PictureFormat{"MAC", 51, Route::OwnCodec, "mac", Route::OwnCodec, "mac", true, nullptr, "MAC"},
     PictureFormat{"IMG", 52, Route::OwnCodec, "img", Route::None, "", true, nullptr},
     PictureFormat{"MSP", 53, Route::OwnCodec, "msp", Route::OwnCodec, "msp", true, nullptr},
-    PictureFormat{"DIC", 90, Route::Magick, "DCM", Route::None, "", true, nullptr},
+    PictureFormat{"DIC", 90, Route::OwnCodec, "dcm", Route::None, "", true, nullptr, "DCM", OwnCoverage::SomeVariants},
 };
 
 // Not a catalogue extension, but a GIF under another name still loads.

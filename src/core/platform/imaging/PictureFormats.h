@@ -27,6 +27,13 @@ enum class Route {
     OwnCodec,    // our own QImageIOHandler (codecs::createHandler)
 };
 
+// How much of a format our own codec reads, for a format that ImageMagick
+// reads too.
+enum class OwnCoverage {
+    Whole,        // every file of the format; ImageMagick only where the codec is absent
+    SomeVariants, // what the codec's canRead() claims; ImageMagick reads the rest
+};
+
 struct PictureFormat {
     const char *extension; // upper case, no dot, as in the catalogue
     int code;              // the save-format code (GetSaveFormatCode numbering)
@@ -36,7 +43,8 @@ struct PictureFormat {
     const char *writeName;
     bool ownsCode;         // the format written when a picture is saved with this code
     const char *refusal;   // why nothing reads it, for formats that nobody reads
-    const char *magickFallback = nullptr; // ImageMagick's coder, read when our own codec is absent
+    const char *magickFallback = nullptr; // ImageMagick's coder, read when our own codec is absent or declines
+    OwnCoverage ownCoverage = OwnCoverage::Whole;
 };
 
 // Every entry, in catalogue order (indexes 0 to 33, then MAC, IMG, MSP, DIC).

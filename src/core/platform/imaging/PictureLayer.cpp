@@ -121,6 +121,21 @@ detail::Decoded readWithOwnCodec(const QString &path, const PictureFormat &forma
     return decoded;
 }
 
+// Whether the file goes to ImageMagick although our own codec reads the
+// format: the codec reads only some variants of it and does not claim this
+// file.
+bool leftToMagick(const PictureFormat &format, const QString &path)
+{
+    if (format.ownCoverage != OwnCoverage::SomeVariants || !format.magickFallback)
+        return false;
+    std::unique_ptr<QImageIOHandler> handler = codecs::createHandler(format.readName);
+    QFile file(path);
+    if (!handler || !file.open(QIODevice::ReadOnly))
+        return false;
+    handler->setDevice(&file);
+    return !handler->canRead();
+}
+
 // Bits per pixel as the file stores them, for the formats whose header Qt
 // decodes into a wider image; 0 where the decoded image tells the truth.
 int headerBitsPerPixel(const PictureFormat &format, const QByteArray &head)
@@ -430,7 +445,19 @@ LoadResult loadPicture(const QString &path, Pages pages)
         // ImageMagick reads them.
         if (!decoded.ok() && qstrcmp(format->readName, "pbm") == 0 && magick::coderAvailable("PNM", false))
             decoded = magick::read(wholeFile(), "PNM", pages);
-        decoded.bitsPerPixel = headerBitsPerPixel(*format, head);
+        // Qt's reader refuses TIFF files that leave out tags libtiff can
+        // supply (the strip byte counts, the photometric interpretation);
+        // libtiff's own reader reads them. ImageMagick never reads TIFF here
+        // (see TiffPages.h).
+        if (!decoded.ok() && qstrcmp(format->readName, "tiff") == 0) {
+            const detail::Decoded direct = tiff::readPages(wholeFile(), pages);
+            if (direct.ok())
+                decoded = direct;
+            else if (!direct.errorString.isEmpty())
+                decoded.errorString = direct.errorString;
+        }
+        if (const int bits = headerBitsPerPixel(*format, head))
+            decoded.bitsPerPixel = bits;
         break;
     case Route::Magick:
         decoded = magick::read(wholeFile(), format->readName, pages);
@@ -449,8 +476,9 @@ LoadResult loadPicture(const QString &path, Pages pages)
         break;
     case Route::OwnCodec:
         // Dr. Halo and MacPaint are read by ImageMagick as well, in builds
-        // without our codecs.
-        if (effectiveReader(*format) == Route::Magick)
+        // without our codecs; Photoshop files in the colour modes that our
+        // reader leaves alone always are.
+        if (effectiveReader(*format) == Route::Magick || leftToMagick(*format, path))
             decoded = magick::read(wholeFile(), format->magickFallback, pages);
         else
             decoded = readWithOwnCodec(path, *format, pages);

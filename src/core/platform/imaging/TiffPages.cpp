@@ -1,11 +1,13 @@
 #include "TiffPages.h"
 
 #include <QBuffer>
+#include <QImageIOHandler>
 
 #include <tiffio.h>
 
 #include <cstdarg>
 #include <cstdio>
+#include <memory>
 #include <vector>
 
 namespace tarnby::imaging::tiff {
@@ -35,6 +37,10 @@ toff_t seekProc(thandle_t handle, toff_t offset, int whence)
         target += device->pos();
     else if (whence == SEEK_END)
         target += device->size();
+    // A read-only device cannot reach beyond its end; libtiff asks for that
+    // on damaged files, and the device would complain aloud.
+    if (target < 0 || (!device->isWritable() && target > device->size()))
+        return toff_t(-1);
     if (!device->seek(target))
         return toff_t(-1);
     return toff_t(device->pos());
@@ -130,7 +136,101 @@ bool writePage(TIFF *tif, const QImage &page, int index, int count)
     return TIFFWriteDirectory(tif) != 0;
 }
 
+constexpr int MaxPages = 4096;
+
+struct TiffCloser {
+    void operator()(TIFF *tif) const { TIFFClose(tif); }
+};
+
+// One page through libtiff's RGBA reader, which hands back A, B, G and R in
+// one 32-bit word, colours premultiplied where the page has alpha.
+QImage readRgbaPage(TIFF *tif, uint32_t width, uint32_t height, QString *error)
+{
+    char why[1024] = {};
+    if (!TIFFRGBAImageOK(tif, why)) {
+        *error = QStringLiteral("The TIFF page cannot be read: %1").arg(QString::fromLocal8Bit(why));
+        return {};
+    }
+    QImage page;
+    if (!QImageIOHandler::allocateImage(QSize(int(width), int(height)), QImage::Format_ARGB32_Premultiplied, &page)) {
+        *error = QStringLiteral("Not enough memory for a picture of %1 x %2 pixels.").arg(width).arg(height);
+        return {};
+    }
+    // ARGB32 rows are whole words, so the page is one unpadded raster.
+    auto *raster = reinterpret_cast<uint32_t *>(page.bits());
+    if (!TIFFReadRGBAImageOriented(tif, width, height, raster, ORIENTATION_TOPLEFT, 0)) {
+        *error = QStringLiteral("The TIFF page could not be decoded (%1).").arg(lastMessage);
+        return {};
+    }
+    bool opaque = true;
+    const qint64 count = qint64(width) * height;
+    for (qint64 i = 0; i < count; ++i) {
+        const uint32_t abgr = raster[i];
+        raster[i] = qRgba(int(TIFFGetR(abgr)), int(TIFFGetG(abgr)), int(TIFFGetB(abgr)), int(TIFFGetA(abgr)));
+        opaque = opaque && TIFFGetA(abgr) == 255;
+    }
+    page = opaque ? page.convertToFormat(QImage::Format_RGB32) : page.convertToFormat(QImage::Format_ARGB32);
+
+    float xRes = 0, yRes = 0;
+    uint16_t unit = RESUNIT_INCH;
+    TIFFGetFieldDefaulted(tif, TIFFTAG_RESOLUTIONUNIT, &unit);
+    if (unit != RESUNIT_NONE && TIFFGetField(tif, TIFFTAG_XRESOLUTION, &xRes) && TIFFGetField(tif, TIFFTAG_YRESOLUTION, &yRes)
+        && xRes > 0 && yRes > 0 && xRes < 1e6f && yRes < 1e6f) {
+        const double perMetre = unit == RESUNIT_CENTIMETER ? 100.0 : 1 / 0.0254;
+        page.setDotsPerMeterX(qRound(xRes * perMetre));
+        page.setDotsPerMeterY(qRound(yRes * perMetre));
+    }
+    return page;
+}
+
 } // namespace
+
+detail::Decoded readPages(const QByteArray &data, Pages pages)
+{
+    quietMessageHandlers();
+    lastMessage.clear();
+    QBuffer buffer;
+    buffer.setData(data);
+    buffer.open(QIODevice::ReadOnly);
+    TIFFOpenOptions *options = TIFFOpenOptionsAlloc();
+    TIFFOpenOptionsSetErrorHandlerExtR(options, captureMessage, nullptr);
+    // libtiff's own buffers (strips, tiles, tag arrays) stay within what the
+    // pixel bound allows a decoded picture.
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options, tmsize_t(MaxPixels * 4));
+    std::unique_ptr<TIFF, TiffCloser> tif(TIFFClientOpenExt("tarnby", "rm", &buffer, readProc, writeProc, seekProc,
+                                                             closeProc, sizeProc, mapProc, unmapProc, options));
+    TIFFOpenOptionsFree(options);
+    if (!tif)
+        return detail::failure(QStringLiteral("The TIFF file could not be opened (%1).").arg(lastMessage));
+
+    detail::Decoded decoded;
+    uint16_t bitsPerSample = 1, samplesPerPixel = 1;
+    TIFFGetFieldDefaulted(tif.get(), TIFFTAG_BITSPERSAMPLE, &bitsPerSample);
+    TIFFGetFieldDefaulted(tif.get(), TIFFTAG_SAMPLESPERPIXEL, &samplesPerPixel);
+    decoded.bitsPerPixel = int(bitsPerSample) * samplesPerPixel;
+    qint64 total = 0;
+    do {
+        uint32_t width = 0, height = 0;
+        TIFFGetField(tif.get(), TIFFTAG_IMAGEWIDTH, &width);
+        TIFFGetField(tif.get(), TIFFTAG_IMAGELENGTH, &height);
+        if (!detail::withinPixelBound(width, height))
+            return detail::failure(width > 0 && height > 0 ? detail::tooLargeMessage(width, height)
+                                                           : QStringLiteral("The TIFF page has no width or height."));
+        total += qint64(width) * height;
+        if (total > MaxPixels)
+            return detail::failure(QStringLiteral("The file's pages together are too large to load."));
+        QString error;
+        const QImage page = readRgbaPage(tif.get(), width, height, &error);
+        if (page.isNull()) {
+            // Later pages that fail leave the ones already read.
+            if (decoded.frames.isEmpty())
+                return detail::failure(error);
+            break;
+        }
+        decoded.frames.append({page, 0});
+    } while (pages == Pages::All && decoded.frames.size() < MaxPages && TIFFReadDirectory(tif.get()));
+    return decoded;
+}
 
 void quietMessageHandlers()
 {

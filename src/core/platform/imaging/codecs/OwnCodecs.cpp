@@ -3,12 +3,14 @@
 #include "AniHandler.h"
 #include "ClpHandler.h"
 #include "CutHandler.h"
+#include "DicomHandler.h"
 #include "EpsHandler.h"
 #include "FlcHandler.h"
 #include "GemImgHandler.h"
 #include "IlbmHandler.h"
 #include "MacPaintHandler.h"
 #include "MspHandler.h"
+#include "PsdHandler.h"
 
 #include <QIODevice>
 
@@ -36,6 +38,10 @@ std::unique_ptr<QImageIOHandler> createHandler(const QByteArray &format)
         handler = std::make_unique<MacPaintHandler>();
     else if (name == "eps")
         handler = std::make_unique<EpsHandler>();
+    else if (name == "psd")
+        handler = std::make_unique<PsdHandler>();
+    else if (name == "dcm")
+        handler = std::make_unique<DicomHandler>();
     if (handler)
         handler->setFormat(name);
     return handler;
@@ -49,7 +55,7 @@ QString errorString(const QImageIOHandler *handler)
 
 QList<QByteArray> readableFormats()
 {
-    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"};
+    return {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd", "dcm"};
 }
 
 QList<QByteArray> writableFormats()
@@ -69,6 +75,10 @@ QByteArray sniff(QIODevice *device)
         return "iff";
     if (MspHandler::canRead(device))
         return "msp";
+    if (PsdHandler::canRead(device))
+        return "psd";
+    if (DicomHandler::canRead(device))
+        return "dcm";
     if (FlcHandler::canRead(device))
         return "flc";
     if (ClpHandler::canRead(device))

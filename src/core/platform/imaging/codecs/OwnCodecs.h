@@ -11,9 +11,11 @@ class QImageIOHandler;
 
 // The picture formats that Tarnby reads or writes with codecs of its own, for
 // want of a maintained library: MSP, GEM IMG, IFF/ILBM, ANI, CLP and FLC to
-// read, CUT, MAC and EPS (and MSP) to write. Each format is one
-// QImageIOHandler; the picture layer picks them by lower-case format name
-// ("msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "eps").
+// read, CUT, MAC and EPS (and MSP) to write, and the Photoshop colour modes
+// that ImageMagick reads wrongly or not at all (PSD), and uncompressed DICOM,
+// of which ImageMagick 6 reads nothing. Each format is one QImageIOHandler;
+// the picture layer picks them by lower-case format name ("msp", "img",
+// "iff", "ani", "clp", "flc", "cut", "mac", "eps", "psd", "dcm").
 namespace tarnby::imaging::codecs {
 
 // A new handler for format, or nullptr when we have no codec of our own for

@@ -1,0 +1,12 @@
+// Fuzzes our DICOM reader with arbitrary bytes.
+#include "FuzzOwnCodec.h"
+
+extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
+{
+    return fuzzInitialize(argc, argv);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    return fuzzOwnCodec("dcm", data, size);
+}
