@@ -113,7 +113,7 @@ void TestCodecRoundTrip::oneBitWriters_data()
     QTest::addColumn<QByteArray>("format");
     QTest::addColumn<QImage>("picture");
     QTest::addColumn<bool>("version1");
-    for (const QByteArray format : {QByteArray("msp"), QByteArray("mac")}) {
+    for (const QByteArray &format : {QByteArray("msp"), QByteArray("mac")}) {
         const QSize size = format == "mac" ? QSize(576, 720) : QSize(21, 9);
         const QImage mono = monoPicture(size.width(), size.height());
         QTest::newRow(format + " one bit") << format << mono << false;
