@@ -2,6 +2,8 @@
 
 #include "RouteTypes.h"
 
+#include <QRect>
+
 // The formats that are drawn rather than decoded: EPS through Ghostscript,
 // EMF through libemf2svg and QtSvg, DXF through dxflib and our own renderer,
 // and FlashPix through libgsf and our own tile decoder. Each takes the whole
@@ -20,6 +22,19 @@ detail::Decoded readEps(const QByteArray &data);
 // (bounded to MaxVectorSide on its longer side).
 detail::Decoded readEmf(const QByteArray &data);
 bool emfAvailable(); // whether libemf2svg could be loaded
+
+// WMF: drawn by ImageMagick (libwmf), except a well-formed metafile whose
+// records draw nothing, which libwmf cannot size: that one is the blank page
+// its placeable header describes.
+struct WmfScan {
+    bool wellFormed = false; // headers valid, every record within the file, an end record
+    bool draws = false;      // some record puts something on the page
+    bool placeable = false;
+    QRect frame;             // of the placeable header, in metafile units (left, top, right, bottom as stored)
+    int unitsPerInch = 0;
+};
+WmfScan scanWmf(const QByteArray &data); // bounded by the data: each record moves the walk on
+detail::Decoded readWmf(const QByteArray &data, Pages pages);
 
 // DXF (ASCII): lines, polylines, circles, arcs, ellipses, solids, points and
 // text of the entities section, drawn black on white fitted within
