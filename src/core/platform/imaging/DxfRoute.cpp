@@ -26,6 +26,9 @@ constexpr size_t MaxPathElements = 4'000'000; // about 100 MB of outline points
 constexpr size_t MaxSmoothShapes = 50'000;
 
 constexpr qsizetype MaxTextLength = 4096;
+// Letters laid out by the font code cost far more than lines: a block of
+// long text inserted in a large array is cut off at this many letters.
+constexpr qsizetype MaxTextLetters = 200'000;
 constexpr qsizetype MaxTextLines = 256;
 // Arcs of polyline bulges are drawn as at most this many straight pieces.
 constexpr int MaxArcSegments = 256;
@@ -306,7 +309,7 @@ public:
 
     void addTextItem(Text &&t)
     {
-        if (full() || !finite(t))
+        if (full() || !finite(t) || !takeLetters(t))
             return;
         ++shapes;
         if (m_block) {
@@ -410,7 +413,7 @@ public:
                     mapped.at = total.map(text.at);
                     mapped.xAxis = mapVector(total, text.xAxis);
                     mapped.yAxis = mapVector(total, text.yAxis);
-                    if (!finite(mapped))
+                    if (!finite(mapped) || !takeLetters(mapped))
                         continue;
                     ++shapes;
                     growByText(mapped);
@@ -420,6 +423,17 @@ public:
                     place(inner, total, depth + 1);
             }
         }
+    }
+    // Counts the text's letters against MaxTextLetters; false once spent.
+    bool takeLetters(const Text &t)
+    {
+        qsizetype letters = 0;
+        for (const QString &line : t.lines)
+            letters += line.size();
+        if (m_letters + letters > MaxTextLetters)
+            return false;
+        m_letters += letters;
+        return true;
     }
     static bool finite(const Text &t)
     {
@@ -476,6 +490,7 @@ private:
     QPolygonF m_polyline;
     std::vector<double> m_bulges;
     QString m_paragraph; // the leading pieces of a long paragraph text
+    qsizetype m_letters = 0;
 };
 
 // Draws one text item; toImage maps drawing units to image pixels.
@@ -513,13 +528,41 @@ void drawText(QPainter &painter, const QTransform &toImage, const Text &t)
     }
 }
 
+// dxflib reads a line into a buffer of DL_DXF_MAXLINE bytes; a longer line
+// leaves its stream failed but not at its end, and its reading loop then
+// never finishes. Longer lines are cut short here, which keeps group codes
+// and values paired and only shortens an over-long value.
+QByteArray withShortLines(const QByteArray &data)
+{
+    constexpr qsizetype MaxLine = DL_DXF_MAXLINE - 24;
+    const auto lineEnd = [&](qsizetype from) {
+        const qsizetype end = data.indexOf('\n', from);
+        return end < 0 ? data.size() : end;
+    };
+    bool tooLong = false;
+    for (qsizetype start = 0; start < data.size() && !tooLong; start = lineEnd(start) + 1)
+        tooLong = lineEnd(start) - start > MaxLine;
+    if (!tooLong)
+        return data;
+    QByteArray out;
+    out.reserve(data.size());
+    for (qsizetype start = 0; start < data.size();) {
+        const qsizetype end = lineEnd(start);
+        out.append(data.constData() + start, qMin(end - start, MaxLine));
+        if (end < data.size())
+            out.append('\n');
+        start = end + 1;
+    }
+    return out;
+}
+
 } // namespace
 
 detail::Decoded readDxf(const QByteArray &data)
 {
     Collector collector;
     {
-        std::istringstream stream(data.toStdString());
+        std::istringstream stream(withShortLines(data).toStdString());
         DL_Dxf dxf;
         try {
             if (!dxf.in(stream, &collector))
