@@ -26,9 +26,10 @@ constexpr size_t MaxPathElements = 4'000'000; // about 100 MB of outline points
 constexpr size_t MaxSmoothShapes = 50'000;
 
 constexpr qsizetype MaxTextLength = 4096;
-// Letters laid out by the font code cost far more than lines: a block of
-// long text inserted in a large array is cut off at this many letters.
-constexpr qsizetype MaxTextLetters = 200'000;
+// Letters drawn by the font code cost far more than lines (turned or
+// stretched text is drawn glyph by glyph as outlines): a block of long text
+// inserted in a large array is cut off at this many letters.
+constexpr qsizetype MaxTextLetters = 50'000;
 constexpr qsizetype MaxTextLines = 256;
 // Arcs of polyline bulges are drawn as at most this many straight pieces.
 constexpr int MaxArcSegments = 256;
@@ -493,8 +494,11 @@ private:
     qsizetype m_letters = 0;
 };
 
-// Draws one text item; toImage maps drawing units to image pixels.
-void drawText(QPainter &painter, const QTransform &toImage, const Text &t)
+// Draws one text item; toImage maps drawing units to image pixels. Large
+// letters are drawn as outlines at a cost that grows with their area, which
+// is taken from budget (in square pixels); text that would overdraw it is
+// left out.
+void drawText(QPainter &painter, const QTransform &toImage, const Text &t, double *budget)
 {
     const QPointF at = toImage.map(t.at);
     const QPointF right = mapVector(toImage, t.xAxis);
@@ -502,12 +506,34 @@ void drawText(QPainter &painter, const QTransform &toImage, const Text &t)
     const double height = std::hypot(up.x(), up.y());
     if (!(height >= 2) || height > MaxVectorSide || !(std::hypot(right.x(), right.y()) > 0))
         return;
+    // Text wholly outside the picture is not laid out. The box is generous:
+    // a letter is taken as one text height wide.
+    qsizetype longest = 0;
+    for (const QString &line : t.lines)
+        longest = qMax(longest, line.size());
+    const double reach = double(longest) + 1, lines = double(t.lines.size()) * t.lineSpacing + 1;
+    QPolygonF box;
+    for (const QPointF &corner : {QPointF(-reach, -lines), QPointF(reach, -lines), QPointF(reach, lines), QPointF(-reach, lines)})
+        box << at + right * corner.x() + up * corner.y();
+    if (!box.boundingRect().intersects(QRectF(0, 0, painter.device()->width(), painter.device()->height())))
+        return;
+    qsizetype letters = 0;
+    for (const QString &line : t.lines)
+        letters += line.size();
+    const double cost = double(letters) * height * std::hypot(right.x(), right.y());
+    if (cost > *budget)
+        return;
+    *budget -= cost;
     // The font is set at the text's height in pixels, and the painter maps
     // font pixels (x right, y down) onto the text's own axes, which carry any
     // rotation, stretch or mirroring.
     const int pixels = qRound(height);
     QFont font;
     font.setPixelSize(pixels);
+    // Hinting fits glyphs to an upright pixel grid, which turned and scaled
+    // drawing text does not have; it is also the costliest part of loading a
+    // glyph.
+    font.setHintingPreference(QFont::PreferNoHinting);
     painter.setFont(font);
     const QFontMetricsF metrics(font);
     painter.setTransform(QTransform(right.x() / pixels, right.y() / pixels, -up.x() / pixels, -up.y() / pixels,
@@ -613,8 +639,9 @@ detail::Decoded readDxf(const QByteArray &data)
 
     // Text needs the font database, which only a GUI application has.
     if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+        double budget = 64.0 * width * height; // the picture covered with letters many times over
         for (const Text &t : collector.texts)
-            drawText(painter, toImage, t);
+            drawText(painter, toImage, t, &budget);
     }
     painter.end();
 
