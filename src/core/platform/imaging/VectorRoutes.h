@@ -18,8 +18,9 @@ namespace tarnby::imaging::vector {
 inline constexpr int EpsTimeLimitSeconds = 20;
 detail::Decoded readEps(const QByteArray &data);
 
-// EMF: converted to SVG and drawn at the picture frame's size in pixels
-// (bounded to MaxVectorSide on its longer side).
+// EMF: converted to SVG and drawn with the header's frame stretched over a
+// picture the size of its bounds in device pixels (bounded to MaxVectorSide
+// on its longer side).
 detail::Decoded readEmf(const QByteArray &data);
 bool emfAvailable(); // whether libemf2svg could be loaded
 
@@ -36,9 +37,10 @@ struct WmfScan {
 WmfScan scanWmf(const QByteArray &data); // bounded by the data: each record moves the walk on
 detail::Decoded readWmf(const QByteArray &data, Pages pages);
 
-// DXF (ASCII): lines, polylines, circles, arcs, ellipses, solids, points and
-// text of the entities section, drawn black on white fitted within
-// MaxVectorSide.
+// DXF (ASCII): lines, polylines (bulged segments as arcs), circles, arcs,
+// ellipses, solids, points, single-line and paragraph text of the entities
+// section and of the blocks it inserts, drawn black on white fitted within
+// MaxVectorSide. Shapes, nesting, inserts and letters are bounded.
 detail::Decoded readDxf(const QByteArray &data);
 
 // FlashPix: the highest-resolution image of the OLE2 container.
