@@ -8,6 +8,13 @@
 
 namespace tarnby::cli {
 
+// What a command needs of the application object: most get by with a
+// QCoreApplication; those that draw pictures need fonts for the text of
+// drawings and metafiles, and so a QGuiApplication (on the offscreen platform
+// unless QT_QPA_PLATFORM says otherwise), which costs a platform plugin and
+// font set-up at start.
+enum class Needs { Core, Fonts };
+
 // One command of tarnby-cli. run() gets the arguments after the command name
 // as the raw bytes the shell passed (file names need not be valid UTF-8) and
 // returns the process exit status.
@@ -16,6 +23,7 @@ struct CliCommand {
     const char *synopsis;
     const char *summary;
     int (*run)(const QByteArrayList &args);
+    Needs needs = Needs::Core;
 };
 
 std::vector<CliCommand> &commandTable();
@@ -33,3 +41,8 @@ void outBytes(const QByteArray &bytes);
 
 #define TARNBY_CLI_COMMAND(id, name, synopsis, summary, fn)                                        \
     static const ::tarnby::cli::CommandRegistrar tarnbyCliCommand_##id({name, synopsis, summary, fn})
+
+// A command that draws pictures, text included (see Needs::Fonts).
+#define TARNBY_CLI_DRAWING_COMMAND(id, name, synopsis, summary, fn)                                \
+    static const ::tarnby::cli::CommandRegistrar tarnbyCliCommand_##id(                            \
+        {name, synopsis, summary, fn, ::tarnby::cli::Needs::Fonts})

@@ -112,9 +112,9 @@ int runFormats(const QByteArrayList &args)
 
 } // namespace
 
-TARNBY_CLI_COMMAND(info, "info", "info FILE",
+TARNBY_CLI_DRAWING_COMMAND(info, "info", "info FILE",
                    "The picture facts of the properties window, \"caption<TAB>value\" a line.", runInfo);
-TARNBY_CLI_COMMAND(convert, "convert", "convert [--bpp N] [--quality Q] IN OUT",
+TARNBY_CLI_DRAWING_COMMAND(convert, "convert", "convert [--bpp N] [--quality Q] IN OUT",
                    "Load IN and save it in the format of OUT's extension (its save-format code); "
                    "bits per pixel kept unless --bpp is given.",
                    runConvert);

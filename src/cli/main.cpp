@@ -1,9 +1,10 @@
 #include "CliCommand.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 using namespace tarnby::cli;
 
@@ -18,11 +19,37 @@ void printHelp()
         out(QStringLiteral("  %1\n      %2\n").arg(QLatin1String(c.synopsis), QLatin1String(c.summary)));
     out(QStringLiteral("\n  --help\n      Show this list.\n"));
 }
+
+// The application object the command needs. Drawing commands get a GUI
+// application so that drawings and metafiles keep their text; without a
+// display it runs on the offscreen platform, unless the user chose one.
+// Only the program name is handed over: Qt would take options such as
+// "-platform" or "-reverse" out of the arguments, which are file names here.
+std::unique_ptr<QCoreApplication> makeApplication(char *program, Needs needs)
+{
+    static int argc = 1;
+    static char *argv[] = {program, nullptr};
+    if (needs == Needs::Core)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
+const CliCommand *findCommand(const char *name)
+{
+    for (const CliCommand &c : commandTable()) {
+        if (std::strcmp(name, c.name) == 0)
+            return &c;
+    }
+    return nullptr;
+}
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    const CliCommand *command = argc >= 2 ? findCommand(argv[1]) : nullptr;
+    const std::unique_ptr<QCoreApplication> app = makeApplication(argv[0], command ? command->needs : Needs::Core);
     QCoreApplication::setApplicationName(QStringLiteral("Tarnby"));
     QCoreApplication::setOrganizationName(QStringLiteral("Tarnby"));
 
@@ -33,10 +60,8 @@ int main(int argc, char *argv[])
     QByteArrayList args;
     for (int i = 2; i < argc; ++i)
         args << QByteArray(argv[i]);
-    for (const CliCommand &c : commandTable()) {
-        if (std::strcmp(argv[1], c.name) == 0)
-            return c.run(args);
-    }
+    if (command)
+        return command->run(args);
     err(QStringLiteral("tarnby-cli: unknown command \"%1\"; try tarnby-cli --help\n").arg(QString::fromLocal8Bit(argv[1])));
     return 2;
 }

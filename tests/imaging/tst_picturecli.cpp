@@ -13,9 +13,15 @@ struct Run {
     QString err;
 };
 
-Run cli(const QStringList &arguments)
+// platform: the QT_QPA_PLATFORM the tool sees; a null string leaves it unset.
+Run cli(const QStringList &arguments, const QString &platform = QStringLiteral("offscreen"))
 {
     QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    if (!platform.isNull())
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
+    process.setProcessEnvironment(environment);
     process.start(qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"), arguments);
     Run run;
     if (!process.waitForFinished(120000))
@@ -33,6 +39,31 @@ QImage pattern()
         for (int x = 0; x < image.width(); ++x)
             image.setPixel(x, y, qRgb(x * 12, y * 19, 77));
     return image;
+}
+
+// A drawing of a square outline from (0, 0) to (100, 100) holding one line
+// of text whose letters stand between (10, 40) and about (60, 60).
+const QByteArray TextDrawing = "0\nSECTION\n2\nENTITIES\n"
+                               "0\nLWPOLYLINE\n8\n0\n90\n4\n70\n1\n"
+                               "10\n0\n20\n0\n10\n100\n20\n0\n10\n100\n20\n100\n10\n0\n20\n100\n"
+                               "0\nTEXT\n8\n0\n10\n10\n20\n40\n40\n20\n1\nHHHH\n"
+                               "0\nENDSEC\n0\nEOF\n";
+
+// Dark pixels of the picture in the drawing's rectangle (x, y, width,
+// height in drawing units, y up), placed by the outline's ink.
+int inkIn(const QImage &image, const QRectF &r)
+{
+    int left = image.width(), right = 0, top = image.height(), bottom = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (qGray(image.pixel(x, y)) < 160)
+                left = qMin(left, x), right = qMax(right, x), top = qMin(top, y), bottom = qMax(bottom, y);
+    const double sx = (right - left) / 100.0, sy = (bottom - top) / 100.0;
+    int count = 0;
+    for (int y = qRound(bottom - r.bottom() * sy); y <= qRound(bottom - r.top() * sy); ++y)
+        for (int x = qRound(left + r.left() * sx); x <= qRound(left + r.right() * sx); ++x)
+            count += qGray(image.pixel(x, y)) < 160;
+    return count;
 }
 
 } // namespace
@@ -151,6 +182,48 @@ private slots:
                  0);
         QVERIFY(cli({QStringLiteral("info"), dir.filePath(QStringLiteral("wide.bmp"))})
                     .out.contains(QLatin1String("Number of Bits per Bitmap:\t24\n")));
+    }
+
+    // Text needs fonts, which the tool sets up for its drawing commands on
+    // the offscreen platform unless the user names one.
+    void convertedDrawingKeepsItsText_data()
+    {
+        QTest::addColumn<QString>("platform");
+        QTest::newRow("no platform set") << QString();
+        QTest::newRow("platform set by the user") << QStringLiteral("offscreen");
+    }
+    void convertedDrawingKeepsItsText()
+    {
+        QFETCH(QString, platform);
+        TestDir dir;
+        const QString in = dir.createFile(QStringLiteral("label.dxf"), TextDrawing);
+        const QString out = dir.filePath(QStringLiteral("label.png"));
+        const Run run = cli({QStringLiteral("convert"), in, out}, platform);
+        QVERIFY2(run.exitCode == 0, qPrintable(run.err));
+        const QImage image(out);
+        QVERIFY(!image.isNull());
+        QVERIFY(inkIn(image, QRectF(12, 42, 40, 14)) > 100);
+        QCOMPARE(inkIn(image, QRectF(12, 70, 40, 14)), 0);
+    }
+
+    // The user's platform is used as named: a platform that does not exist
+    // stops a drawing command, and shows that nothing overrode the choice.
+    void drawingCommandsHonourTheUsersPlatform()
+    {
+        TestDir dir;
+        const QString in = dir.createFile(QStringLiteral("label.dxf"), TextDrawing);
+        const Run run = cli({QStringLiteral("info"), in}, QStringLiteral("no-such-platform"));
+        QVERIFY(run.exitCode != 0);
+        QVERIFY2(run.err.contains(QLatin1String("no-such-platform")), qPrintable(run.err));
+    }
+
+    // Listing formats needs no fonts, so it sets up no display platform at
+    // all: an unusable one does not stop it.
+    void formatsNeedsNoPlatform()
+    {
+        const Run run = cli({QStringLiteral("formats")}, QStringLiteral("no-such-platform"));
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(run.out.startsWith(QLatin1String("Extension\tRead")));
     }
 
     void formatsListsEveryPictureExtension()

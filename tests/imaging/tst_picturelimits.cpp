@@ -212,6 +212,55 @@ private slots:
                           "0\nINSERT\n8\n0\n2\nLOOP\n10\n1\n20\n1\n70\n1000\n71\n1000\n44\n1\n45\n1\n"
                           "0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n"
                           "0\nINSERT\n8\n0\n2\nLOOP\n10\n0\n20\n0\n70\n1000\n71\n1000\n0\nENDSEC\n0\nEOF\n");
+        QTest::newRow("line longer than the reader's buffer")
+            << ("0\nSECTION\n2\nENTITIES\n0\nTEXT\n8\n0\n10\n0\n20\n0\n40\n5\n1\n" + QByteArray(5000, 'W')
+                + "\n0\nLINE\n8\n0\n10\n0\n20\n0\n11\n1\n21\n1\n0\nENDSEC\n0\nEOF\n");
+        QTest::newRow("long text in a block that inserts itself in arrays")
+            << ("0\nSECTION\n2\nBLOCKS\n0\nBLOCK\n8\n0\n2\nLOOP\n70\n0\n10\n0\n20\n0\n"
+                "0\nTEXT\n8\n0\n10\n0\n20\n0\n40\n50\n1\n" + QByteArray(4000, 'W') + "\n"
+                "0\nMTEXT\n8\n0\n10\n0\n20\n0\n40\n50\n1\n" + QByteArray(2000, 'W') + QByteArray(1000, '\\') + "P\n"
+                "0\nINSERT\n8\n0\n2\nLOOP\n10\n1\n20\n1\n70\n1000\n71\n1000\n44\n1\n45\n1\n"
+                "0\nENDBLK\n0\nENDSEC\n0\nSECTION\n2\nENTITIES\n"
+                "0\nINSERT\n8\n0\n2\nLOOP\n10\n0\n20\n0\n70\n1000\n71\n1000\n0\nENDSEC\n0\nEOF\n");
+        QTest::newRow("bulges near the largest double and not numbers")
+            << QByteArray("0\nSECTION\n2\nENTITIES\n0\nLWPOLYLINE\n8\n0\n90\n3\n70\n1\n"
+                          "10\n0\n20\n0\n42\n1e308\n10\n1\n20\n0\n42\nnan\n10\n1\n20\n1\n42\n-1e-300\n"
+                          "0\nENDSEC\n0\nEOF\n");
+        // Found by fuzz_dxf: letters of a hundred text heights in the arrays
+        // of a block that inserts itself took half a minute to draw.
+        QTest::newRow("fuzzed large letters in arrays")
+            << QByteArray::fromBase64(
+                   "MApTRUNUSU9OCjIKQkxPQ0tTCjAKQkxPQ0sKOAowCjIKTE9PUAo3MAowCjEwCjAKMjAKMAowClRXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1chAAAAV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXXVdXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1chAAAAV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXVw5XV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dS"
+                   "V1dXV1dXV1dXV1dXV1dcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxQCjAKSU5TRVJUCjgKMAoyCkxPT1AKMTAKMQoyMAoxCjcwCjEwMDBcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcHFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcAAADmVxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
+                   "XFz///////////////////////////9cXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFAKMApJTlNF"
+                   "UlQKOAowCjIKTE9PUAoxMAoxCjIwCjEKNzAKMTAwMApTRUNUSU9OCjIKQkxPQ0tTCjAKQkxPQ0sKOAowCjIKQgo3MAowCjEwCjAK"
+                   "MjAKMAowCk1URVhUCjAKMAoxMAowCjIwCjAKNDAKNQo3MQo1CjMKYWIKMQp7XGZBcmlhbDt4fVxQeQowCkxXUE9MWUxJTkUKOAow"
+                   "CjkwCjIKNzAKMQoxMAowCjIwCjAKNDIKMC41CjEwCjkKMjAKMAo0MgotMgpXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
+                   "V1dXV1dXV1dXV1dXV1dXV1dXVzAKMgpCCjEwCjMKMjAKNAo0MQoyCjQyCi0xCjUwCjMwCjcwCjIKNzEKMgo0NAo1CjQ1CjUKMApU"
+                   "RVhUCjgKMAoxMAoxCjIwCjEKNDAKMgo3MgoxCjExCjUKMjEKNQoxClQKMApFTkRTRTAKNzEKMTAwMAo0NAoxCjQ1CjEKMApFTkRC"
+                   "TEsKMApFTkRTRUMKMApTRUNUSU9OCjIKRU5USVRJRVMKMApJTlNFUlQKOAowCjIKTE9PUAoxMAowCjIwCjAKNzAKMTAwMAo3Qwow"
+                   "CkUxCjFPRjAwMAowCkVORFNFQwowCkVPCkYK");
         QTest::newRow("circle of negative radius")
             << QByteArray("  0\nSECTION\n  2\nENTITIES\n  0\nCIRCLE\n  8\n0\n 10\n0\n 20\n0\n 40\n-5\n  0\nENDSEC\n  0\nEOF\n");
     }

@@ -10,6 +10,7 @@
 
 #include <QRegularExpression>
 
+#include <cmath>
 #include <cstdlib>
 #include <dlfcn.h>
 
@@ -31,6 +32,39 @@ Emf2Svg converter()
     }();
     return fn;
 }
+
+// What the header says about the drawing's place: rclBounds in device
+// pixels, rclFrame in hundredths of a millimetre, and the reference device's
+// size in pixels and millimetres (or micrometres, where the header is long
+// enough to carry them).
+struct EmfHeader {
+    QRect bounds;  // left, top, right, bottom as stored
+    QRectF frame;  // in device pixels; empty when the header gives no usable frame
+
+    static EmfHeader read(const QByteArray &data)
+    {
+        const auto i32 = [&](int at) { return qFromLittleEndian<qint32>(data.constData() + at); };
+        EmfHeader h;
+        h.bounds.setCoords(i32(8), i32(12), i32(16), i32(20));
+        double millimetresX = i32(80), millimetresY = i32(84);
+        const quint32 headerSize = qFromLittleEndian<quint32>(data.constData() + 4);
+        if (headerSize >= 108 && data.size() >= 108 && i32(100) > 0 && i32(104) > 0) {
+            millimetresX = i32(100) / 1000.0;
+            millimetresY = i32(104) / 1000.0;
+        }
+        const double deviceX = i32(72), deviceY = i32(76);
+        if (deviceX > 0 && deviceY > 0 && millimetresX > 0 && millimetresY > 0) {
+            const double perHundredthX = deviceX / millimetresX / 100, perHundredthY = deviceY / millimetresY / 100;
+            const QRectF frame(QPointF(i32(24) * perHundredthX, i32(28) * perHundredthY),
+                               QPointF(i32(32) * perHundredthX, i32(36) * perHundredthY));
+            if (frame.width() > 0 && frame.height() > 0 && std::isfinite(frame.width()) && std::isfinite(frame.height()))
+                h.frame = frame;
+        }
+        return h;
+    }
+    qint64 boundsWidth() const { return qint64(bounds.right()) - bounds.left(); }
+    qint64 boundsHeight() const { return qint64(bounds.bottom()) - bounds.top(); }
+};
 
 } // namespace
 
@@ -76,10 +110,29 @@ detail::Decoded readEmf(const QByteArray &data)
     QSvgRenderer renderer(drawable);
     if (!renderer.isValid())
         return detail::failure(QStringLiteral("The metafile's drawing could not be read."));
-    QSizeF size = renderer.defaultSize();
+    // The converter lays the drawing out from the header's bounds: its SVG
+    // units are device pixels less the bounds' top left corner, times the
+    // ratio of its declared size to the bounds' size. A metafile is shown the
+    // way it is played into a rectangle: its frame, not the extent of what it
+    // draws, is stretched over the picture, and the picture takes the size of
+    // the bounds (the frame's size in pixels where the bounds are unusable).
+    const EmfHeader header = EmfHeader::read(data);
+    const QSizeF declared = renderer.defaultSize();
+    QSizeF size = declared;
+    if (header.boundsWidth() > 0 && header.boundsHeight() > 0)
+        size = QSizeF(double(header.boundsWidth()), double(header.boundsHeight()));
+    else if (!header.frame.isEmpty())
+        size = header.frame.size();
+    if (!header.frame.isEmpty() && !declared.isEmpty() && header.boundsWidth() > 0 && header.boundsHeight() > 0) {
+        const double sx = declared.width() / double(header.boundsWidth());
+        const double sy = declared.height() / double(header.boundsHeight());
+        renderer.setViewBox(QRectF((header.frame.left() - header.bounds.left()) * sx,
+                                   (header.frame.top() - header.bounds.top()) * sy, header.frame.width() * sx,
+                                   header.frame.height() * sy));
+    }
     if (size.isEmpty())
         size = renderer.viewBoxF().size();
-    if (size.isEmpty())
+    if (size.isEmpty() || !std::isfinite(size.width()) || !std::isfinite(size.height()))
         return detail::failure(QStringLiteral("The metafile has no drawing size."));
     const double longer = qMax(size.width(), size.height());
     if (longer > MaxVectorSide)
@@ -91,7 +144,7 @@ detail::Decoded readEmf(const QByteArray &data)
         return detail::failure(detail::tooLargeMessage(pixels.width(), pixels.height()));
     image.fill(Qt::white);
     QPainter painter(&image);
-    renderer.render(&painter);
+    renderer.render(&painter, QRectF(QPointF(0, 0), QSizeF(pixels)));
     painter.end();
 
     detail::Decoded decoded;

@@ -151,6 +151,8 @@ const NameRow FormatNames[] = {
     {{110}, "XBitMap Monochrome Bitmap"},
     {{113}, "XWD File Format"},
     {{74}, "OS/2 BMP version 2.x"},
+    // Ours, not an imaging number: see DrawingFormatNumber.
+    {{DrawingFormatNumber}, "Drawing Interchange Format (DXF)"},
 };
 
 quint16 le16(const QByteArray &d, int at)
@@ -323,6 +325,8 @@ int fileFormatNumber(const PictureFormat &format, const QByteArray &head, QIODev
     }
     if (ext == QLatin1String("DCX"))
         return 58;
+    if (ext == QLatin1String("DXF"))
+        return DrawingFormatNumber;
     if (ext == QLatin1String("BMP")) {
         const quint32 headerSize = le32(head, 14);
         if (headerSize == 12)

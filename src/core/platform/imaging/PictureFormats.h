@@ -61,6 +61,12 @@ const PictureFormat *formatForCode(int code);
 // where the file is that long) and the file's size; nullptr when unknown.
 const PictureFormat *sniffFormat(const QByteArray &head);
 
+// The number reported for a DXF drawing. The save list files DXF under 58,
+// the number of multi-page PCX files, whose name a drawing must not show; a
+// drawing is reported under a number of its own, outside the imaging
+// numbers, named as the browser's filter for drawings names them.
+inline constexpr int DrawingFormatNumber = 1016;
+
 // The format number reported for a file of this format: the entry's code,
 // refined from the header where the name table tells variants apart (PBM,
 // PGM and PPM kinds, OS/2 and RLE bitmaps, LZW and CCITT TIFF, DCX, GIF).

@@ -460,7 +460,11 @@ LoadResult loadPicture(const QString &path, Pages pages)
             decoded.bitsPerPixel = bits;
         break;
     case Route::Magick:
-        decoded = magick::read(wholeFile(), format->readName, pages);
+        // Metafiles take a look of our own first: see readWmf().
+        if (qstrcmp(format->readName, "WMF") == 0)
+            decoded = vector::readWmf(wholeFile(), pages);
+        else
+            decoded = magick::read(wholeFile(), format->readName, pages);
         break;
     case Route::Ghostscript:
         decoded = vector::readEps(wholeFile());
