@@ -2,6 +2,7 @@
 // sub-folder per target, small files made by our own sample builders.
 //   make_fuzz_seeds <seeds folder>
 #include "CodecSamples.h"
+#include "FlashPixSamples.h"
 
 #include "platform/imaging/codecs/OwnCodecs.h"
 
@@ -91,6 +92,18 @@ int main(int argc, char **argv)
     save(root + "/flc", "fli.flc", codecsamples::flic({sixteen, black}, 5, true));
     save(root + "/cut", "sixteen.cut", written("cut", sixteen));
     save(root + "/mac", "picture.mac", written("mac", mono));
+    // FlashPix: two tiles across and down, the right and bottom ones cut.
+    QImage photo(70, 66, QImage::Format_ARGB32);
+    for (int y = 0; y < photo.height(); ++y)
+        for (int x = 0; x < photo.width(); ++x)
+            photo.setPixel(x, y, qRgba(x * 3, y * 3, (x ^ y) & 0xff, 255 - x * 2));
+    using namespace fpxsample;
+    save(root + "/fpx", "ycc.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::Uncompressed));
+    save(root + "/fpx", "ycc-opacity.fpx", flashPix(photo, Channels::PhotoYccOpacity, Tiles::Uncompressed));
+    save(root + "/fpx", "grey.fpx", flashPix(photo, Channels::Grey, Tiles::Uncompressed));
+    save(root + "/fpx", "rgb-premultiplied.fpx", flashPix(photo, Channels::RgbPremultiplied, Tiles::Uncompressed));
+    save(root + "/fpx", "ycc-single-colour.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::SingleColour));
+    save(root + "/fpx", "rgb-jpeg.fpx", flashPix(photo, Channels::Rgb, Tiles::Jpeg));
     for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"}) {
         for (const QFileInfo &info : QDir(root + '/' + folder).entryInfoList(QDir::Files)) {
             QFile in(info.filePath());
