@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImageIOHandler>
+#include <QImageWriter>
 
 namespace {
 
@@ -104,6 +105,22 @@ int main(int argc, char **argv)
     save(root + "/fpx", "rgb-premultiplied.fpx", flashPix(photo, Channels::RgbPremultiplied, Tiles::Uncompressed));
     save(root + "/fpx", "ycc-single-colour.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::SingleColour));
     save(root + "/fpx", "rgb-jpeg.fpx", flashPix(photo, Channels::Rgb, Tiles::Jpeg));
+    save(root + "/fpx", "ycc-jpeg.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::Jpeg));
+    // JPEG thumbnails: large enough for the eighth-scale road at 64 pixels.
+    QImage large(520, 400, QImage::Format_RGB32);
+    for (int y = 0; y < large.height(); ++y)
+        for (int x = 0; x < large.width(); ++x)
+            large.setPixel(x, y, qRgb(x / 2, y / 2, (x ^ y) & 0xff));
+    for (const bool progressive : {false, true}) {
+        QByteArray jpeg;
+        QBuffer buffer(&jpeg);
+        buffer.open(QIODevice::WriteOnly);
+        QImageWriter writer(&buffer, "JPEG");
+        writer.setQuality(40);
+        writer.setProgressiveScanWrite(progressive);
+        writer.write(progressive ? large : large.convertToFormat(QImage::Format_Grayscale8));
+        save(root + "/thumbs", progressive ? "progressive.jpg" : "baseline-grey.jpg", jpeg);
+    }
     for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac"}) {
         for (const QFileInfo &info : QDir(root + '/' + folder).entryInfoList(QDir::Files)) {
             QFile in(info.filePath());

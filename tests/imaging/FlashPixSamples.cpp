@@ -13,7 +13,11 @@
 #include <gsf/gsf-utils.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <mutex>
+
+#include <jpeglib.h>
 
 namespace fpxsample {
 
@@ -132,6 +136,35 @@ QByteArray jpegOf(const QImage &image)
     return bytes;
 }
 
+// A 64 x 64 JPEG of three channels per pixel, stored as they are: the coder
+// is told they already are its own luma and chroma, so it converts nothing.
+QByteArray unconvertedJpeg(const QByteArray &samples)
+{
+    jpeg_compress_struct cinfo;
+    jpeg_error_mgr error;
+    cinfo.err = jpeg_std_error(&error);
+    jpeg_create_compress(&cinfo);
+    unsigned char *buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&cinfo, &buffer, &size);
+    cinfo.image_width = Tile;
+    cinfo.image_height = Tile;
+    cinfo.input_components = 3;
+    cinfo.in_color_space = JCS_YCbCr;
+    jpeg_set_defaults(&cinfo);
+    jpeg_set_quality(&cinfo, 95, TRUE);
+    jpeg_start_compress(&cinfo, TRUE);
+    while (cinfo.next_scanline < cinfo.image_height) {
+        auto *row = reinterpret_cast<JSAMPROW>(const_cast<char *>(samples.constData()) + cinfo.next_scanline * Tile * 3);
+        jpeg_write_scanlines(&cinfo, &row, 1);
+    }
+    jpeg_finish_compress(&cinfo);
+    jpeg_destroy_compress(&cinfo);
+    QByteArray bytes(reinterpret_cast<const char *>(buffer), qsizetype(size));
+    free(buffer);
+    return bytes;
+}
+
 void addStream(GsfOutfile *storage, const char *name, const QByteArray &bytes)
 {
     GsfOutput *stream = gsf_outfile_new_child(storage, name, FALSE);
@@ -190,7 +223,7 @@ QByteArray flashPix(const QImage &picture, Channels channels, Tiles tiles, Damag
             const QByteArray c = channelsOf(picture.pixel(x0, y0), channels);
             for (int i = 0; i < std::min(bands, 4); ++i)
                 subtype |= quint32(uchar(c.at(i))) << (8 * i);
-        } else if (tiles == Tiles::Jpeg) {
+        } else if (tiles == Tiles::Jpeg || tiles == Tiles::JpegUnconverted) {
             compression = 2;
             // A whole tile, the picture's last row and column repeated
             // past its edge, as encoders pad them.
@@ -198,7 +231,18 @@ QByteArray flashPix(const QImage &picture, Channels channels, Tiles tiles, Damag
             for (int y = 0; y < Tile; ++y)
                 for (int x = 0; x < Tile; ++x)
                     tile.setPixel(x, y, picture.pixel(x0 + std::min(x, w - 1), y0 + std::min(y, h - 1)));
-            bytes = jpegOf(channels == Channels::Grey ? tile.convertToFormat(QImage::Format_Grayscale8) : tile);
+            if (channels == Channels::Grey) {
+                bytes = jpegOf(tile.convertToFormat(QImage::Format_Grayscale8));
+            } else if (channels == Channels::Rgb && tiles == Tiles::Jpeg) {
+                bytes = jpegOf(tile); // the coder's own YCbCr, which the subtype says
+                subtype = 1 << 16;
+            } else {
+                QByteArray samples;
+                for (int y = 0; y < Tile; ++y)
+                    for (int x = 0; x < Tile; ++x)
+                        samples += channelsOf(tile.pixel(x, y), channels);
+                bytes = unconvertedJpeg(samples);
+            }
         } else {
             for (int y = 0; y < h; ++y)
                 for (int x = 0; x < w; ++x)

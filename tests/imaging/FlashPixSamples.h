@@ -9,7 +9,10 @@
 namespace fpxsample {
 
 enum class Channels { Grey, GreyOpacity, Rgb, RgbOpacity, RgbPremultiplied, PhotoYcc, PhotoYccOpacity, FiveBands };
-enum class Tiles { Uncompressed, SingleColour, Jpeg };
+// JPEG tiles of NIF RGB are converted to the coder's YCbCr, as usual; those of
+// PhotoYCC are stored as they are (its channels already are luma and chroma).
+// JpegUnconverted stores NIF RGB as it is, too.
+enum class Tiles { Uncompressed, SingleColour, Jpeg, JpegUnconverted };
 // What is wrong with the file, for the reader to refuse.
 enum class Damage {
     None,

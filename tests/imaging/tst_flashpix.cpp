@@ -94,6 +94,9 @@ void TestFlashPix::readsWhatWasWritten_data()
     QTest::newRow("PhotoYCC, single-colour tiles") << Channels::PhotoYcc << Tiles::SingleColour << odd << 1.0 << 24;
     QTest::newRow("grey, single-colour tiles") << Channels::Grey << Tiles::SingleColour << odd << 0.0 << 8;
     QTest::newRow("RGB, JPEG tiles") << Channels::Rgb << Tiles::Jpeg << odd << 3.0 << 24;
+    QTest::newRow("RGB, JPEG tiles not converted by the coder")
+        << Channels::Rgb << Tiles::JpegUnconverted << odd << 3.0 << 24;
+    QTest::newRow("PhotoYCC, JPEG tiles") << Channels::PhotoYcc << Tiles::Jpeg << odd << 3.0 << 24;
     QTest::newRow("grey, JPEG tiles") << Channels::Grey << Tiles::Jpeg << odd << 3.0 << 8;
 }
 

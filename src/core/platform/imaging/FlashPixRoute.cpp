@@ -1,7 +1,5 @@
 #include "VectorRoutes.h"
 
-#include <QBuffer>
-#include <QImageReader>
 #include <QMap>
 #include <QPainter>
 #include <QtEndian>
@@ -13,9 +11,14 @@
 #include <gsf/gsf-input-memory.h>
 #include <gsf/gsf-utils.h>
 
+#include <csetjmp>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <optional>
+
+#include <jpeglib.h>
+#include <jerror.h>
 
 // FlashPix keeps a picture as a pyramid of resolutions inside an OLE2
 // container: "Data Object Store 000001" holds the "\005Image Contents"
@@ -191,6 +194,89 @@ QRgb pixelOf(const Layout &layout, const uchar *p, const PhotoYcc &ycc)
     return rgb;
 }
 
+struct JpegError {
+    jpeg_error_mgr pub;
+    std::jmp_buf jump;
+    char message[JMSG_LENGTH_MAX];
+};
+
+void jpegErrorExit(j_common_ptr cinfo)
+{
+    auto *error = reinterpret_cast<JpegError *>(cinfo->err);
+    (*cinfo->err->format_message)(cinfo, error->message);
+    std::longjmp(error->jump, 1);
+}
+
+// A tile ending early is damaged, not a tile with a grey tail.
+void jpegMessage(j_common_ptr cinfo, int level)
+{
+    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
+        (*cinfo->err->error_exit)(cinfo);
+}
+
+// One JPEG tile as the layout's image format. The tile's channels are those
+// of the picture (grey, NIF RGB or PhotoYCC); when converted is set, the JPEG
+// coder turned them into its own YCbCr on the way in, and that is undone.
+// Otherwise they come out as stored, whatever the JPEG stream says about its
+// colours. Tiles larger than a tile are refused before any allocation.
+QImage decodeJpegTile(const QByteArray &jpeg, const Layout &layout, bool converted, QImage::Format format,
+                      const PhotoYcc &ycc, QString *errorString)
+{
+    // Only plain data between setjmp() and the jump: the samples go to a
+    // buffer of a whole tile, and the image is made once libjpeg is done.
+    jpeg_decompress_struct cinfo;
+    JpegError error;
+    cinfo.err = jpeg_std_error(&error.pub);
+    error.pub.error_exit = jpegErrorExit;
+    error.pub.emit_message = jpegMessage;
+    error.message[0] = 0;
+    static_assert(TileSize * TileSize * 3 <= 16 * 1024);
+    uchar samples[TileSize * TileSize * 3];
+    if (setjmp(error.jump)) {
+        jpeg_destroy_decompress(&cinfo);
+        *errorString = QString::fromLocal8Bit(error.message);
+        return {};
+    }
+    jpeg_create_decompress(&cinfo);
+    jpeg_mem_src(&cinfo, reinterpret_cast<const unsigned char *>(jpeg.constData()), static_cast<unsigned long>(jpeg.size()));
+    jpeg_read_header(&cinfo, TRUE);
+    const bool grey = layout.colours == Colours::Grey;
+    const int channels = grey ? 1 : 3;
+    if (cinfo.image_width > TileSize || cinfo.image_height > TileSize || cinfo.num_components != channels) {
+        *errorString = QStringLiteral("%1 x %2 pixels, %3 channels")
+                           .arg(cinfo.image_width)
+                           .arg(cinfo.image_height)
+                           .arg(cinfo.num_components);
+        jpeg_destroy_decompress(&cinfo);
+        return {};
+    }
+    if (grey) {
+        cinfo.out_color_space = JCS_GRAYSCALE;
+    } else {
+        cinfo.jpeg_color_space = converted ? JCS_YCbCr : JCS_RGB;
+        cinfo.out_color_space = JCS_RGB;
+    }
+    jpeg_start_decompress(&cinfo);
+    const int width = int(cinfo.output_width), height = int(cinfo.output_height);
+    while (cinfo.output_scanline < cinfo.output_height) {
+        JSAMPROW row = samples + qsizetype(cinfo.output_scanline) * width * channels;
+        jpeg_read_scanlines(&cinfo, &row, 1);
+    }
+    jpeg_abort_decompress(&cinfo);
+    jpeg_destroy_decompress(&cinfo);
+
+    if (grey)
+        return QImage(samples, width, height, width, QImage::Format_Grayscale8).copy();
+    QImage tile(width, height, format);
+    for (int y = 0; y < height; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(tile.scanLine(y));
+        const uchar *p = samples + qsizetype(y) * width * 3;
+        for (int x = 0; x < width; ++x, p += 3)
+            line[x] = pixelOf(layout, p, ycc);
+    }
+    return tile;
+}
+
 } // namespace
 
 bool flashPixAvailable()
@@ -302,10 +388,11 @@ detail::Decoded readFlashPix(const QByteArray &data)
             } else if (compression == 2) {
                 if (layout.opacity)
                     return detail::failure(QStringLiteral("FlashPix JPEG tiles with an opacity channel are not supported."));
-                // FIXME: PhotoYCC tiles stored without the JPEG coder's own
-                // colour conversion are still read as if it had been made.
                 // A tile is an abbreviated JPEG stream; its tables live in
-                // the property set, by the index the tile names.
+                // the property set, by the index the tile names. The
+                // subtype's bytes: interleaving, chroma subsampling, whether
+                // the coder converted the colours, the table index.
+                const bool converted = quint8(header.at(entry + 14)) != 0;
                 const quint8 tableIndex = quint8(header.at(entry + 15));
                 QByteArray jpeg = tiles.mid(at, size);
                 if (tableIndex) {
@@ -316,11 +403,10 @@ detail::Decoded readFlashPix(const QByteArray &data)
                         jpeg.remove(0, 2);
                     jpeg.prepend(tables);
                 }
-                QBuffer buffer(&jpeg);
-                QImageReader reader(&buffer, "jpeg");
-                tile = reader.read();
+                QString why;
+                tile = decodeJpegTile(jpeg, layout, converted, format, ycc, &why);
                 if (tile.isNull())
-                    return detail::failure(QStringLiteral("A FlashPix tile could not be decoded (%1).").arg(reader.errorString()));
+                    return detail::failure(QStringLiteral("A FlashPix tile could not be decoded (%1).").arg(why));
             } else {
                 return detail::failure(QStringLiteral("A FlashPix tile uses an unknown compression (%1).").arg(compression));
             }
