@@ -5,7 +5,8 @@
 #include "shell/FileCatalogue.h"
 #include "shell/FileListModel.h"
 #include "shell/FolderTreeModel.h"
-#include "shell/ThumbnailJob.h"
+#include "platform/imaging/ThumbnailJob.h"
+#include "shell/ThumbnailModel.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -154,17 +155,26 @@ void benchThumbnails(const QString &root, int count)
     ThumbnailOptions options; // 2.5 cm at 96 dpi: 94 x 94, 24 bits
     ThumbnailModel model;
     model.setFiles(paths);
-    ThumbnailJob job(paths, options, &pool);
-    QObject::connect(&job, &ThumbnailJob::thumbnailReady, &model, &ThumbnailModel::setThumbnail);
+    // As the browser runs it: one side of the box as the size asked for, the
+    // browser's own look made by the producer.
+    imaging::ThumbnailJob job(paths, std::max(options.box.width(), options.box.height()));
+    job.setThreadPool(&pool);
+    job.setProducer([options](const QString &path, int) {
+        imaging::ThumbnailResult result;
+        result.image = browserThumbnail(path, options);
+        return result;
+    });
+    QObject::connect(&job, &imaging::ThumbnailJob::thumbnailReady, &model,
+                     [&model](int row, const QString &, const QImage &image) { model.setThumbnail(row, image); });
     QEventLoop loop;
     qint64 firstScreen = -1;
-    QObject::connect(&job, &ThumbnailJob::progress, [&](int done, int) {
+    QObject::connect(&job, &imaging::ThumbnailJob::progress, [&](int done, int) {
         if (done == 40 && firstScreen < 0)
             firstScreen = t.elapsed();
     });
-    QObject::connect(&job, &ThumbnailJob::finished, &loop, &QEventLoop::quit);
+    QObject::connect(&job, &imaging::ThumbnailJob::finished, &loop, &QEventLoop::quit);
     t.restart();
-    job.prioritize(count / 2, count / 2 + 39); // a screen in the middle, as after a scroll
+    job.setVisibleRange(count / 2, count / 2 + 39); // a screen in the middle, as after a scroll
     job.start();
     loop.exec();
     const qint64 ms = t.elapsed();

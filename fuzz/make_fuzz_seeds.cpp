@@ -2,6 +2,7 @@
 // sub-folder per target, small files made by our own sample builders.
 //   make_fuzz_seeds <seeds folder>
 #include "CodecSamples.h"
+#include "FlashPixSamples.h"
 
 #include "platform/imaging/codecs/OwnCodecs.h"
 
@@ -10,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImageIOHandler>
+#include <QImageWriter>
 
 namespace {
 
@@ -107,6 +109,34 @@ int main(int argc, char **argv)
     save(root + "/psd", "grey.psd", codecsamples::psd(grey, {}));
     save(root + "/dcm", "grey8.dcm", codecsamples::dicom(11, 5, 8, QByteArray(55, '\x40')));
     save(root + "/dcm", "grey16.dcm", codecsamples::dicom(7, 3, 16, QByteArray(42, '\x81')));
+    // FlashPix: two tiles across and down, the right and bottom ones cut.
+    QImage photo(70, 66, QImage::Format_ARGB32);
+    for (int y = 0; y < photo.height(); ++y)
+        for (int x = 0; x < photo.width(); ++x)
+            photo.setPixel(x, y, qRgba(x * 3, y * 3, (x ^ y) & 0xff, 255 - x * 2));
+    using namespace fpxsample;
+    save(root + "/fpx", "ycc.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::Uncompressed));
+    save(root + "/fpx", "ycc-opacity.fpx", flashPix(photo, Channels::PhotoYccOpacity, Tiles::Uncompressed));
+    save(root + "/fpx", "grey.fpx", flashPix(photo, Channels::Grey, Tiles::Uncompressed));
+    save(root + "/fpx", "rgb-premultiplied.fpx", flashPix(photo, Channels::RgbPremultiplied, Tiles::Uncompressed));
+    save(root + "/fpx", "ycc-single-colour.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::SingleColour));
+    save(root + "/fpx", "rgb-jpeg.fpx", flashPix(photo, Channels::Rgb, Tiles::Jpeg));
+    save(root + "/fpx", "ycc-jpeg.fpx", flashPix(photo, Channels::PhotoYcc, Tiles::Jpeg));
+    // JPEG thumbnails: large enough for the eighth-scale road at 64 pixels.
+    QImage large(520, 400, QImage::Format_RGB32);
+    for (int y = 0; y < large.height(); ++y)
+        for (int x = 0; x < large.width(); ++x)
+            large.setPixel(x, y, qRgb(x / 2, y / 2, (x ^ y) & 0xff));
+    for (const bool progressive : {false, true}) {
+        QByteArray jpeg;
+        QBuffer buffer(&jpeg);
+        buffer.open(QIODevice::WriteOnly);
+        QImageWriter writer(&buffer, "JPEG");
+        writer.setQuality(40);
+        writer.setProgressiveScanWrite(progressive);
+        writer.write(progressive ? large : large.convertToFormat(QImage::Format_Grayscale8));
+        save(root + "/thumbs", progressive ? "progressive.jpg" : "baseline-grey.jpg", jpeg);
+    }
     for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd", "dcm"}) {
         for (const QFileInfo &info : QDir(root + '/' + folder).entryInfoList(QDir::Files)) {
             QFile in(info.filePath());

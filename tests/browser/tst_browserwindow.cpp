@@ -642,7 +642,7 @@ void TestBrowserWindow::folderChangeDropsStaleThumbnails()
     });
     b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
     QTRY_VERIFY(!seen->isEmpty());
-    QPointer<ThumbnailJob> stale = b.window->thumbnailView()->job();
+    QPointer<imaging::ThumbnailJob> stale = b.window->thumbnailView()->job();
     QTimer::singleShot(50, [gate] { gate->release(1000); }); // lets the stale workers end
     QVERIFY(b.show(b.files.filePath("two")));
     ThumbnailModel *thumbs = b.window->thumbnailView()->thumbnails();

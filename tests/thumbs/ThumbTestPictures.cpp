@@ -66,7 +66,45 @@ QByteArray encode(const QImage &image, const char *format, int quality)
     return writer.write(image) ? bytes : QByteArray();
 }
 
+QByteArray encodeProgressive(const QImage &image, int quality)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "JPEG");
+    writer.setQuality(quality);
+    writer.setProgressiveScanWrite(true);
+    return writer.write(image) ? bytes : QByteArray();
+}
+
+std::pair<qsizetype, qsizetype> firstScan(const QByteArray &jpeg)
+{
+    const auto byte = [&jpeg](qsizetype i) { return i < jpeg.size() ? uchar(jpeg.at(i)) : 0; };
+    qsizetype pos = 2;
+    while (pos + 4 <= jpeg.size() && byte(pos) == 0xFF) {
+        const int length = byte(pos + 2) << 8 | byte(pos + 3);
+        if (byte(pos + 1) == 0xDA) {
+            const qsizetype start = pos + 2 + length;
+            // Inside entropy-coded data 0xFF is followed by a stuffed zero
+            // or a restart marker; anything else starts the next segment.
+            for (qsizetype i = start; i + 1 < jpeg.size(); ++i) {
+                const uchar next = byte(i + 1);
+                if (byte(i) == 0xFF && next != 0x00 && next != 0xFF && (next < 0xD0 || next > 0xD7))
+                    return {start, i};
+            }
+            return {-1, -1};
+        }
+        pos += 2 + length;
+    }
+    return {-1, -1};
+}
+
 QByteArray jpegWithExif(const QImage &image, int orientation, const QByteArray &embedded)
+{
+    return insertExif(encode(image, "JPEG"), orientation, embedded);
+}
+
+QByteArray insertExif(const QByteArray &jpeg, int orientation, const QByteArray &embedded)
 {
     // Little-endian TIFF: IFD0 with the orientation, IFD1 pointing at the
     // embedded JPEG, which follows right after.
@@ -91,7 +129,6 @@ QByteArray jpegWithExif(const QImage &image, int orientation, const QByteArray &
     app1.append(char(length >> 8)).append(char(length & 0xFF));
     app1.append("Exif\0\0", 6);
     app1.append(tiff);
-    QByteArray jpeg = encode(image, "JPEG");
     return jpeg.left(2) + app1 + jpeg.mid(2);
 }
 

@@ -31,6 +31,8 @@ private slots:
     void everyItemReportedOnce();
     void stopDropsTheRest();
     void destroyedWhileRunning();
+    void detachedJobReturnsAtOnce();
+    void producerTakesThePlaceOfTheDecoder();
 
 private:
     QStringList pictures(int count, int width, int height);
@@ -139,12 +141,21 @@ void TestThumbnailJob::everyItemReportedOnce()
     job.setThreadPool(&pool);
     QSignalSpy ready(&job, &ThumbnailJob::thumbnailReady);
     QSignalSpy finished(&job, &ThumbnailJob::finished);
+    QList<int> progress;
+    connect(&job, &ThumbnailJob::progress, this, [&](int delivered, int count) {
+        QCOMPARE(count, int(paths.size()));
+        QCOMPARE(delivered, int(ready.count())); // right after each thumbnailReady
+        progress << delivered;
+    });
     job.start();
     QVERIFY(finished.wait(30000));
     QCOMPARE(finished.count(), 1);
     QVERIFY(job.isFinished());
     QCOMPARE(job.completedCount(), int(paths.size()));
     QCOMPARE(ready.count(), int(paths.size()));
+    QCOMPARE(job.deliveredCount(), int(paths.size()));
+    QCOMPARE(progress.size(), int(paths.size()));
+    QCOMPARE(progress.last(), int(paths.size()));
 
     QList<int> indexes;
     for (const QList<QVariant> &args : std::as_const(ready)) {
@@ -230,6 +241,65 @@ void TestThumbnailJob::destroyedWhileRunning()
     QVERIFY(pool.waitForDone(5000));
     QCOMPARE(calls.load(), 3);
     QCoreApplication::processEvents(); // queued results to a dead job are discarded
+}
+
+// A window leaving a folder drops its job while pictures are still being
+// made; it must not wait for them, and nothing may reach the dead job.
+void TestThumbnailJob::detachedJobReturnsAtOnce()
+{
+    QThreadPool pool;
+    pool.setMaxThreadCount(3);
+    QSemaphore started;
+    QSemaphore release;
+    std::atomic<int> made{0};
+    auto job = std::make_unique<ThumbnailJob>(QStringList(100, QStringLiteral("/nowhere/p.jpg")), 64);
+    job->setThreadPool(&pool);
+    job->setTeardown(ThumbnailJob::Teardown::Detach);
+    job->setProducer([&](const QString &, int size) {
+        started.release();
+        release.acquire();
+        ++made;
+        ThumbnailResult result;
+        result.image = QImage(size, size, QImage::Format_RGB32);
+        return result;
+    });
+    QSignalSpy ready(job.get(), &ThumbnailJob::thumbnailReady);
+    job->start();
+    QVERIFY(started.tryAcquire(3, 10000)); // three workers inside a picture
+    job.reset();                            // returns although none of them can end
+    release.release(100);
+    QVERIFY(pool.waitForDone(10000));
+    QCoreApplication::processEvents();
+    QCOMPARE(made.load(), 3); // nothing new was started after the job was gone
+}
+
+void TestThumbnailJob::producerTakesThePlaceOfTheDecoder()
+{
+    const QStringList paths{QStringLiteral("/nowhere/a.jpg"), QStringLiteral("/nowhere/b.jpg")};
+    ThumbnailJob job(paths, 40);
+    job.setProducer([](const QString &path, int size) {
+        ThumbnailResult result;
+        if (path.endsWith(QLatin1String("a.jpg"))) {
+            result.image = QImage(size, size / 2, QImage::Format_RGB32);
+            result.image.fill(Qt::green);
+        } else {
+            result.errorString = QStringLiteral("made to fail");
+        }
+        return result;
+    });
+    QSignalSpy ready(&job, &ThumbnailJob::thumbnailReady);
+    QSignalSpy finished(&job, &ThumbnailJob::finished);
+    job.start();
+    QVERIFY(finished.wait(10000));
+    QCOMPARE(ready.count(), 2);
+    for (const QList<QVariant> &args : std::as_const(ready)) {
+        if (args.at(0).toInt() == 0) {
+            QCOMPARE(args.at(2).value<QImage>().size(), QSize(40, 20));
+        } else {
+            QVERIFY(args.at(2).value<QImage>().isNull());
+            QCOMPARE(args.at(3).toString(), QStringLiteral("made to fail"));
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(TestThumbnailJob)

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <QTransform>
 #include <QTest>
 #include <QtConcurrent>
 
@@ -53,6 +54,10 @@ private slots:
     void neverLargerThanPicture();
     void exifThumbnailAndOrientation_data();
     void exifThumbnailAndOrientation();
+    void progressiveMatchesBaseline_data();
+    void progressiveMatchesBaseline();
+    void truncatedProgressive_data();
+    void truncatedProgressive();
 
     void concurrentWritersNeverExposeHalfAFile();
     void manyThreadsOnOneFile();
@@ -296,6 +301,17 @@ void TestThumbnails::unreadablePicturesFail_data()
     bmp[26] = 1;
     bmp[28] = 24;
     QTest::newRow("BMP claiming 900 megapixels") << "huge.bmp" << bmp;
+
+    // A progressive JPEG is held whole as coefficients even when only an
+    // eighth of it is shown: one claiming 60000 x 60000 pixels is refused
+    // although its eighth would be allowed.
+    QByteArray progressive = thumbtest::encodeProgressive(thumbtest::quadrants(64, 48));
+    const qsizetype frame = progressive.indexOf("\xFF\xC2");
+    if (frame > 0) {
+        progressive[frame + 5] = progressive[frame + 7] = char(60000 >> 8);
+        progressive[frame + 6] = progressive[frame + 8] = char(60000 & 0xFF);
+    }
+    QTest::newRow("progressive JPEG claiming 3600 megapixels") << "huge.jpg" << progressive;
 }
 
 void TestThumbnails::unreadablePicturesFail()
@@ -525,6 +541,112 @@ void TestThumbnails::exifThumbnailAndOrientation()
     QVERIFY2(qAbs(seen.red() - topLeft.red()) < 40 && qAbs(seen.green() - topLeft.green()) < 40
                  && qAbs(seen.blue() - topLeft.blue()) < 40,
              qPrintable(seen.name()));
+}
+
+// The picture as a thumbnail should show it: turned by its orientation and
+// scaled smoothly to size.
+static QImage expectedThumbnail(const QImage &picture, int orientation, QSize size)
+{
+    QTransform turn;
+    if (orientation == 3)
+        turn.rotate(180);
+    else if (orientation == 6)
+        turn.rotate(90);
+    else if (orientation == 8)
+        turn.rotate(270);
+    return picture.transformed(turn).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+void TestThumbnails::progressiveMatchesBaseline_data()
+{
+    QTest::addColumn<QSize>("pictureSize");
+    QTest::addColumn<bool>("grey");
+    QTest::addColumn<int>("orientation");
+    QTest::addColumn<int>("box");
+    QTest::addColumn<QSize>("expected");
+
+    QTest::newRow("eighth scale, upright") << QSize(1280, 960) << false << 1 << 128 << QSize(128, 96);
+    QTest::newRow("eighth scale, orientation 6") << QSize(1280, 960) << false << 6 << 128 << QSize(96, 128);
+    QTest::newRow("eighth scale, orientation 3") << QSize(1280, 960) << false << 3 << 100 << QSize(100, 75);
+    QTest::newRow("eighth scale, orientation 8") << QSize(1280, 960) << false << 8 << 128 << QSize(96, 128);
+    QTest::newRow("eighth scale, grey") << QSize(1280, 960) << true << 1 << 128 << QSize(128, 96);
+    QTest::newRow("eighth scale, odd size") << QSize(1283, 957) << false << 1 << 150 << QSize(150, 111);
+    QTest::newRow("larger than an eighth: every scan") << QSize(640, 480) << false << 1 << 200 << QSize(200, 150);
+}
+
+void TestThumbnails::progressiveMatchesBaseline()
+{
+    QFETCH(QSize, pictureSize);
+    QFETCH(bool, grey);
+    QFETCH(int, orientation);
+    QFETCH(int, box);
+    QFETCH(QSize, expected);
+    QImage picture = thumbtest::quadrants(pictureSize.width(), pictureSize.height());
+    if (grey)
+        picture = picture.convertToFormat(QImage::Format_Grayscale8);
+    const QByteArray progressive = thumbtest::encodeProgressive(picture, 90);
+    QVERIFY(progressive.contains("\xFF\xC2")); // start of a progressive frame
+    const QString progressivePath = m_files->createFile("progressive.jpg", thumbtest::insertExif(progressive, orientation));
+    const QString baselinePath
+        = m_files->createFile("baseline.jpg", thumbtest::insertExif(thumbtest::encode(picture, "JPEG", 90), orientation));
+
+    const ThumbnailResult fromProgressive = renderThumbnail(progressivePath, box);
+    const ThumbnailResult fromBaseline = renderThumbnail(baselinePath, box);
+    QVERIFY2(fromProgressive.ok(), qPrintable(fromProgressive.errorString));
+    QVERIFY2(fromBaseline.ok(), qPrintable(fromBaseline.errorString));
+    QCOMPARE(fromProgressive.image.size(), expected);
+    QCOMPARE(fromProgressive.originalSize, orientation >= 5 ? pictureSize.transposed() : pictureSize);
+    const double fromEachOther = thumbtest::meanDifference(fromProgressive.image, fromBaseline.image);
+    QVERIFY2(fromEachOther < 2.5, qPrintable(QString::number(fromEachOther)));
+    const double fromPicture = thumbtest::meanDifference(fromProgressive.image,
+                                                         expectedThumbnail(picture, orientation, expected));
+    QVERIFY2(fromPicture < 6, qPrintable(QString::number(fromPicture)));
+}
+
+void TestThumbnails::truncatedProgressive_data()
+{
+    QTest::addColumn<int>("cut"); // in thousandths of the way through the part named by the row
+    QTest::addColumn<int>("box");
+    QTest::addColumn<bool>("thumbnail");
+
+    // For a thumbnail of at most an eighth of the picture the first scan is
+    // all that is read, so a file cut after it still gives one.
+    QTest::newRow("only the headers") << -1 << 100 << false;
+    QTest::newRow("cut inside the first scan") << 500 << 100 << false;
+    QTest::newRow("cut in the detail scans, eighth scale") << 1500 << 100 << true;
+    QTest::newRow("cut in the detail scans, larger thumbnail") << 1500 << 300 << false;
+    QTest::newRow("last bytes missing, eighth scale") << 1990 << 100 << true;
+}
+
+void TestThumbnails::truncatedProgressive()
+{
+    QFETCH(int, cut);
+    QFETCH(int, box);
+    QFETCH(bool, thumbnail);
+    const QImage picture = thumbtest::quadrants(1280, 960);
+    const QByteArray jpeg = thumbtest::encodeProgressive(picture, 90);
+    const auto [scanStart, scanEnd] = thumbtest::firstScan(jpeg);
+    QVERIFY(scanStart > 0 && scanEnd > scanStart);
+    // -1: up to the first scan's data; 0-1000: into that scan; 1000-2000:
+    // into the rest of the file.
+    qsizetype at = scanStart;
+    if (cut >= 0 && cut <= 1000)
+        at = scanStart + (scanEnd - scanStart) * cut / 1000;
+    else if (cut > 1000)
+        at = scanEnd + (jpeg.size() - scanEnd) * (cut - 1000) / 1000;
+    const QString path = m_files->createFile("cut.jpg", jpeg.left(at));
+
+    const ThumbnailResult result = renderThumbnail(path, box);
+    if (thumbnail) {
+        QVERIFY2(result.ok(), qPrintable(result.errorString));
+        const double difference = thumbtest::meanDifference(result.image,
+                                                            expectedThumbnail(picture, 1, result.image.size()));
+        QVERIFY2(difference < 6, qPrintable(QString::number(difference)));
+    } else {
+        QVERIFY(!result.ok());
+        QVERIFY(result.image.isNull());
+        QVERIFY(!result.errorString.isEmpty());
+    }
 }
 
 void TestThumbnails::concurrentWritersNeverExposeHalfAFile()

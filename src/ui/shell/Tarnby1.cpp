@@ -24,7 +24,7 @@
 #include "shell/FolderTreeModel.h"
 #include "shell/MountTable.h"
 #include "shell/OpenRouting.h"
-#include "shell/ThumbnailJob.h"
+#include "shell/ThumbnailModel.h"
 #include "tools/HelpWindow.h"
 
 #include <QCloseEvent>

@@ -55,20 +55,36 @@ ThumbnailView::~ThumbnailView()
 
 void ThumbnailView::dropJob()
 {
-    for (QPointer<ThumbnailJob> *slot : {&m_job, &m_refill}) {
-        ThumbnailJob *job = *slot;
+    for (QPointer<imaging::ThumbnailJob> *slot : {&m_job, &m_refill}) {
+        imaging::ThumbnailJob *job = *slot;
         *slot = nullptr;
         if (!job)
             continue;
         job->disconnect(this);
         job->disconnect(m_model);
         job->stop();
-        // Not waited for: a slow picture of the old folder must not hold up
-        // the new one. Deleted later, as this may run inside its own signal.
+        // Not waited for (the jobs are detached): a slow picture of the old
+        // folder must not hold up the new one. Deleted later, as this may run
+        // inside one of the job's own signals.
         job->deleteLater();
     }
     m_refillRows.clear();
     m_evicted.clear();
+}
+
+imaging::ThumbnailJob *ThumbnailView::newJob(const QStringList &paths)
+{
+    const int side = std::max(m_options.box.width(), m_options.box.height());
+    auto *job = new imaging::ThumbnailJob(paths, side, this);
+    job->setThreadPool(&m_pool);
+    job->setTeardown(imaging::ThumbnailJob::Teardown::Detach);
+    job->setProducer([maker = m_maker ? m_maker : ThumbnailMaker(&browserThumbnail),
+                      options = m_options](const QString &path, int) {
+        imaging::ThumbnailResult result;
+        result.image = maker(path, options);
+        return result;
+    });
+    return job;
 }
 
 void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOptions &options)
@@ -82,10 +98,14 @@ void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOption
     m_model->setFiles(paths);
     m_options = options;
 
-    m_job = new ThumbnailJob(paths, options, &m_pool, m_producer, this);
-    connect(m_job, &ThumbnailJob::thumbnailReady, m_model, &ThumbnailModel::setThumbnail);
-    connect(m_job, &ThumbnailJob::progress, this, &ThumbnailView::progress);
-    connect(m_job, &ThumbnailJob::finished, this, [this] { emit loadingChanged(false); });
+    m_job = newJob(paths);
+    connect(m_job, &imaging::ThumbnailJob::thumbnailReady, m_model,
+            [this](int row, const QString &, const QImage &image) { m_model->setThumbnail(row, image); });
+    connect(m_job, &imaging::ThumbnailJob::progress, this, &ThumbnailView::progress);
+    connect(m_job, &imaging::ThumbnailJob::finished, this, [this, job = m_job.data()] {
+        if (!job->isStopped()) // stop() has said so already
+            emit loadingChanged(false);
+    });
     emit loadingChanged(true);
     prioritizeVisible();
     m_job->start();
@@ -93,10 +113,13 @@ void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOption
 
 void ThumbnailView::stop()
 {
+    const bool wasLoading = isLoading();
     if (m_job)
         m_job->stop();
     if (m_refill)
         m_refill->stop();
+    if (wasLoading)
+        emit loadingChanged(false);
 }
 
 void ThumbnailView::clear()
@@ -128,7 +151,7 @@ void ThumbnailView::prioritizeVisible()
     const int lastRow = std::min(m_model->rowCount() - 1, (top + lines) * columns - 1);
     m_model->setFocusRow((firstRow + lastRow) / 2);
     if (!m_job->isFinished())
-        m_job->prioritize(firstRow, lastRow);
+        m_job->setVisibleRange(firstRow, lastRow);
     if (!m_job->isStopped()) // after Stop nothing more is made
         remakeEvicted(firstRow, lastRow);
 }
@@ -151,8 +174,8 @@ void ThumbnailView::remakeEvicted(int first, int last)
     for (int row : rows)
         paths.append(m_model->files().at(row));
     m_refillRows = rows;
-    m_refill = new ThumbnailJob(paths, m_options, &m_pool, m_producer, this);
-    connect(m_refill, &ThumbnailJob::thumbnailReady, this, [this](int i, const QImage &image) {
+    m_refill = newJob(paths);
+    connect(m_refill, &imaging::ThumbnailJob::thumbnailReady, this, [this](int i, const QString &, const QImage &image) {
         if (i < 0 || i >= m_refillRows.size())
             return;
         m_evicted.remove(m_refillRows.at(i));

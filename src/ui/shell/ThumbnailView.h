@@ -1,6 +1,7 @@
 #pragma once
 
-#include "shell/ThumbnailJob.h"
+#include "platform/imaging/ThumbnailJob.h"
+#include "shell/ThumbnailModel.h"
 
 #include <QListView>
 #include <QPointer>
@@ -30,11 +31,11 @@ public:
     // Drops everything, as when the list takes the place of the thumbnails.
     void clear();
 
-    bool isLoading() const { return m_job && !m_job->isFinished(); }
+    bool isLoading() const { return m_job && !m_job->isStopped() && !m_job->isFinished(); }
     ThumbnailModel *thumbnails() const { return m_model; }
-    ThumbnailJob *job() const { return m_job; }
+    imaging::ThumbnailJob *job() const { return m_job; }
     // Replaces the picture maker (tests make pictures that block or fail).
-    void setProducer(ThumbnailJob::Producer producer) { m_producer = std::move(producer); }
+    void setProducer(ThumbnailMaker maker) { m_maker = std::move(maker); }
 
 signals:
     void loadingChanged(bool loading);
@@ -48,15 +49,16 @@ private:
     void prioritizeVisible();
     void remakeEvicted(int first, int last);
     void dropJob();
+    imaging::ThumbnailJob *newJob(const QStringList &paths);
 
     ThumbnailModel *m_model;
     QThreadPool m_pool;
-    QPointer<ThumbnailJob> m_job;
-    QPointer<ThumbnailJob> m_refill; // makes evicted thumbnails again as they come into sight
+    QPointer<imaging::ThumbnailJob> m_job;
+    QPointer<imaging::ThumbnailJob> m_refill; // makes evicted thumbnails again as they come into sight
     QList<int> m_refillRows;
     QSet<int> m_evicted;
     ThumbnailOptions m_options;
-    ThumbnailJob::Producer m_producer;
+    ThumbnailMaker m_maker;
 };
 
 } // namespace tarnby::ui

@@ -1,7 +1,5 @@
 #include "VectorRoutes.h"
 
-#include <QBuffer>
-#include <QImageReader>
 #include <QMap>
 #include <QPainter>
 #include <QtEndian>
@@ -13,8 +11,14 @@
 #include <gsf/gsf-input-memory.h>
 #include <gsf/gsf-utils.h>
 
+#include <csetjmp>
+#include <cstdio>
 #include <memory>
 #include <mutex>
+#include <optional>
+
+#include <jpeglib.h>
+#include <jerror.h>
 
 // FlashPix keeps a picture as a pyramid of resolutions inside an OLE2
 // container: "Data Object Store 000001" holds the "\005Image Contents"
@@ -87,7 +91,191 @@ Properties parseProperties(const QByteArray &set)
     return out;
 }
 
-enum class Colours { Grey, Rgb, YccInJpeg };
+// A level's channels: one grey or three colour channels, each possibly
+// followed by an opacity channel.
+enum class Colours { Grey, Rgb, PhotoYcc };
+
+struct Layout {
+    Colours colours = Colours::Grey;
+    bool opacity = false;
+    bool premultiplied = false; // the colour channels are multiplied by the opacity
+    quint32 bands = 0;
+};
+
+// A channel's code: its colour space in the high word (the top bit marks it
+// uncalibrated), its colour in the low word, where 0x7FFE is the opacity and
+// bit 15 marks a colour channel premultiplied by that opacity.
+constexpr quint32 SpaceMonochrome = 1, SpacePhotoYcc = 2, SpaceNifRgb = 3;
+constexpr quint32 OpacityChannel = 0x7FFE;
+
+std::optional<Layout> layoutOf(const QByteArray &colour)
+{
+    Layout layout;
+    layout.bands = u32(colour, 4);
+    if (layout.bands < 1 || layout.bands > 4)
+        return std::nullopt;
+    const auto space = [&](quint32 i) { return (u32(colour, 8 + 4 * i) & 0x7FFFFFFF) >> 16; };
+    const auto channel = [&](quint32 i) { return u32(colour, 8 + 4 * i) & 0x7FFF; };
+    layout.opacity = layout.bands == 2 || layout.bands == 4;
+    const quint32 colourBands = layout.opacity ? layout.bands - 1 : layout.bands;
+    if (layout.opacity && channel(colourBands) != OpacityChannel)
+        return std::nullopt;
+    layout.premultiplied = layout.opacity && (u32(colour, 8) & 0x8000);
+    const quint32 first = space(0);
+    for (quint32 i = 0; i < colourBands; ++i) {
+        if (space(i) != first || channel(i) != i)
+            return std::nullopt;
+    }
+    if (colourBands == 1 && first == SpaceMonochrome)
+        layout.colours = Colours::Grey;
+    else if (colourBands == 3 && first == SpaceNifRgb)
+        layout.colours = Colours::Rgb;
+    else if (colourBands == 3 && first == SpacePhotoYcc)
+        layout.colours = Colours::PhotoYcc;
+    else
+        return std::nullopt;
+    return layout;
+}
+
+// PhotoYCC as FlashPix defines it, from gamma-corrected R'G'B' in 0..1:
+//   Y = 255/1.402 * (0.299 R' + 0.587 G' + 0.114 B')
+//   C1 = 111.40 * (B' - Y') + 156, C2 = 135.64 * (R' - Y') + 137
+// so that white sits at Y = 182 and the range above it holds highlights
+// brighter than white, which are clipped here. The inverse is done in fixed
+// point through tables, a tile at a time.
+class PhotoYcc
+{
+public:
+    PhotoYcc()
+    {
+        for (int v = 0; v < 256; ++v) {
+            m_luma[v] = qRound(1.402 * v * Scale);
+            m_blue[v] = qRound(255.0 / 111.40 * (v - 156) * Scale);
+            m_red[v] = qRound(255.0 / 135.64 * (v - 137) * Scale);
+        }
+    }
+    QRgb toRgb(uchar y, uchar c1, uchar c2, int alpha = 255) const
+    {
+        const int luma = m_luma[y];
+        const int red = luma + m_red[c2];
+        const int blue = luma + m_blue[c1];
+        // G' = (Y' - 0.299 R' - 0.114 B') / 0.587
+        const int green = int((qint64(luma) * 1000 - qint64(red) * 299 - qint64(blue) * 114) / 587);
+        return qRgba(clamp(red), clamp(green), clamp(blue), alpha);
+    }
+
+private:
+    static constexpr int Scale = 1 << 16;
+    static int clamp(int fixed) { return qBound(0, (fixed + Scale / 2) >> 16, 255); }
+    int m_luma[256];
+    int m_blue[256];
+    int m_red[256];
+};
+
+// One pixel whose channels follow each other at p, as a QRgb of the
+// layout's image format (premultiplied where the file's colours are).
+QRgb pixelOf(const Layout &layout, const uchar *p, const PhotoYcc &ycc)
+{
+    const int alpha = layout.opacity ? p[layout.bands - 1] : 255;
+    QRgb rgb = 0;
+    switch (layout.colours) {
+    case Colours::Grey:
+        rgb = qRgba(p[0], p[0], p[0], alpha);
+        break;
+    case Colours::Rgb:
+        rgb = qRgba(p[0], p[1], p[2], alpha);
+        break;
+    case Colours::PhotoYcc:
+        rgb = ycc.toRgb(p[0], p[1], p[2], alpha);
+        break;
+    }
+    if (layout.premultiplied) // a damaged file must not give colours above their opacity
+        rgb = qRgba(qMin(qRed(rgb), alpha), qMin(qGreen(rgb), alpha), qMin(qBlue(rgb), alpha), alpha);
+    return rgb;
+}
+
+struct JpegError {
+    jpeg_error_mgr pub;
+    std::jmp_buf jump;
+    char message[JMSG_LENGTH_MAX];
+};
+
+void jpegErrorExit(j_common_ptr cinfo)
+{
+    auto *error = reinterpret_cast<JpegError *>(cinfo->err);
+    (*cinfo->err->format_message)(cinfo, error->message);
+    std::longjmp(error->jump, 1);
+}
+
+// A tile ending early is damaged, not a tile with a grey tail.
+void jpegMessage(j_common_ptr cinfo, int level)
+{
+    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
+        (*cinfo->err->error_exit)(cinfo);
+}
+
+// One JPEG tile as the layout's image format. The tile's channels are those
+// of the picture (grey, NIF RGB or PhotoYCC); when converted is set, the JPEG
+// coder turned them into its own YCbCr on the way in, and that is undone.
+// Otherwise they come out as stored, whatever the JPEG stream says about its
+// colours. Tiles larger than a tile are refused before any allocation.
+QImage decodeJpegTile(const QByteArray &jpeg, const Layout &layout, bool converted, QImage::Format format,
+                      const PhotoYcc &ycc, QString *errorString)
+{
+    // Only plain data between setjmp() and the jump: the samples go to a
+    // buffer of a whole tile, and the image is made once libjpeg is done.
+    jpeg_decompress_struct cinfo;
+    JpegError error;
+    cinfo.err = jpeg_std_error(&error.pub);
+    error.pub.error_exit = jpegErrorExit;
+    error.pub.emit_message = jpegMessage;
+    error.message[0] = 0;
+    static_assert(TileSize * TileSize * 3 <= 16 * 1024);
+    uchar samples[TileSize * TileSize * 3];
+    if (setjmp(error.jump)) {
+        jpeg_destroy_decompress(&cinfo);
+        *errorString = QString::fromLocal8Bit(error.message);
+        return {};
+    }
+    jpeg_create_decompress(&cinfo);
+    jpeg_mem_src(&cinfo, reinterpret_cast<const unsigned char *>(jpeg.constData()), static_cast<unsigned long>(jpeg.size()));
+    jpeg_read_header(&cinfo, TRUE);
+    const bool grey = layout.colours == Colours::Grey;
+    const int channels = grey ? 1 : 3;
+    if (cinfo.image_width > TileSize || cinfo.image_height > TileSize || cinfo.num_components != channels) {
+        *errorString = QStringLiteral("%1 x %2 pixels, %3 channels")
+                           .arg(cinfo.image_width)
+                           .arg(cinfo.image_height)
+                           .arg(cinfo.num_components);
+        jpeg_destroy_decompress(&cinfo);
+        return {};
+    }
+    if (grey) {
+        cinfo.out_color_space = JCS_GRAYSCALE;
+    } else {
+        cinfo.jpeg_color_space = converted ? JCS_YCbCr : JCS_RGB;
+        cinfo.out_color_space = JCS_RGB;
+    }
+    jpeg_start_decompress(&cinfo);
+    const int width = int(cinfo.output_width), height = int(cinfo.output_height);
+    while (cinfo.output_scanline < cinfo.output_height) {
+        JSAMPROW row = samples + qsizetype(cinfo.output_scanline) * width * channels;
+        jpeg_read_scanlines(&cinfo, &row, 1);
+    }
+    jpeg_abort_decompress(&cinfo);
+    jpeg_destroy_decompress(&cinfo);
+
+    if (grey)
+        return QImage(samples, width, height, width, QImage::Format_Grayscale8).copy();
+    QImage tile(width, height, format);
+    for (int y = 0; y < height; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(tile.scanLine(y));
+        const uchar *p = samples + qsizetype(y) * width * 3;
+        for (int x = 0; x < width; ++x, p += 3)
+            line[x] = pixelOf(layout, p, ycc);
+    }
+    return tile;
+}
 
 } // namespace
 
@@ -126,18 +314,14 @@ detail::Decoded readFlashPix(const QByteArray &data)
     const quint32 bands = u32(colour, 4);
     if (bands < 1 || bands > 4)
         return detail::failure(QStringLiteral("The FlashPix picture has an invalid number of bands (%1).").arg(bands));
-    const quint32 space = u32(colour, 8) & 0x7FFFFFFF;
-    Colours colours;
-    if (bands == 1 && space == 0x00010000)
-        colours = Colours::Grey;
-    else if (bands == 3 && space == 0x00030000)
-        colours = Colours::Rgb;
-    else if (bands == 3 && space == 0x00020000)
-        colours = Colours::YccInJpeg;
-    else
+    const std::optional<Layout> found = layoutOf(colour);
+    if (!found)
         return detail::failure(QStringLiteral("FlashPix pictures in this colour space (%1 bands, %2) are not supported.")
                                    .arg(bands)
-                                   .arg(space, 8, 16, QLatin1Char('0')));
+                                   .arg(u32(colour, 8) & 0x7FFFFFFF, 8, 16, QLatin1Char('0')));
+    const Layout layout = *found;
+    const bool greyOnly = layout.colours == Colours::Grey && !layout.opacity;
+    static const PhotoYcc ycc;
 
     const QByteArray storage = QStringLiteral("Resolution %1").arg(level, 4, 10, QLatin1Char('0')).toLatin1();
     const QByteArray header = readStream(root.get(), storage.constData(), "Subimage 0000 Header");
@@ -156,7 +340,11 @@ detail::Decoded readFlashPix(const QByteArray &data)
     if (entryLength < 16 || tileCount < across * down || tableAt + qsizetype(entryLength) * across * down > header.size())
         return detail::failure(QStringLiteral("The FlashPix tile table is damaged."));
 
-    QImage image(int(width), int(height), colours == Colours::Grey ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
+    const QImage::Format format = greyOnly           ? QImage::Format_Grayscale8
+                                  : !layout.opacity ? QImage::Format_RGB32
+                                  : layout.premultiplied ? QImage::Format_ARGB32_Premultiplied
+                                                         : QImage::Format_ARGB32;
+    QImage image(int(width), int(height), format);
     if (image.isNull())
         return detail::failure(detail::tooLargeMessage(width, height));
     image.fill(Qt::white);
@@ -167,33 +355,46 @@ detail::Decoded readFlashPix(const QByteArray &data)
         const quint32 compression = u32(header, entry + 8);
         const int x0 = int(t % across * TileSize), y0 = int(t / across * TileSize);
         QImage tile;
-        if (compression == 1) { // one colour for the whole tile
+        if (compression == 1) { // one colour for the whole tile, its channels in the subtype's bytes
             const quint32 c = u32(header, entry + 12);
-            tile = QImage(int(TileSize), int(TileSize), QImage::Format_RGB32);
-            tile.fill(colours == Colours::Grey ? qRgb(c & 0xFF, c & 0xFF, c & 0xFF)
-                                               : qRgb(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF));
+            const uchar channels[4] = {uchar(c), uchar(c >> 8), uchar(c >> 16), uchar(c >> 24)};
+            tile = QImage(int(TileSize), int(TileSize),
+                          layout.premultiplied ? QImage::Format_ARGB32_Premultiplied : QImage::Format_ARGB32);
+            tile.fill(pixelOf(layout, channels, ycc));
         } else {
             if (at < 0 || size > quint32(tiles.size()) || at + qsizetype(size) > tiles.size())
                 return detail::failure(QStringLiteral("A FlashPix tile lies outside the file."));
-            const QByteArray bytes = tiles.mid(at, size);
             if (compression == 0) {
-                if (colours == Colours::YccInJpeg)
-                    return detail::failure(QStringLiteral("FlashPix PhotoYCC tiles without JPEG are not supported."));
                 // Uncompressed tiles at the right and bottom edges hold only
                 // the pixels inside the picture, row after row (the tile
-                // table still gives them a full tile's room).
+                // table still gives them a full tile's room); the channels
+                // of a pixel follow each other.
                 const int tileWidth = qMin(int(TileSize), int(width) - x0);
                 const int tileHeight = qMin(int(TileSize), int(height) - y0);
-                if (size < quint32(tileWidth * tileHeight) * bands)
+                if (size < quint32(tileWidth * tileHeight) * layout.bands)
                     return detail::failure(QStringLiteral("A FlashPix tile is damaged."));
-                tile = QImage(reinterpret_cast<const uchar *>(bytes.constData()), tileWidth, tileHeight,
-                              tileWidth * int(bands), colours == Colours::Grey ? QImage::Format_Grayscale8 : QImage::Format_RGB888)
-                           .copy();
+                const auto *pixels = reinterpret_cast<const uchar *>(tiles.constData() + at);
+                if (greyOnly) {
+                    tile = QImage(pixels, tileWidth, tileHeight, tileWidth, QImage::Format_Grayscale8).copy();
+                } else {
+                    tile = QImage(tileWidth, tileHeight, format);
+                    for (int y = 0; y < tileHeight; ++y) {
+                        auto *line = reinterpret_cast<QRgb *>(tile.scanLine(y));
+                        const uchar *p = pixels + qsizetype(y) * tileWidth * layout.bands;
+                        for (int x = 0; x < tileWidth; ++x, p += layout.bands)
+                            line[x] = pixelOf(layout, p, ycc);
+                    }
+                }
             } else if (compression == 2) {
+                if (layout.opacity)
+                    return detail::failure(QStringLiteral("FlashPix JPEG tiles with an opacity channel are not supported."));
                 // A tile is an abbreviated JPEG stream; its tables live in
-                // the property set, by the index the tile names.
+                // the property set, by the index the tile names. The
+                // subtype's bytes: interleaving, chroma subsampling, whether
+                // the coder converted the colours, the table index.
+                const bool converted = quint8(header.at(entry + 14)) != 0;
                 const quint8 tableIndex = quint8(header.at(entry + 15));
-                QByteArray jpeg = bytes;
+                QByteArray jpeg = tiles.mid(at, size);
                 if (tableIndex) {
                     QByteArray tables = contents.blobs.value(0x03000001 | (quint32(tableIndex) << 16));
                     if (tables.endsWith("\xFF\xD9"))
@@ -202,11 +403,10 @@ detail::Decoded readFlashPix(const QByteArray &data)
                         jpeg.remove(0, 2);
                     jpeg.prepend(tables);
                 }
-                QBuffer buffer(&jpeg);
-                QImageReader reader(&buffer, "jpeg");
-                tile = reader.read();
+                QString why;
+                tile = decodeJpegTile(jpeg, layout, converted, format, ycc, &why);
                 if (tile.isNull())
-                    return detail::failure(QStringLiteral("A FlashPix tile could not be decoded (%1).").arg(reader.errorString()));
+                    return detail::failure(QStringLiteral("A FlashPix tile could not be decoded (%1).").arg(why));
             } else {
                 return detail::failure(QStringLiteral("A FlashPix tile uses an unknown compression (%1).").arg(compression));
             }
@@ -218,7 +418,7 @@ detail::Decoded readFlashPix(const QByteArray &data)
 
     detail::Decoded decoded;
     decoded.frames.append({image, 0});
-    decoded.bitsPerPixel = colours == Colours::Grey ? 8 : 24;
+    decoded.bitsPerPixel = greyOnly ? 8 : layout.opacity ? 32 : 24;
     return decoded;
 }
 

@@ -12,13 +12,15 @@
 namespace tarnby::imaging {
 
 // Shared between the job and its workers. The workers hold it by shared_ptr
-// so that nothing they touch after their last report can vanish under them.
+// and never touch the job itself except to post to it under the mutex, so a
+// detached job may go away while they still run.
 struct ThumbnailJob::State {
     QStringList paths;
     int size = 0;
     ThumbnailOptions options;
     std::optional<ThumbnailCache> cache;
     Callback callback;
+    Producer producer;
 
     std::atomic<bool> stopped{false};
     std::atomic<int> completed{0};
@@ -32,6 +34,9 @@ struct ThumbnailJob::State {
     int visibleCursor = 0;
     int activeWorkers = 0;
     bool finished = false;
+    ThumbnailJob *job = nullptr; // null once the job is gone
+
+    void runWorker();
 
     int takeNext()
     {
@@ -62,12 +67,20 @@ ThumbnailJob::ThumbnailJob(const QStringList &paths, int size, QObject *parent)
     m_state->paths = paths;
     m_state->size = size;
     m_state->taken.assign(size_t(paths.size()), 0);
+    m_state->job = this;
 }
 
 ThumbnailJob::~ThumbnailJob()
 {
     stop();
-    wait();
+    {
+        // Results already posted to the job are discarded with it by Qt; the
+        // workers post nothing more once they see the job gone.
+        QMutexLocker lock(&m_state->mutex);
+        m_state->job = nullptr;
+    }
+    if (m_teardown == Teardown::Wait)
+        wait();
 }
 
 void ThumbnailJob::setOptions(ThumbnailOptions options)
@@ -95,6 +108,16 @@ void ThumbnailJob::setCallback(Callback callback)
     m_state->callback = std::move(callback);
 }
 
+void ThumbnailJob::setProducer(Producer producer)
+{
+    m_state->producer = std::move(producer);
+}
+
+void ThumbnailJob::setTeardown(Teardown teardown)
+{
+    m_teardown = teardown;
+}
+
 void ThumbnailJob::setVisibleRange(int first, int last)
 {
     QMutexLocker lock(&m_state->mutex);
@@ -119,49 +142,54 @@ void ThumbnailJob::start()
         m_state->activeWorkers = workers;
     }
     for (int i = 0; i < workers; ++i)
-        pool->start([this, state = m_state] {
-            Q_UNUSED(state); // keeps the state alive until the worker has returned
-            runWorker();
-        });
+        pool->start([state = m_state] { state->runWorker(); });
 }
 
-void ThumbnailJob::runWorker()
+void ThumbnailJob::State::runWorker()
 {
-    State &state = *m_state;
     for (;;) {
         int index;
         {
-            QMutexLocker lock(&state.mutex);
-            index = state.stopped ? -1 : state.takeNext();
+            QMutexLocker lock(&mutex);
+            index = stopped ? -1 : takeNext();
         }
         if (index < 0)
             break;
         Item item;
         item.index = index;
-        item.path = state.paths.at(index);
-        item.result = makeThumbnail(item.path, state.size, state.options, &*state.cache);
+        item.path = paths.at(index);
+        item.result = producer ? producer(item.path, size) : makeThumbnail(item.path, size, options, &*cache);
         // An item that was under way when the job was stopped is dropped.
-        if (state.stopped)
+        if (stopped)
             break;
-        state.completed.fetch_add(1);
-        if (state.callback)
-            state.callback(item);
-        QMetaObject::invokeMethod(
-            this,
-            [this, item] {
-                if (!m_state->stopped)
-                    emit thumbnailReady(item.index, item.path, item.result.image, item.result.errorString);
-            },
-            Qt::QueuedConnection);
+        completed.fetch_add(1);
+        if (callback)
+            callback(item);
+        // Posted under the mutex: the job cannot be destroyed in between.
+        QMutexLocker lock(&mutex);
+        if (!job)
+            break;
+        ThumbnailJob *receiver = job;
+        QMetaObject::invokeMethod(receiver, [receiver, item] { receiver->deliver(item); }, Qt::QueuedConnection);
     }
-    QMutexLocker lock(&state.mutex);
-    if (--state.activeWorkers == 0) {
+    QMutexLocker lock(&mutex);
+    if (--activeWorkers == 0) {
         // Posted before waking the owner: once wait() returns, the job may be
         // destroyed, and no worker may touch it after that.
-        QMetaObject::invokeMethod(this, &ThumbnailJob::finished, Qt::QueuedConnection);
-        state.finished = true;
-        state.workersDone.wakeAll();
+        if (job)
+            QMetaObject::invokeMethod(job, &ThumbnailJob::finished, Qt::QueuedConnection);
+        finished = true;
+        workersDone.wakeAll();
     }
+}
+
+void ThumbnailJob::deliver(const Item &item)
+{
+    if (m_state->stopped)
+        return;
+    ++m_delivered;
+    emit thumbnailReady(item.index, item.path, item.result.image, item.result.errorString);
+    emit progress(m_delivered, count());
 }
 
 void ThumbnailJob::stop()
@@ -190,6 +218,11 @@ int ThumbnailJob::count() const
 int ThumbnailJob::completedCount() const
 {
     return m_state->completed.load();
+}
+
+int ThumbnailJob::deliveredCount() const
+{
+    return m_delivered;
 }
 
 bool ThumbnailJob::isStopped() const

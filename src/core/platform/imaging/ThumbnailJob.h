@@ -25,6 +25,11 @@ namespace tarnby::imaging {
 //     ...                       // on scrolling: m_job->setVisibleRange(...)
 //     m_job.reset();            // folder or filter change, quit: stops and waits
 //
+// A window that must not wait for a slow picture of the folder it is leaving
+// sets Teardown::Detach: the destructor then stops the job and returns at
+// once, and the workers still inside a picture finish it on their own and
+// drop it. Such a window waits for its pool when it closes.
+//
 // Threads. The job object belongs to the thread that creates it (the owner);
 // start(), stop(), wait() and the destructor are called there. setVisibleRange()
 // and stop() may be called from any thread, the callback included. Items run
@@ -34,7 +39,8 @@ namespace tarnby::imaging {
 // - to the callback, if one is set, on the worker thread that made it, at once
 //   (the way for callers without an event loop, such as the command line);
 //   several workers may be in the callback at the same time;
-// - as thumbnailReady, queued to the owner's thread.
+// - as thumbnailReady, queued to the owner's thread, followed by progress()
+//   with the number of items handed over there so far.
 // After stop() no callback starts and no thumbnailReady is emitted any more,
 // even for items already under way or already queued: stale work is dropped.
 // finished() is emitted once, queued, when the last worker has returned,
@@ -57,9 +63,16 @@ public:
         ThumbnailResult result;
     };
     using Callback = std::function<void(const Item &item)>;
+    // Makes one item in place of makeThumbnail(path, size, options, cache);
+    // runs on the worker threads, several at once.
+    using Producer = std::function<ThumbnailResult(const QString &path, int size)>;
+    enum class Teardown {
+        Wait,   // the destructor waits for the workers (the default)
+        Detach, // the destructor returns at once; the workers end on their own
+    };
 
     ThumbnailJob(const QStringList &paths, int size, QObject *parent = nullptr);
-    // Stops the job and waits for its workers.
+    // Stops the job and, unless the teardown is Detach, waits for its workers.
     ~ThumbnailJob() override;
 
     // Before start(). Defaults: the shared cache, QThreadPool::globalInstance()
@@ -68,7 +81,12 @@ public:
     void setCache(const ThumbnailCache &cache);
     void setThreadPool(QThreadPool *pool);
     void setMaxWorkers(int workers);
+    // With Teardown::Detach the callback may still run while the destructor
+    // returns (never after the worker has seen the stop): it must not refer
+    // to the job's owner.
     void setCallback(Callback callback);
+    void setProducer(Producer producer);
+    void setTeardown(Teardown teardown);
 
     // Items first..last (inclusive, clamped to the list) are taken before all
     // others, in order; the rest follow in list order. May be called at any
@@ -84,21 +102,25 @@ public:
     bool wait(int msecs = -1);
 
     int count() const;
-    int completedCount() const; // items handed over so far
+    int completedCount() const; // items made so far, on the worker threads
+    int deliveredCount() const; // items handed over by thumbnailReady so far
     bool isStopped() const;
     bool isFinished() const; // started, and every worker has returned
 
 signals:
     void thumbnailReady(int index, const QString &path, const QImage &image, const QString &errorString);
+    void progress(int delivered, int count);
     void finished();
 
 private:
     struct State;
-    void runWorker();
+    void deliver(const Item &item);
 
     std::shared_ptr<State> m_state;
     QThreadPool *m_pool = nullptr;
     int m_maxWorkers = 0;
+    int m_delivered = 0;
+    Teardown m_teardown = Teardown::Wait;
     bool m_started = false;
 };
 

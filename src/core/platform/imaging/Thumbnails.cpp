@@ -8,6 +8,8 @@
 #include <QTransform>
 #include <QtEndian>
 
+#include <algorithm>
+
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
@@ -203,6 +205,31 @@ void jpegMessage(j_common_ptr cinfo, int level)
 
 enum class JpegOutcome { Decoded, Failed, NotHandled };
 
+// Reads the scans of a buffered-image decompression up to the end of the
+// first one after which every component has its DC coefficients. A DC scan
+// may send them with their lowest bit or bits held back for a refinement scan;
+// that scan is not waited for, as it usually comes after most of the AC data.
+// With the usual single held-back bit, a block's level is then off by less
+// than one DC quantization step divided by eight: a level or two of 255.
+void readDcScans(j_decompress_ptr cinfo)
+{
+    bool haveDc[MAX_COMPONENTS] = {};
+    for (;;) {
+        const int status = jpeg_consume_input(cinfo);
+        if (status == JPEG_REACHED_EOI || status == JPEG_SUSPENDED)
+            return;
+        if (status != JPEG_SCAN_COMPLETED)
+            continue;
+        // Until the next start of scan, the fields describe the scan just read.
+        if (cinfo->Ss == 0) {
+            for (int i = 0; i < cinfo->comps_in_scan; ++i)
+                haveDc[cinfo->cur_comp_info[i]->component_index] = true;
+        }
+        if (std::all_of(haveDc, haveDc + cinfo->num_components, [](bool b) { return b; }))
+            return;
+    }
+}
+
 // Decodes a JPEG held in memory at the smallest of libjpeg's M/8 scales whose
 // output still covers box after fitting, straight into a QImage. Colour
 // spaces other than grey, YCbCr and RGB are left to Qt (NotHandled).
@@ -239,8 +266,6 @@ JpegOutcome decodeJpeg(const uchar *data, qsizetype size, int box, QImage *out, 
             break;
         }
     }
-    // FIXME: a progressive JPEG still has all its scans decoded; for a 1/8
-    // thumbnail the first (DC) scan would be enough and much cheaper.
     cinfo.scale_num = scale;
     cinfo.scale_denom = 8;
     if (scale < 8) {
@@ -248,6 +273,26 @@ JpegOutcome decodeJpeg(const uchar *data, qsizetype size, int box, QImage *out, 
         // of the fast integer transform and of plain chroma replication.
         cinfo.dct_method = JDCT_IFAST;
         cinfo.do_fancy_upsampling = FALSE;
+    }
+    // A progressive (or otherwise multi-scan) file is held whole as DCT
+    // coefficients while it is read, some two bytes a pixel per component,
+    // whatever the output size: bound the picture itself, not the output.
+    const bool multiScan = jpeg_has_multiple_scans(&cinfo);
+    if (multiScan && qint64(cinfo.image_width) * cinfo.image_height > MaxPixels) {
+        jpeg_destroy_decompress(&cinfo);
+        *errorString = QStringLiteral("The picture is too large to load (%1 x %2 pixels).")
+                           .arg(original->width())
+                           .arg(original->height());
+        return JpegOutcome::Failed;
+    }
+    // At 1/8 scale each output pixel is the DC coefficient of its block, and
+    // a progressive file sends every block's DC in its first scan(s), before
+    // any of the AC detail that makes up most of the file. Read in
+    // buffered-image mode, it can be shown as soon as those scans are in.
+    const bool dcOnly = multiScan && scale == 1;
+    if (dcOnly) {
+        cinfo.buffered_image = TRUE;
+        cinfo.do_block_smoothing = FALSE; // guesses AC from DC: no use at one pixel a block
     }
     const bool grey = cinfo.jpeg_color_space == JCS_GRAYSCALE;
 #if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
@@ -271,6 +316,10 @@ JpegOutcome decodeJpeg(const uchar *data, qsizetype size, int box, QImage *out, 
         return JpegOutcome::Failed;
     }
     jpeg_start_decompress(&cinfo);
+    if (dcOnly) {
+        readDcScans(&cinfo);
+        jpeg_start_output(&cinfo, cinfo.input_scan_number);
+    }
     while (cinfo.output_scanline < cinfo.output_height) {
         JSAMPROW row = image.scanLine(int(cinfo.output_scanline));
         jpeg_read_scanlines(&cinfo, &row, 1);
