@@ -17,8 +17,7 @@
 #include <mutex>
 #include <optional>
 
-#include <jpeglib.h>
-#include <jerror.h>
+#include "LibJpegErrors.h"
 
 // FlashPix keeps a picture as a pyramid of resolutions inside an OLE2
 // container: "Data Object Store 000001" holds the "\005Image Contents"
@@ -194,25 +193,9 @@ QRgb pixelOf(const Layout &layout, const uchar *p, const PhotoYcc &ycc)
     return rgb;
 }
 
-struct JpegError {
-    jpeg_error_mgr pub;
-    std::jmp_buf jump;
-    char message[JMSG_LENGTH_MAX];
-};
-
-void jpegErrorExit(j_common_ptr cinfo)
-{
-    auto *error = reinterpret_cast<JpegError *>(cinfo->err);
-    (*cinfo->err->format_message)(cinfo, error->message);
-    std::longjmp(error->jump, 1);
-}
-
-// A tile ending early is damaged, not a tile with a grey tail.
-void jpegMessage(j_common_ptr cinfo, int level)
-{
-    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
-        (*cinfo->err->error_exit)(cinfo);
-}
+using detail::JpegError;
+using detail::jpegErrorExit;
+using detail::jpegMessage;
 
 // One JPEG tile as the layout's image format. The tile's channels are those
 // of the picture (grey, NIF RGB or PhotoYCC); when converted is set, the JPEG

@@ -15,8 +15,7 @@
 #include <cstring>
 #include <optional>
 
-#include <jpeglib.h>
-#include <jerror.h>
+#include "LibJpegErrors.h"
 
 namespace tarnby::imaging {
 
@@ -181,27 +180,9 @@ QImage oriented(const QImage &image, int orientation)
 
 // --- JPEG through libjpeg ----------------------------------------------------
 
-struct JpegError {
-    jpeg_error_mgr pub;
-    std::jmp_buf jump;
-    char message[JMSG_LENGTH_MAX];
-};
-
-void jpegErrorExit(j_common_ptr cinfo)
-{
-    auto *error = reinterpret_cast<JpegError *>(cinfo->err);
-    (*cinfo->err->format_message)(cinfo, error->message);
-    std::longjmp(error->jump, 1);
-}
-
-// Warnings are not printed. A file that ends early is refused rather than
-// shown with a grey tail: otherwise a few bytes claiming a huge picture would
-// make the decoder fill the whole of it.
-void jpegMessage(j_common_ptr cinfo, int level)
-{
-    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
-        (*cinfo->err->error_exit)(cinfo);
-}
+using detail::JpegError;
+using detail::jpegErrorExit;
+using detail::jpegMessage;
 
 enum class JpegOutcome { Decoded, Failed, NotHandled };
 
