@@ -152,7 +152,7 @@ int runThumbs(const QByteArrayList &args)
 
 } // namespace
 
-TARNBY_CLI_COMMAND(thumbs, "thumbs", "thumbs DIR OUTDIR [--size N] [--no-cache]",
+TARNBY_CLI_DRAWING_COMMAND(thumbs, "thumbs", "thumbs DIR OUTDIR [--size N] [--no-cache]",
                    "Write a PNG thumbnail (at most N x N, default 256) of every picture in DIR to "
                    "OUTDIR as NAME.png, in parallel, through the shared thumbnail cache unless "
                    "--no-cache. Failed pictures are listed on stderr and the status is 1.",

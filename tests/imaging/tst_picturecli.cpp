@@ -186,22 +186,30 @@ private slots:
 
     // Text needs fonts, which the tool sets up for its drawing commands on
     // the offscreen platform unless the user names one.
-    void convertedDrawingKeepsItsText_data()
+    void drawingKeepsItsText_data()
     {
+        QTest::addColumn<QString>("command");
         QTest::addColumn<QString>("platform");
-        QTest::newRow("no platform set") << QString();
-        QTest::newRow("platform set by the user") << QStringLiteral("offscreen");
+        QTest::newRow("convert, no platform set") << "convert" << QString();
+        QTest::newRow("convert, platform set by the user") << "convert" << QStringLiteral("offscreen");
+        QTest::newRow("thumbs") << "thumbs" << QString();
     }
-    void convertedDrawingKeepsItsText()
+    void drawingKeepsItsText()
     {
+        QFETCH(QString, command);
         QFETCH(QString, platform);
         TestDir dir;
-        const QString in = dir.createFile(QStringLiteral("label.dxf"), TextDrawing);
-        const QString out = dir.filePath(QStringLiteral("label.png"));
-        const Run run = cli({QStringLiteral("convert"), in, out}, platform);
+        const QString in = dir.createFile(QStringLiteral("drawings/label.dxf"), TextDrawing);
+        const QString out = command == QLatin1String("convert") ? dir.filePath(QStringLiteral("label.png"))
+                                                                : dir.filePath(QStringLiteral("thumbs/label.dxf.png"));
+        const QStringList args = command == QLatin1String("convert")
+            ? QStringList{command, in, out}
+            : QStringList{command, dir.filePath(QStringLiteral("drawings")), dir.filePath(QStringLiteral("thumbs")),
+                          QStringLiteral("--size"), QStringLiteral("1024"), QStringLiteral("--no-cache")};
+        const Run run = cli(args, platform);
         QVERIFY2(run.exitCode == 0, qPrintable(run.err));
         const QImage image(out);
-        QVERIFY(!image.isNull());
+        QVERIFY2(!image.isNull(), qPrintable(out));
         QVERIFY(inkIn(image, QRectF(12, 42, 40, 14)) > 100);
         QCOMPARE(inkIn(image, QRectF(12, 70, 40, 14)), 0);
     }
