@@ -105,7 +105,7 @@ const Expectation Expectations[] = {
     {"PCD", {24, 24, 24, 24}, false, false, false},
     {"XPM", {1, 8, 24, 0}, true, false, true},
     {"PNG", {1, 8, 24, 32}, true, true, true},
-    {"PSD", {0, 24, 24, 32}, true, false, true}, // ImageMagick's Photoshop alpha does not come back
+    {"PSD", {0, 8, 24, 32}, true, false, true}, // ImageMagick's Photoshop alpha does not come back
     {"TGA", {8, 8, 24, 32}, true, true, true},
     {"JBG", {1, 1, 1, 1}, false, false, true},
     {"RAS", {0, 8, 24, 32}, true, true, true},

@@ -335,11 +335,6 @@ QString write(const QList<QImage> &frames, const char *name, int bitsPerPixel, i
                 image.quantizeDither(false);
                 image.quantize();
                 image.type(Magick::BilevelType);
-            } else if (bpp <= 8 && !grey && qstrcmp(name, "PSD") == 0) {
-                // ImageMagick cannot read back the indexed Photoshop files it
-                // writes, so Photoshop keeps full colour.
-                image.matte(false);
-                image.type(Magick::TrueColorType);
             } else if (bpp <= 8) {
                 image.matte(false);
                 if (grey) {
