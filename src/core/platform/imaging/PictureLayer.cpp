@@ -17,6 +17,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <bit>
 #include <vector>
 
 namespace tarnby::imaging {
@@ -253,22 +254,21 @@ qint64 distinctColours(const QImage &image)
     // of 200 megapixels is not copied whole.
     const bool direct = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32;
     std::vector<quint64> seen((1u << 24) / 64, 0);
-    qint64 count = 0;
-    for (int y = 0; y < image.height(); ++y) {
+    const int width = image.width();
+    const int height = image.height();
+    for (int y = 0; y < height; ++y) {
         QImage row;
         if (!direct)
-            row = image.copy(0, y, image.width(), 1).convertToFormat(QImage::Format_ARGB32);
+            row = image.copy(0, y, width, 1).convertToFormat(QImage::Format_ARGB32);
         const QRgb *line = reinterpret_cast<const QRgb *>(direct ? image.constScanLine(y) : row.constScanLine(0));
-        for (int x = 0; x < image.width(); ++x) {
+        for (int x = 0; x < width; ++x) {
             const quint32 c = line[x] & 0xFFFFFF;
-            quint64 &word = seen[c >> 6];
-            const quint64 bit = quint64(1) << (c & 63);
-            if (!(word & bit)) {
-                word |= bit;
-                ++count;
-            }
+            seen[c >> 6] |= quint64(1) << (c & 63);
         }
     }
+    qint64 count = 0;
+    for (const quint64 word : seen)
+        count += std::popcount(word);
     return count;
 }
 
