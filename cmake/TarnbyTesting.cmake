@@ -20,9 +20,12 @@ function(tarnby_add_test name)
   # folder, so that thumbnails, the trash and settings never touch the
   # user's (or root's) real ones.
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
-  file(MAKE_DIRECTORY ${home}/cache ${home}/data ${home}/config)
+  file(MAKE_DIRECTORY ${home}/cache ${home}/data ${home}/config ${home}/runtime)
+  # Qt wants a private runtime folder and warns on standard error without one.
+  file(CHMOD ${home}/runtime DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   set(env
     "QT_QPA_PLATFORM=offscreen"
+    "XDG_RUNTIME_DIR=${home}/runtime"
     "XDG_CACHE_HOME=${home}/cache"
     "XDG_DATA_HOME=${home}/data"
     "XDG_CONFIG_HOME=${home}/config"
