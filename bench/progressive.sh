@@ -45,22 +45,7 @@ for kind in baseline progressive; do
 done
 cat "$WORK"/*/*.jpg > /dev/null
 
-children_cpu() { # sets CPU; see bench/thumbnails.sh
-  times > "$WORK/.times"
-  CPU=$(tail -1 "$WORK/.times" | awk '
-    function s(x, p) { split(x, p, "m"); sub("s", "", p[2]); return p[1] * 60 + p[2] }
-    { printf "%.3f", s($1) + s($2) }')
-}
-measure() {
-  local start end cpu0
-  children_cpu
-  cpu0=$CPU
-  start=$(date +%s.%N)
-  "$@" >/dev/null
-  end=$(date +%s.%N)
-  children_cpu
-  awk -v a="$start" -v b="$end" -v c="$cpu0" -v d="$CPU" 'BEGIN { printf "%.3f %.3f\n", b - a, d - c }'
-}
+source "$HERE/measure.sh"
 
 echo "Machine: $(nproc) cores, pinned to $CORES; load before: $(cut -d' ' -f1-3 /proc/loadavg)"
 echo "Files: baseline $(stat -c %s "$PICS/baseline.jpg") bytes, progressive $(stat -c %s "$PICS/progressive.jpg") bytes"

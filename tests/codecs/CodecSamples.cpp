@@ -5,8 +5,6 @@
 
 namespace codecsamples {
 
-namespace {
-
 void le16(QByteArray &out, quint32 v)
 {
     out.append(char(v & 0xff)).append(char((v >> 8) & 0xff));
@@ -16,6 +14,9 @@ void le32(QByteArray &out, quint32 v)
     le16(out, v & 0xffff);
     le16(out, v >> 16);
 }
+
+namespace {
+
 void be16(QByteArray &out, quint32 v)
 {
     out.append(char((v >> 8) & 0xff)).append(char(v & 0xff));

@@ -16,15 +16,8 @@ using namespace tarnby::imaging;
 // kind also comes cut short, which must fail with a message.
 namespace {
 
-void le16(QByteArray &out, quint32 v)
-{
-    out.append(char(v & 0xff)).append(char((v >> 8) & 0xff));
-}
-void le32(QByteArray &out, quint32 v)
-{
-    le16(out, v & 0xffff);
-    le16(out, v >> 16);
-}
+using codecsamples::le16;
+using codecsamples::le32;
 
 // ---- TIFF ---------------------------------------------------------------
 
