@@ -178,7 +178,7 @@ bool OwnHandler::fail(const QString &message)
 
 bool OwnHandler::supportsOption(ImageOption option) const
 {
-    return option == Size || (option == ImageFormat && fixedFormat() != QImage::Format_Invalid)
+    return option == Size || (option == ImageFormat && readFormat() != QImage::Format_Invalid)
         || (option == Animation && isAnimation());
 }
 
@@ -190,7 +190,7 @@ QVariant OwnHandler::option(ImageOption option) const
             return *size;
         return {};
     case ImageFormat:
-        return fixedFormat() != QImage::Format_Invalid ? QVariant(int(fixedFormat())) : QVariant();
+        return readFormat() != QImage::Format_Invalid ? QVariant(int(readFormat())) : QVariant();
     case Animation:
         return isAnimation();
     default:

@@ -122,7 +122,7 @@ public:
     bool jumpToImage(int imageNumber) override;
     int nextImageDelay() const override;
     int loopCount() const override { return frameCount() > 1 ? -1 : 0; }
-    // Size when headerSize() knows it, ImageFormat when fixedFormat() names
+    // Size when headerSize() knows it, ImageFormat when readFormat() names
     // one, Animation for the animation readers.
     bool supportsOption(ImageOption option) const override;
     QVariant option(ImageOption option) const override;
@@ -130,9 +130,9 @@ public:
 protected:
     // The picture's size as its header gives it, found without decoding.
     virtual std::optional<QSize> headerSize() const { return std::nullopt; }
-    // The one image format read() produces, or Format_Invalid when that
-    // depends on the file.
-    virtual QImage::Format fixedFormat() const { return QImage::Format_Invalid; }
+    // The image format read() produces, as far as it is known without
+    // decoding; Format_Invalid when it is not.
+    virtual QImage::Format readFormat() const { return QImage::Format_Invalid; }
     virtual bool isAnimation() const { return false; }
 
     // The start of read() for a format that holds one picture: clears the

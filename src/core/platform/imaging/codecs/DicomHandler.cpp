@@ -212,13 +212,10 @@ bool DicomHandler::canRead() const
 
 bool DicomHandler::read(QImage *image)
 {
-    clearError();
-    if (takeFrame() < 0)
-        return false;
     QByteArray data;
+    if (!readWholePicture(&data))
+        return false;
     QString error;
-    if (!readAllBounded(device(), &data, &error))
-        return fail(error);
     PixelModule m;
     if (!parse(data, &m, &error))
         return fail(error);

@@ -42,7 +42,7 @@ public:
 
 protected:
     std::optional<QSize> headerSize() const override;
-    QImage::Format fixedFormat() const override { return QImage::Format_Indexed8; }
+    QImage::Format readFormat() const override { return QImage::Format_Indexed8; }
     QString index() const override;
 
 private:

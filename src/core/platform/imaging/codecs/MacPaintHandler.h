@@ -33,7 +33,7 @@ public:
 
 protected:
     std::optional<QSize> headerSize() const override;
-    QImage::Format fixedFormat() const override { return QImage::Format_Mono; }
+    QImage::Format readFormat() const override { return QImage::Format_Mono; }
 };
 
 } // namespace tarnby::imaging::codecs

@@ -143,26 +143,24 @@ bool PsdHandler::canRead() const
     return claim(canRead(device()), "psd");
 }
 
-bool PsdHandler::supportsOption(ImageOption option) const
-{
-    return option == Size || option == ImageFormat;
-}
-
-QVariant PsdHandler::option(ImageOption option) const
+std::optional<QSize> PsdHandler::headerSize() const
 {
     const std::optional<Header> h = peekHeader<Header>(device());
     if (!h || !h->isDecodedHere())
-        return {};
-    if (option == Size)
-        return QSize(int(h->width), int(h->height));
-    if (option == ImageFormat) {
-        switch (h->colorMode) {
-        case Bitmap: return QImage::Format_Mono;
-        case Indexed: return QImage::Format_Indexed8;
-        default: return h->depth == 16 ? QImage::Format_Grayscale16 : QImage::Format_Grayscale8;
-        }
+        return std::nullopt;
+    return QSize(int(h->width), int(h->height));
+}
+
+QImage::Format PsdHandler::readFormat() const
+{
+    const std::optional<Header> h = peekHeader<Header>(device());
+    if (!h || !h->isDecodedHere())
+        return QImage::Format_Invalid;
+    switch (h->colorMode) {
+    case Bitmap: return QImage::Format_Mono;
+    case Indexed: return QImage::Format_Indexed8;
+    default: return h->depth == 16 ? QImage::Format_Grayscale16 : QImage::Format_Grayscale8;
     }
-    return {};
 }
 
 bool PsdHandler::unpackBits(QByteArrayView packed, QByteArray &out)

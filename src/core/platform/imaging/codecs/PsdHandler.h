@@ -54,8 +54,6 @@ public:
 
     bool canRead() const override;
     bool read(QImage *image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
 
     // A Photoshop file in a colour mode this reader decodes.
     static bool canRead(QIODevice *device);
@@ -63,6 +61,10 @@ public:
     // Unpacks one PackBits row into out (exactly out.size() bytes); false
     // when the packed bytes run short or would write past the row.
     static bool unpackBits(QByteArrayView packed, QByteArray &out);
+
+protected:
+    std::optional<QSize> headerSize() const override;
+    QImage::Format readFormat() const override;
 };
 
 } // namespace tarnby::imaging::codecs
