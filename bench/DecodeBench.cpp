@@ -6,7 +6,7 @@
 // Prints the median time of REPEAT decodes (default 7, after one unmeasured
 // decode each) and the ratio ImageMagick / Tarnby.
 
-#include "platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 #include <Magick++.h>
 

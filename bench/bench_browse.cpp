@@ -2,11 +2,11 @@
 // long the folder tree takes to list a huge folder, and how fast thumbnails
 // of a folder of pictures are made and what they cost in memory.
 
-#include "shell/FileCatalogue.h"
-#include "shell/FileListModel.h"
-#include "shell/FolderTreeModel.h"
-#include "platform/imaging/ThumbnailJob.h"
-#include "shell/ThumbnailModel.h"
+#include "core/browser/FileListModel.h"
+#include "core/browser/FolderTreeModel.h"
+#include "core/browser/ThumbnailModel.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/platform/imaging/ThumbnailJob.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -5,7 +5,7 @@
 //
 //   bench_document [MEGABYTES]     (200 by default; the file goes to /tmp)
 
-#include "viewer/Document.h"
+#include "core/viewer/Document.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -1,5 +1,5 @@
 // The DXF route of the picture layer: dxflib and our drawing renderer.
-#include "platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QGuiApplication>
 

@@ -1,5 +1,5 @@
 // The EMF route of the picture layer: libemf2svg and QtSvg.
-#include "platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QGuiApplication>
 

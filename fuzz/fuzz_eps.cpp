@@ -1,5 +1,5 @@
 // The EPS route of the picture layer: Ghostscript, in its child process.
-#include "platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QGuiApplication>
 

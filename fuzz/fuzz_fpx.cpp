@@ -1,5 +1,5 @@
 // The FPX route of the picture layer: libgsf and our FlashPix tile decoder.
-#include "platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QGuiApplication>
 

@@ -1,6 +1,6 @@
 // ImageMagick's coders as the picture layer calls them: the first byte picks
 // the coder, the rest is the file.
-#include "platform/imaging/MagickRoute.h"
+#include "core/platform/imaging/MagickRoute.h"
 
 #include <iterator>
 

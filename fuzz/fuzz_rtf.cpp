@@ -1,5 +1,5 @@
 // Feeds arbitrary bytes to the RTF reader; any fault is a finding.
-#include "viewer/RtfReader.h"
+#include "core/viewer/RtfReader.h"
 
 #include <QGuiApplication>
 #include <QTextDocument>

@@ -1,7 +1,7 @@
 // JPEG thumbnails: our marker scan (EXIF orientation, the camera's own
 // thumbnail) and libjpeg driven at reduced scale, progressive files read only
 // up to their DC scans.
-#include "platform/imaging/Thumbnails.h"
+#include "core/platform/imaging/Thumbnails.h"
 
 #include <QGuiApplication>
 #include <QTemporaryFile>

@@ -1,7 +1,7 @@
 // The metafile record walk that decides whether a WMF draws anything, and the
 // blank page made for one that does not. Drawing metafiles go to ImageMagick,
 // which fuzz_magick covers; they are not handed over here.
-#include "platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

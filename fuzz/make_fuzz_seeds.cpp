@@ -4,7 +4,7 @@
 #include "CodecSamples.h"
 #include "FlashPixSamples.h"
 
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -1,8 +1,8 @@
-#include "app/AppState.h"
-#include "app/SettingsStore.h"
-#include "services/UiServices.h"
-#include "shell/CommandLine.h"
-#include "shell/Tarnby1.h"
+#include "core/app/AppState.h"
+#include "core/app/SettingsStore.h"
+#include "core/catalogue/CommandLine.h"
+#include "ui/browser/Tarnby1.h"
+#include "ui/services/UiServices.h"
 
 #include <QApplication>
 #include <QTimer>

@@ -1,8 +1,8 @@
 #include "CliCommand.h"
 
-#include "platform/imaging/PictureFormats.h"
-#include "platform/imaging/PictureLayer.h"
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 #include <QFileInfo>
 

@@ -1,8 +1,8 @@
 #include "CliCommand.h"
 
-#include "platform/imaging/ThumbnailCache.h"
-#include "platform/imaging/ThumbnailJob.h"
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/platform/imaging/ThumbnailCache.h"
+#include "core/platform/imaging/ThumbnailJob.h"
 
 #include <QDir>
 #include <QElapsedTimer>

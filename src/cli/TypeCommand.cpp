@@ -1,6 +1,6 @@
 #include "CliCommand.h"
 
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
 
 namespace {
 

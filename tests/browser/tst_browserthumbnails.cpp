@@ -1,5 +1,5 @@
-#include "platform/imaging/ThumbnailJob.h"
-#include "shell/ThumbnailModel.h"
+#include "core/browser/ThumbnailModel.h"
+#include "core/platform/imaging/ThumbnailJob.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"

@@ -1,15 +1,15 @@
-#include "app/AppState.h"
-#include "app/SettingsStore.h"
-#include "services/ScriptedResponder.h"
-#include "services/UiServices.h"
-#include "shell/CommandBar.h"
-#include "shell/FileListModel.h"
-#include "shell/FileListView.h"
-#include "shell/FolderTreeModel.h"
-#include "shell/MDIForm1.h"
-#include "shell/QuikPict1.h"
-#include "shell/Tarnby1.h"
-#include "shell/ThumbnailView.h"
+#include "core/app/AppState.h"
+#include "core/app/SettingsStore.h"
+#include "core/browser/FileListModel.h"
+#include "core/browser/FolderTreeModel.h"
+#include "ui/browser/FileListView.h"
+#include "ui/browser/QuikPict1.h"
+#include "ui/browser/Tarnby1.h"
+#include "ui/browser/ThumbnailView.h"
+#include "ui/frame/CommandBar.h"
+#include "ui/frame/MDIForm1.h"
+#include "ui/services/ScriptedResponder.h"
+#include "ui/services/UiServices.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"
@@ -29,7 +29,7 @@
 #include <QSignalSpy>
 #include <QSplitter>
 #include "ModalCloser.h"
-#include "settings/ProgramOptions.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QTest>
 #include <QTimer>

@@ -1,7 +1,7 @@
-#include "shell/BrowserValues.h"
-#include "shell/FileCatalogue.h"
-#include "shell/FileListModel.h"
-#include "shell/FileTransfer.h"
+#include "core/browser/BrowserValues.h"
+#include "core/browser/FileListModel.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/fileops/FileTransfer.h"
 
 #include "TestDir.h"
 

@@ -1,5 +1,5 @@
-#include "shell/FolderTreeModel.h"
-#include "shell/MountTable.h"
+#include "core/browser/FolderTreeModel.h"
+#include "core/browser/MountTable.h"
 
 #include "TestDir.h"
 

@@ -1,5 +1,5 @@
-#include "shell/FileCatalogue.h"
-#include "shell/OpenRouting.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/catalogue/OpenRouting.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 #include "CodecTestUtil.h"
 
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QBuffer>
 #include <QFile>

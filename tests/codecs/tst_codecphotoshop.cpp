@@ -2,7 +2,7 @@
 #include "CodecTestUtil.h"
 #include "Fixtures.h"
 
-#include "platform/imaging/codecs/PsdHandler.h"
+#include "core/platform/imaging/codecs/PsdHandler.h"
 
 #include <QBuffer>
 #include <QFile>

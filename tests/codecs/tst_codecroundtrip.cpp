@@ -2,7 +2,7 @@
 #include "CodecTestUtil.h"
 #include "TestDir.h"
 
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "CodecTestUtil.h"
 #include "Fixtures.h"
 
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QFile>
 #include <QFileInfo>

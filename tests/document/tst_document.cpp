@@ -1,6 +1,6 @@
 #include "Fixtures.h"
 #include "TestDir.h"
-#include "viewer/Document.h"
+#include "core/viewer/Document.h"
 
 #include <QSignalSpy>
 #include <QTest>

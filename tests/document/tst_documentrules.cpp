@@ -1,4 +1,4 @@
-#include "viewer/DocumentRules.h"
+#include "core/viewer/DocumentRules.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "viewer/PictureView.h"
+#include "ui/viewer/PictureView.h"
 
 #include <QScrollBar>
 #include <QTest>

@@ -1,5 +1,5 @@
 #include "Fixtures.h"
-#include "viewer/RtfReader.h"
+#include "core/viewer/RtfReader.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "Fixtures.h"
 #include "TestDir.h"
-#include "viewer/TextFile.h"
+#include "core/viewer/TextFile.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "viewer/ViewModes.h"
+#include "core/viewer/ViewModes.h"
 
 #include <QTest>
 

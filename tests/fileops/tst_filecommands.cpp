@@ -1,14 +1,14 @@
-#include "shell/FileCommands.h"
+#include "ui/fileops/FileCommands.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"
 #include "ZipWriter.h"
 
-#include "app/AppState.h"
-#include "platform/imaging/PictureLayer.h"
-#include "platform/trash/Trash.h"
-#include "services/ScriptedResponder.h"
-#include "services/UiServices.h"
+#include "core/app/AppState.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/platform/trash/Trash.h"
+#include "ui/services/ScriptedResponder.h"
+#include "ui/services/UiServices.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,4 +1,4 @@
-#include "shell/FileOperations.h"
+#include "core/fileops/FileOperations.h"
 
 #include "TestDir.h"
 

@@ -1,4 +1,4 @@
-#include "platform/media/Playlist.h"
+#include "core/platform/media/Playlist.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"

@@ -1,4 +1,4 @@
-#include "platform/trash/Trash.h"
+#include "core/platform/trash/Trash.h"
 
 #include "TestDir.h"
 

@@ -1,4 +1,4 @@
-#include "platform/archive/ZipExtract.h"
+#include "core/platform/archive/ZipExtract.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"

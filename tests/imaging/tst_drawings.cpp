@@ -1,8 +1,8 @@
 #include "TestDir.h"
 
-#include "platform/imaging/PictureFormats.h"
-#include "platform/imaging/PictureLayer.h"
-#include "platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QTest>
 #include <QtEndian>

@@ -1,4 +1,4 @@
-#include "platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 #include "FlashPixSamples.h"
 #include "TestDir.h"

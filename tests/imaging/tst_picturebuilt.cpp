@@ -1,8 +1,8 @@
 #include "CodecSamples.h"
 #include "TestDir.h"
 
-#include "platform/imaging/PictureFormats.h"
-#include "platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 #include "Fixtures.h"
 
-#include "platform/imaging/PictureFormats.h"
-#include "platform/imaging/PictureLayer.h"
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QFileInfo>
 #include <QImageIOHandler>

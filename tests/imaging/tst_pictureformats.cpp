@@ -1,5 +1,5 @@
-#include "platform/imaging/PictureFormats.h"
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/platform/imaging/PictureFormats.h"
 
 #include <QTest>
 

@@ -1,10 +1,10 @@
 #include "Fixtures.h"
 #include "TestDir.h"
 
-#include "platform/imaging/PictureFormats.h"
-#include "platform/imaging/PictureLayer.h"
-#include "platform/imaging/VectorRoutes.h"
-#include "platform/imaging/codecs/OwnCodecs.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QImageIOHandler>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "TestDir.h"
 
-#include "platform/imaging/PictureFormats.h"
-#include "platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 #include <QTest>
 #include <QtConcurrent>

@@ -1,12 +1,12 @@
-#include "viewer/AudioVideo1.h"
+#include "ui/viewer/AudioVideo1.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"
 
-#include "app/AppState.h"
-#include "services/ScriptedResponder.h"
-#include "services/UiServices.h"
-#include "shell/FileCommands.h"
+#include "core/app/AppState.h"
+#include "ui/fileops/FileCommands.h"
+#include "ui/services/ScriptedResponder.h"
+#include "ui/services/UiServices.h"
 
 #include <QLabel>
 #include <QMediaPlayer>

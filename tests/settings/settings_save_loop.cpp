@@ -1,7 +1,7 @@
 // Saves the options file over and over, alternating between two versions, until
 // it is killed. The atomic-save test kills it at random moments and then
 // requires the file to hold one version or the other in full.
-#include "settings/ProgramOptions.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QCoreApplication>
 #include <QFile>

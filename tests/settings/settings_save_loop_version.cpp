@@ -1,4 +1,4 @@
-#include "settings/ProgramOptions.h"
+#include "core/settings/ProgramOptions.h"
 
 using tarnby::settings::ProgramOptions;
 

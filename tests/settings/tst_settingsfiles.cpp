@@ -1,12 +1,12 @@
 #include "Fixtures.h"
 #include "TestDir.h"
 
-#include "app/AppState.h"
-#include "settings/LineFile.h"
-#include "settings/ProgramOptions.h"
-#include "settings/SettingsFiles.h"
-#include "settings/WindowColors.h"
-#include "settings/WorkingFolders.h"
+#include "core/app/AppState.h"
+#include "core/settings/LineFile.h"
+#include "core/settings/ProgramOptions.h"
+#include "core/settings/SettingsFiles.h"
+#include "core/settings/WindowColors.h"
+#include "core/settings/WorkingFolders.h"
 
 #include <QElapsedTimer>
 #include <QFile>

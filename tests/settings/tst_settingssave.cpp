@@ -1,7 +1,7 @@
 #include "TestDir.h"
 
-#include "settings/LineTable.h"
-#include "settings/ProgramOptions.h"
+#include "core/settings/LineTable.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QProcess>
 #include <QRandomGenerator>

@@ -1,7 +1,7 @@
 #include "TestDir.h"
 #include "ThumbTestPictures.h"
 
-#include "platform/imaging/ThumbnailJob.h"
+#include "core/platform/imaging/ThumbnailJob.h"
 
 #include <QDeadlineTimer>
 #include <QMutex>

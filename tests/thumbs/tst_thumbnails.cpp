@@ -2,8 +2,8 @@
 #include "TestDir.h"
 #include "ThumbTestPictures.h"
 
-#include "platform/imaging/ThumbnailCache.h"
-#include "platform/imaging/Thumbnails.h"
+#include "core/platform/imaging/ThumbnailCache.h"
+#include "core/platform/imaging/Thumbnails.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "TestDir.h"
 #include "ThumbTestPictures.h"
 
-#include "platform/imaging/ThumbnailCache.h"
+#include "core/platform/imaging/ThumbnailCache.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "AppState.h"
+#include "core/app/AppState.h"
 
 #include <QDir>
 

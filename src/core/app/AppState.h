@@ -1,8 +1,8 @@
 #pragma once
 
-#include "settings/ProgramOptions.h"
-#include "settings/WindowColors.h"
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/settings/ProgramOptions.h"
+#include "core/settings/WindowColors.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,6 +1,6 @@
-#include "ProgramFolder.h"
+#include "core/app/ProgramFolder.h"
 
-#include "SettingsStore.h"
+#include "core/app/SettingsStore.h"
 
 #include <QDir>
 #include <QDirIterator>

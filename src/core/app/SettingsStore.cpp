@@ -1,4 +1,4 @@
-#include "SettingsStore.h"
+#include "core/app/SettingsStore.h"
 
 namespace tarnby {
 

@@ -1,4 +1,4 @@
-#include "LineFile.h"
+#include "core/settings/LineFile.h"
 
 #include <QFile>
 #include <QSaveFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LineFile.h"
+#include "core/settings/LineFile.h"
 
 #include <QLocale>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "MailPasswords.h"
+#include "core/settings/MailPasswords.h"
 
 #include <qt6keychain/keychain.h>
 

@@ -1,4 +1,4 @@
-#include "ProgramOptions.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QDir>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LineTable.h"
+#include "core/settings/LineTable.h"
 
 #include <QString>
 

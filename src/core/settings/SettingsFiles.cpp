@@ -1,9 +1,9 @@
-#include "SettingsFiles.h"
+#include "core/settings/SettingsFiles.h"
 
-#include "ProgramOptions.h"
-#include "WindowColors.h"
-#include "WorkingFolders.h"
-#include "app/AppState.h"
+#include "core/app/AppState.h"
+#include "core/settings/ProgramOptions.h"
+#include "core/settings/WindowColors.h"
+#include "core/settings/WorkingFolders.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
-#include "WindowColors.h"
+#include "core/settings/WindowColors.h"
 
-#include "LineFile.h"
-#include "ProgramOptions.h"
+#include "core/settings/LineFile.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QDir>
 #include <QLocale>

@@ -1,7 +1,7 @@
-#include "WorkingFolders.h"
+#include "core/settings/WorkingFolders.h"
 
-#include "LineFile.h"
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/settings/LineFile.h"
 
 #include <QDir>
 #include <QLocale>

@@ -1,8 +1,8 @@
-#include "Document.h"
+#include "core/viewer/Document.h"
 
-#include "DocumentConverters.h"
-#include "RtfReader.h"
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/viewer/DocumentConverters.h"
+#include "core/viewer/RtfReader.h"
 
 #include <QFile>
 #include <QFileInfo>

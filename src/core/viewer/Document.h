@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DocumentRules.h"
-#include "TextFile.h"
-#include "platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/viewer/DocumentRules.h"
+#include "core/viewer/TextFile.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,4 +1,4 @@
-#include "DocumentConverters.h"
+#include "core/viewer/DocumentConverters.h"
 
 #include <QFile>
 #include <QProcess>

@@ -1,4 +1,4 @@
-#include "DocumentRules.h"
+#include "core/viewer/DocumentRules.h"
 
 #include <QDateTime>
 #include <QLocale>

@@ -1,6 +1,6 @@
-#include "RtfReader.h"
+#include "core/viewer/RtfReader.h"
 
-#include "TextFile.h"
+#include "core/viewer/TextFile.h"
 
 #include <QColor>
 #include <QHash>

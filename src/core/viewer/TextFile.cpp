@@ -1,4 +1,4 @@
-#include "TextFile.h"
+#include "core/viewer/TextFile.h"
 
 #include <QFile>
 #include <QStringDecoder>

@@ -1,4 +1,4 @@
-#include "ViewModes.h"
+#include "core/viewer/ViewModes.h"
 
 namespace tarnby::viewer {
 

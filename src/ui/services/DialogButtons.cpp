@@ -1,4 +1,4 @@
-#include "DialogButtons.h"
+#include "ui/services/DialogButtons.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>

@@ -1,6 +1,6 @@
-#include "DialogService.h"
+#include "ui/services/DialogService.h"
 
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
 
 #include <QColorDialog>
 #include <QFileDialog>

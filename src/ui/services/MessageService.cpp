@@ -1,4 +1,4 @@
-#include "MessageService.h"
+#include "ui/services/MessageService.h"
 
 #include <QApplication>
 #include <QMessageBox>

@@ -1,6 +1,6 @@
-#include "ScriptedResponder.h"
+#include "ui/services/ScriptedResponder.h"
 
-#include "UiServices.h"
+#include "ui/services/UiServices.h"
 
 namespace tarnby::ui {
 

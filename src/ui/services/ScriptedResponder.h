@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DialogService.h"
-#include "MessageService.h"
+#include "ui/services/DialogService.h"
+#include "ui/services/MessageService.h"
 
 #include <QList>
 #include <QQueue>

@@ -1,10 +1,10 @@
-#include "SetColor1.h"
+#include "ui/settings/SetColor1.h"
 
-#include "services/DialogButtons.h"
+#include "ui/services/DialogButtons.h"
 
-#include "WindowColorsApplier.h"
-#include "app/AppState.h"
-#include "services/UiServices.h"
+#include "core/app/AppState.h"
+#include "ui/services/UiServices.h"
+#include "ui/settings/WindowColorsApplier.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/WindowColors.h"
+#include "core/settings/WindowColors.h"
 
 #include <QDialog>
 #include <QLabel>

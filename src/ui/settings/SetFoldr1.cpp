@@ -1,10 +1,10 @@
-#include "SetFoldr1.h"
+#include "ui/settings/SetFoldr1.h"
 
-#include "WindowColorsApplier.h"
-#include "app/AppState.h"
-#include "services/UiServices.h"
-#include "settings/WorkingFolders.h"
-#include "shell/FileCatalogue.h"
+#include "core/app/AppState.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/settings/WorkingFolders.h"
+#include "ui/services/UiServices.h"
+#include "ui/settings/WindowColorsApplier.h"
 
 #include <QComboBox>
 #include <QDir>

@@ -1,11 +1,11 @@
-#include "SetOptns1.h"
+#include "ui/settings/SetOptns1.h"
 
-#include "services/DialogButtons.h"
+#include "ui/services/DialogButtons.h"
 
-#include "WindowColorsApplier.h"
-#include "app/AppState.h"
-#include "services/UiServices.h"
-#include "settings/MailPasswords.h"
+#include "core/app/AppState.h"
+#include "core/settings/MailPasswords.h"
+#include "ui/services/UiServices.h"
+#include "ui/settings/WindowColorsApplier.h"
 
 #include <QCheckBox>
 #include <QComboBox>

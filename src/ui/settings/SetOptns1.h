@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/ProgramOptions.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QDialog>
 

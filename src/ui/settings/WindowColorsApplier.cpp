@@ -1,6 +1,6 @@
-#include "WindowColorsApplier.h"
+#include "ui/settings/WindowColorsApplier.h"
 
-#include "app/AppState.h"
+#include "core/app/AppState.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

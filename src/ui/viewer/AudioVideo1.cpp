@@ -1,10 +1,10 @@
-#include "AudioVideo1.h"
+#include "ui/viewer/AudioVideo1.h"
 
-#include "app/AppState.h"
-#include "settings/WindowColorsApplier.h"
-#include "services/UiServices.h"
-#include "shell/FileCatalogue.h"
-#include "shell/FileCommands.h"
+#include "core/app/AppState.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "ui/fileops/FileCommands.h"
+#include "ui/services/UiServices.h"
+#include "ui/settings/WindowColorsApplier.h"
 
 #include <QAudioOutput>
 #include <QDir>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/media/Playlist.h"
+#include "core/platform/media/Playlist.h"
 
 #include <QDialog>
 #include <QUrl>

@@ -1,6 +1,6 @@
-#include "Magnifier.h"
+#include "ui/viewer/Magnifier.h"
 
-#include "viewer/ViewModes.h"
+#include "core/viewer/ViewModes.h"
 
 #include <QPainter>
 

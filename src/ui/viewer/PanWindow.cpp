@@ -1,6 +1,6 @@
-#include "PanWindow.h"
+#include "ui/viewer/PanWindow.h"
 
-#include "viewer/ViewModes.h"
+#include "core/viewer/ViewModes.h"
 
 #include <QCloseEvent>
 #include <QMouseEvent>

@@ -1,6 +1,6 @@
-#include "PictureView.h"
+#include "ui/viewer/PictureView.h"
 
-#include "Magnifier.h"
+#include "ui/viewer/Magnifier.h"
 
 #include <QMouseEvent>
 #include <QPainter>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/imaging/PictureLayer.h"
-#include "viewer/ViewModes.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/viewer/ViewModes.h"
 
 #include <QAbstractScrollArea>
 #include <QTimer>

@@ -1,4 +1,4 @@
-#include "WebView.h"
+#include "ui/viewer/WebView.h"
 
 #include <QFile>
 #include <QImage>

@@ -1,4 +1,4 @@
-#include "ZipExtract.h"
+#include "core/platform/archive/ZipExtract.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

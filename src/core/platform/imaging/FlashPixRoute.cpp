@@ -1,4 +1,4 @@
-#include "VectorRoutes.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QMap>
 #include <QPainter>
@@ -17,7 +17,7 @@
 #include <mutex>
 #include <optional>
 
-#include "LibJpegErrors.h"
+#include "core/platform/imaging/LibJpegErrors.h"
 
 // FlashPix keeps a picture as a pyramid of resolutions inside an OLE2
 // container: "Data Object Store 000001" holds the "\005Image Contents"

@@ -1,4 +1,4 @@
-#include "MagickRoute.h"
+#include "core/platform/imaging/MagickRoute.h"
 
 #include <Magick++.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RouteTypes.h"
+#include "core/platform/imaging/RouteTypes.h"
 
 // The formats read and written through ImageMagick (Magick++ / MagickCore).
 // ImageMagick is initialised once, on first use, with resource limits set;

@@ -1,8 +1,8 @@
-#include "PictureFormats.h"
+#include "core/platform/imaging/PictureFormats.h"
 
-#include "MagickRoute.h"
-#include "VectorRoutes.h"
-#include "codecs/OwnCodecs.h"
+#include "core/platform/imaging/MagickRoute.h"
+#include "core/platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QIODevice>
 #include <QImageReader>

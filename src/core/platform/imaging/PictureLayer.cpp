@@ -1,11 +1,11 @@
-#include "PictureLayer.h"
+#include "core/platform/imaging/PictureLayer.h"
 
-#include "MagickRoute.h"
-#include "PictureFormats.h"
-#include "RouteTypes.h"
-#include "TiffPages.h"
-#include "VectorRoutes.h"
-#include "codecs/OwnCodecs.h"
+#include "core/platform/imaging/MagickRoute.h"
+#include "core/platform/imaging/PictureFormats.h"
+#include "core/platform/imaging/RouteTypes.h"
+#include "core/platform/imaging/TiffPages.h"
+#include "core/platform/imaging/VectorRoutes.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
 #include <QBuffer>
 #include <QFile>

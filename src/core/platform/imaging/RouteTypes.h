@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PictureLayer.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 // What each reading route hands back to the picture layer. Internal to the
 // picture layer.

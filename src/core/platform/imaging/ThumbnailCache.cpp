@@ -1,4 +1,4 @@
-#include "ThumbnailCache.h"
+#include "core/platform/imaging/ThumbnailCache.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "ThumbnailJob.h"
+#include "core/platform/imaging/ThumbnailJob.h"
 
 #include <QDeadlineTimer>
 #include <QMutex>

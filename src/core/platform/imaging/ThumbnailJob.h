@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ThumbnailCache.h"
-#include "Thumbnails.h"
+#include "core/platform/imaging/ThumbnailCache.h"
+#include "core/platform/imaging/Thumbnails.h"
 
 #include <QObject>
 #include <QStringList>

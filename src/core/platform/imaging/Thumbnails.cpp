@@ -1,7 +1,7 @@
-#include "Thumbnails.h"
+#include "core/platform/imaging/Thumbnails.h"
 
-#include "PictureLayer.h"
-#include "ThumbnailCache.h"
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/ThumbnailCache.h"
 
 #include <QFile>
 #include <QImageReader>
@@ -15,7 +15,7 @@
 #include <cstring>
 #include <optional>
 
-#include "LibJpegErrors.h"
+#include "core/platform/imaging/LibJpegErrors.h"
 
 namespace tarnby::imaging {
 

@@ -1,4 +1,4 @@
-#include "TiffPages.h"
+#include "core/platform/imaging/TiffPages.h"
 
 #include <QBuffer>
 #include <QImageIOHandler>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RouteTypes.h"
+#include "core/platform/imaging/RouteTypes.h"
 
 #include <QRect>
 

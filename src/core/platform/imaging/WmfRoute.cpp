@@ -1,5 +1,5 @@
-#include "MagickRoute.h"
-#include "VectorRoutes.h"
+#include "core/platform/imaging/MagickRoute.h"
+#include "core/platform/imaging/VectorRoutes.h"
 
 #include <QRect>
 #include <QtEndian>

@@ -1,6 +1,6 @@
-#include "Playlist.h"
+#include "core/platform/media/Playlist.h"
 
-#include "shell/FileCatalogue.h"
+#include "core/catalogue/FileCatalogue.h"
 
 #include <QDir>
 #include <QFile>

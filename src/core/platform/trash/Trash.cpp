@@ -1,6 +1,6 @@
-#include "Trash.h"
+#include "core/platform/trash/Trash.h"
 
-#include "shell/FileOperations.h"
+#include "core/fileops/FileOperations.h"
 
 #include <QDir>
 #include <QFile>

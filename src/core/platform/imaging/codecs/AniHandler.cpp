@@ -1,4 +1,4 @@
-#include "AniHandler.h"
+#include "core/platform/imaging/codecs/AniHandler.h"
 
 #include <QBuffer>
 #include <QIODevice>

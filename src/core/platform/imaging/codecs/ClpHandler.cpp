@@ -1,4 +1,4 @@
-#include "ClpHandler.h"
+#include "core/platform/imaging/codecs/ClpHandler.h"
 
 #include <QBuffer>
 #include <QIODevice>

@@ -1,4 +1,4 @@
-#include "CodecSupport.h"
+#include "core/platform/imaging/codecs/CodecSupport.h"
 
 #include <QIODevice>
 #include <QImageReader>

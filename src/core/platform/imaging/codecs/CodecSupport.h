@@ -8,7 +8,7 @@
 
 #include <optional>
 
-#include "platform/imaging/PictureLayer.h"
+#include "core/platform/imaging/PictureLayer.h"
 
 class QIODevice;
 

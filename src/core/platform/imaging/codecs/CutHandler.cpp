@@ -1,4 +1,4 @@
-#include "CutHandler.h"
+#include "core/platform/imaging/codecs/CutHandler.h"
 
 #include <QDir>
 #include <QFile>

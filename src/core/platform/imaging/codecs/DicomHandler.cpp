@@ -1,4 +1,4 @@
-#include "DicomHandler.h"
+#include "core/platform/imaging/codecs/DicomHandler.h"
 
 #include <QIODevice>
 

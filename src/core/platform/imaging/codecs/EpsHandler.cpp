@@ -1,4 +1,4 @@
-#include "EpsHandler.h"
+#include "core/platform/imaging/codecs/EpsHandler.h"
 
 #include <QIODevice>
 #include <QtMath>

@@ -1,4 +1,4 @@
-#include "FlcHandler.h"
+#include "core/platform/imaging/codecs/FlcHandler.h"
 
 #include <QIODevice>
 #include <QVariant>

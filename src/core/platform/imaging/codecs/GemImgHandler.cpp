@@ -1,4 +1,4 @@
-#include "GemImgHandler.h"
+#include "core/platform/imaging/codecs/GemImgHandler.h"
 
 #include <QIODevice>
 #include <QVariant>

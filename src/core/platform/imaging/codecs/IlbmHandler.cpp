@@ -1,4 +1,4 @@
-#include "IlbmHandler.h"
+#include "core/platform/imaging/codecs/IlbmHandler.h"
 
 #include <QIODevice>
 #include <QVariant>

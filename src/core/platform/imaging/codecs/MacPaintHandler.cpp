@@ -1,4 +1,4 @@
-#include "MacPaintHandler.h"
+#include "core/platform/imaging/codecs/MacPaintHandler.h"
 
 #include <QIODevice>
 #include <QVariant>

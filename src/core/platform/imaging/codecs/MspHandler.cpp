@@ -1,4 +1,4 @@
-#include "MspHandler.h"
+#include "core/platform/imaging/codecs/MspHandler.h"
 
 #include <QIODevice>
 #include <QVariant>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CodecSupport.h"
+#include "core/platform/imaging/codecs/CodecSupport.h"
 
 namespace tarnby::imaging::codecs {
 

@@ -1,16 +1,16 @@
-#include "OwnCodecs.h"
+#include "core/platform/imaging/codecs/OwnCodecs.h"
 
-#include "AniHandler.h"
-#include "ClpHandler.h"
-#include "CutHandler.h"
-#include "DicomHandler.h"
-#include "EpsHandler.h"
-#include "FlcHandler.h"
-#include "GemImgHandler.h"
-#include "IlbmHandler.h"
-#include "MacPaintHandler.h"
-#include "MspHandler.h"
-#include "PsdHandler.h"
+#include "core/platform/imaging/codecs/AniHandler.h"
+#include "core/platform/imaging/codecs/ClpHandler.h"
+#include "core/platform/imaging/codecs/CutHandler.h"
+#include "core/platform/imaging/codecs/DicomHandler.h"
+#include "core/platform/imaging/codecs/EpsHandler.h"
+#include "core/platform/imaging/codecs/FlcHandler.h"
+#include "core/platform/imaging/codecs/GemImgHandler.h"
+#include "core/platform/imaging/codecs/IlbmHandler.h"
+#include "core/platform/imaging/codecs/MacPaintHandler.h"
+#include "core/platform/imaging/codecs/MspHandler.h"
+#include "core/platform/imaging/codecs/PsdHandler.h"
 
 #include <QIODevice>
 

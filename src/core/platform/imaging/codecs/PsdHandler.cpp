@@ -1,4 +1,4 @@
-#include "PsdHandler.h"
+#include "core/platform/imaging/codecs/PsdHandler.h"
 
 #include <QDataStream>
 #include <QIODevice>

@@ -1,0 +1,132 @@
+#include "ui/browser/FileListView.h"
+
+#include "core/browser/FileListModel.h"
+
+#include <QHeaderView>
+#include <QListView>
+#include <QTreeView>
+
+namespace tarnby::ui {
+
+namespace {
+
+void prepareView(QAbstractItemView *view)
+{
+    view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Files are dragged onto folders of the tree: moved, or copied with Ctrl.
+    view->setDragEnabled(true);
+    view->setDragDropMode(QAbstractItemView::DragOnly);
+    view->setDefaultDropAction(Qt::MoveAction);
+}
+
+} // namespace
+
+FileListView::FileListView(FileListModel *model, QWidget *parent)
+    : QStackedWidget(parent)
+    , m_model(model)
+{
+    setObjectName(QStringLiteral("PTxShList1"));
+
+    m_icons = new QListView(this);
+    m_icons->setObjectName(QStringLiteral("IconView"));
+    m_icons->setModel(model);
+    m_icons->setUniformItemSizes(true); // keeps a list of 100,000 names quick to lay out
+    m_icons->setLayoutMode(QListView::Batched);
+    m_icons->setBatchSize(500);
+    prepareView(m_icons);
+    addWidget(m_icons);
+
+    m_details = new QTreeView(this);
+    m_details->setObjectName(QStringLiteral("DetailsView"));
+    m_details->setModel(model);
+    m_details->setSelectionModel(m_icons->selectionModel());
+    m_details->setRootIsDecorated(false);
+    m_details->setItemsExpandable(false);
+    m_details->setUniformRowHeights(true);
+    m_details->setAllColumnsShowFocus(true);
+    m_details->header()->setStretchLastSection(false);
+    m_details->header()->setSectionResizeMode(FileListModel::NameColumn, QHeaderView::Stretch);
+    m_details->header()->resizeSection(FileListModel::SizeColumn, 90);
+    m_details->header()->resizeSection(FileListModel::DateColumn, 160);
+    m_details->header()->resizeSection(FileListModel::TypeColumn, 120);
+    prepareView(m_details);
+    addWidget(m_details);
+
+    for (QAbstractItemView *view : {static_cast<QAbstractItemView *>(m_icons), static_cast<QAbstractItemView *>(m_details)})
+        connect(view, &QAbstractItemView::activated, this, [this](const QModelIndex &index) { emit activated(index.row()); });
+    connect(m_icons->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) { emit currentRowChanged(current.isValid() ? current.row() : -1); });
+    // A new listing resets the model and with it the current item.
+    connect(model, &QAbstractItemModel::modelReset, this, [this] { emit currentRowChanged(-1); });
+
+    setViewStyle(ViewStyle::Details);
+}
+
+void FileListView::setViewStyle(ViewStyle style)
+{
+    m_style = style;
+    switch (style) {
+    case ViewStyle::LargeIcons:
+        m_icons->setViewMode(QListView::IconMode);
+        m_icons->setIconSize(QSize(32, 32));
+        m_icons->setGridSize(QSize(96, 72));
+        m_icons->setFlow(QListView::LeftToRight);
+        m_icons->setWrapping(true);
+        m_icons->setResizeMode(QListView::Adjust);
+        m_icons->setMovement(QListView::Static);
+        m_icons->setWordWrap(true);
+        setCurrentWidget(m_icons);
+        break;
+    case ViewStyle::SmallIcons:
+        m_icons->setViewMode(QListView::ListMode);
+        m_icons->setIconSize(QSize(16, 16));
+        m_icons->setGridSize(QSize(160, 22));
+        m_icons->setFlow(QListView::LeftToRight);
+        m_icons->setWrapping(true);
+        m_icons->setResizeMode(QListView::Adjust);
+        m_icons->setWordWrap(false);
+        setCurrentWidget(m_icons);
+        break;
+    case ViewStyle::List:
+        m_icons->setViewMode(QListView::ListMode);
+        m_icons->setIconSize(QSize(16, 16));
+        m_icons->setGridSize(QSize());
+        m_icons->setFlow(QListView::TopToBottom);
+        m_icons->setWrapping(true);
+        m_icons->setResizeMode(QListView::Adjust);
+        m_icons->setWordWrap(false);
+        setCurrentWidget(m_icons);
+        break;
+    case ViewStyle::Details:
+        setCurrentWidget(m_details);
+        break;
+    }
+}
+
+QAbstractItemView *FileListView::currentView() const
+{
+    return m_style == ViewStyle::Details ? static_cast<QAbstractItemView *>(m_details)
+                                         : static_cast<QAbstractItemView *>(m_icons);
+}
+
+QItemSelectionModel *FileListView::selectionModel() const
+{
+    return m_icons->selectionModel();
+}
+
+int FileListView::currentRow() const
+{
+    const QModelIndex current = selectionModel()->currentIndex();
+    return current.isValid() ? current.row() : -1;
+}
+
+void FileListView::setCurrentRow(int row)
+{
+    const QModelIndex index = m_model->index(row, 0);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    if (index.isValid())
+        currentView()->scrollTo(index);
+}
+
+} // namespace tarnby::ui

@@ -1,0 +1,945 @@
+#include "ui/browser/Tarnby1.h"
+
+#include "core/app/AppState.h"
+#include "core/app/ProgramFolder.h"
+#include "core/app/SettingsStore.h"
+#include "core/browser/FileListModel.h"
+#include "core/browser/FolderTreeModel.h"
+#include "core/browser/MountTable.h"
+#include "core/browser/ThumbnailModel.h"
+#include "core/catalogue/CommandLine.h"
+#include "core/catalogue/OpenRouting.h"
+#include "core/settings/SettingsFiles.h"
+#include "core/settings/WorkingFolders.h"
+#include "ui/browser/FileListView.h"
+#include "ui/browser/QuikPict1.h"
+#include "ui/browser/SetComputer1.h"
+#include "ui/browser/ThumbnailView.h"
+#include "ui/fileops/FileCommands.h"
+#include "ui/frame/ChildFrm1.h"
+#include "ui/frame/CommandBar.h"
+#include "ui/frame/DocumentWindow.h"
+#include "ui/frame/MDIForm1.h"
+#include "ui/services/UiServices.h"
+#include "ui/settings/SetColor1.h"
+#include "ui/settings/SetFoldr1.h"
+#include "ui/settings/SetOptns1.h"
+#include "ui/settings/WindowColorsApplier.h"
+#include "ui/tools/HelpWindow.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QListWidget>
+#include <QLocale>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTimer>
+#include <QToolBar>
+#include <QTreeView>
+#include <QVBoxLayout>
+#include <QWidgetAction>
+
+namespace tarnby::ui {
+
+using commands::BrowserAction;
+
+Tarnby1::Tarnby1(AppState &state, UiServices &services, SettingsStore &store, QWidget *parent)
+    : QMainWindow(parent)
+    , m_state(state)
+    , m_services(services)
+    , m_store(store)
+{
+    setObjectName(QStringLiteral("Tarnby1"));
+    setWindowTitle(QStringLiteral("Tarnby 2.9  - The File Utility"));
+    m_files = new FileCommands(m_state, m_services, this);
+    buildCommandBar();
+    buildCentralArea();
+
+    m_timer = new QTimer(this);
+    m_timer->setObjectName(QStringLiteral("Timer1"));
+    m_timer->setInterval(300);
+    connect(m_timer, &QTimer::timeout, this, &Tarnby1::updateClock);
+    m_timer->start();
+    updateClock();
+    resize(1000, 700);
+}
+
+Tarnby1::~Tarnby1() = default;
+
+void Tarnby1::buildCommandBar()
+{
+    m_bar = new CommandBar(this);
+    m_bar->setObjectName(QStringLiteral("ToolBarComp1"));
+    for (const commands::Menu &menu : commands::browserMenus())
+        m_bar->addMenu(menuBar(), menu);
+
+    auto *main = addToolBar(QStringLiteral("Main"));
+    main->setObjectName(QStringLiteral("BrowserToolBar"));
+    main->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    m_bar->addTools(main, commands::browserToolbar());
+
+    addToolBarBreak();
+    auto *second = addToolBar(QStringLiteral("Categories"));
+    second->setObjectName(QStringLiteral("CategoryToolBar"));
+    second->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    m_bar->addTools(second, commands::browserCategoryToolbar());
+
+    // The date and time tools are labels fed by Timer1.
+    m_date = new QLabel(second);
+    m_date->setObjectName(QLatin1String(commands::DateToolKey));
+    m_date->setMinimumWidth(90);
+    m_date->setAlignment(Qt::AlignCenter);
+    m_time = new QLabel(second);
+    m_time->setObjectName(QLatin1String(commands::TimeToolKey));
+    m_time->setMinimumWidth(80);
+    m_time->setAlignment(Qt::AlignCenter);
+    second->addSeparator();
+    second->addWidget(m_date);
+    second->addWidget(m_time);
+
+    connect(m_bar, &CommandBar::toolClicked, this, &Tarnby1::toolClick);
+    setSelectionCommands(false);
+}
+
+void Tarnby1::buildCentralArea()
+{
+    m_treeModel = new FolderTreeModel(this);
+    m_treeModel->setObjectName(QStringLiteral("FolderTree"));
+    m_treeModel->setRoots(systemRoots());
+    m_listModel = new FileListModel(this);
+    m_listModel->setObjectName(QStringLiteral("File1"));
+    m_listModel->setFallbackIcons(style()->standardIcon(QStyle::SP_FileIcon), style()->standardIcon(QStyle::SP_DirIcon));
+
+    auto *central = new QWidget(this);
+    auto *layout = new QVBoxLayout(central);
+    layout->setContentsMargins(4, 4, 4, 4);
+    auto *top = new QHBoxLayout;
+    m_driveBox = new QComboBox(central);
+    m_driveBox->setObjectName(QStringLiteral("PTxShCombo1"));
+    m_driveBox->setMinimumWidth(250);
+    m_driveBox->setToolTip(QStringLiteral("Select a Drive or Folder"));
+    m_filterBox = new QComboBox(central);
+    m_filterBox->setObjectName(QStringLiteral("CMBFILEFLTR"));
+    m_filterBox->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_filterBox->setMinimumContentsLength(30);
+    m_filterBox->setMaxVisibleItems(20);
+    m_filterBox->setToolTip(QStringLiteral("Select the Type of Files to Display"));
+    top->addWidget(m_driveBox, 1);
+    top->addWidget(m_filterBox, 1);
+    layout->addLayout(top);
+
+    m_splitter = new QSplitter(Qt::Horizontal, central);
+    m_splitter->setObjectName(QStringLiteral("Splitter"));
+    m_splitter->setChildrenCollapsible(false);
+
+    // Left: the folder tree, and below it the working folders.
+    m_treeFrame = new QFrame(m_splitter);
+    m_treeFrame->setObjectName(QStringLiteral("Frame3"));
+    auto *treeLayout = new QVBoxLayout(m_treeFrame);
+    treeLayout->setContentsMargins(0, 0, 0, 0);
+    m_tree = new QTreeView(m_treeFrame);
+    m_tree->setObjectName(QStringLiteral("PTxShTree1"));
+    m_tree->setModel(m_treeModel);
+    m_tree->setHeaderHidden(true);
+    m_tree->setUniformRowHeights(true);
+    m_tree->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_tree->setAcceptDrops(true);
+    m_tree->setDragDropMode(QAbstractItemView::DropOnly);
+    m_tree->setDropIndicatorShown(true);
+    m_tree->setToolTip(QStringLiteral("Select a Folder to Display its Files; drop Files on a Folder to Move them (Ctrl: Copy)"));
+    treeLayout->addWidget(m_tree, 1);
+
+    m_folderFrame = new QFrame(m_treeFrame);
+    m_folderFrame->setObjectName(QStringLiteral("Frame5"));
+    auto *folderLayout = new QVBoxLayout(m_folderFrame);
+    folderLayout->setContentsMargins(0, 0, 0, 0);
+    auto *label = new QLabel(QStringLiteral("Preset Folders"), m_folderFrame);
+    label->setObjectName(QStringLiteral("Label1"));
+    m_folderList = new QListWidget(m_folderFrame);
+    m_folderList->setObjectName(QStringLiteral("List1"));
+    m_folderList->setToolTip(QStringLiteral("Preset Folders and their Filters: SetFolder goes to the highlighted one"));
+    m_folderList->setMaximumHeight(110);
+    folderLayout->addWidget(label);
+    folderLayout->addWidget(m_folderList);
+    treeLayout->addWidget(m_folderFrame);
+    m_folderFrame->hide();
+
+    // Right: the file list in its view styles, or the thumbnails.
+    m_listFrame = new QFrame(m_splitter);
+    m_listFrame->setObjectName(QStringLiteral("Frame1"));
+    auto *listLayout = new QVBoxLayout(m_listFrame);
+    listLayout->setContentsMargins(0, 0, 0, 0);
+    m_listStack = new QStackedWidget(m_listFrame);
+    m_listStack->setObjectName(QStringLiteral("ListStack"));
+    m_listView = new FileListView(m_listModel, m_listStack);
+    m_thumbs = new ThumbnailView(m_listStack);
+    m_listStack->addWidget(m_listView);
+    m_listStack->addWidget(m_thumbs);
+    listLayout->addWidget(m_listStack);
+    m_splitter->setStretchFactor(0, 1);
+    m_splitter->setStretchFactor(1, 3);
+    layout->addWidget(m_splitter, 1);
+    setCentralWidget(central);
+
+    m_status = new QLabel(this);
+    m_status->setObjectName(QStringLiteral("StatusText"));
+    statusBar()->addWidget(m_status, 1);
+    m_thumbProgress = new QProgressBar(this);
+    m_thumbProgress->setObjectName(QStringLiteral("ThumbProgress"));
+    m_thumbProgress->setMaximumWidth(220);
+    m_thumbProgress->setFormat(QStringLiteral("Thumbnails %v of %m"));
+    m_thumbProgress->hide();
+    statusBar()->addPermanentWidget(m_thumbProgress);
+
+    connect(m_filterBox, &QComboBox::activated, this, &Tarnby1::applyFilter);
+    connect(m_driveBox, &QComboBox::activated, this, &Tarnby1::driveBoxActivated);
+    connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current) { treeCurrentChanged(current); });
+    connect(m_tree, &QTreeView::activated, this, [this](const QModelIndex &index) { m_tree->expand(index); });
+    connect(m_treeModel, &FolderTreeModel::dropRequested, this,
+            [this](const QStringList &paths, const QString &target, Qt::DropAction action) {
+                transferDropped(paths, target, action);
+            });
+    connect(m_listView, &FileListView::currentRowChanged, this, &Tarnby1::listCurrentChanged);
+    connect(m_listView, &FileListView::activated, this, &Tarnby1::listActivated);
+    connect(m_listModel, &FileListModel::folderLoaded, this, [this] {
+        updateStatus();
+        if (thumbnailsShown())
+            showThumbnails();
+    });
+    connect(m_files, &FileCommands::filesChanged, this, &Tarnby1::refreshLists);
+    connect(m_folderList, &QListWidget::itemActivated, this, [this] { goToWorkingFolder(); });
+    connect(m_splitter, &QSplitter::splitterMoved, this, [this] { storePanes(); });
+
+    connect(m_thumbs, &ThumbnailView::loadingChanged, this, [this](bool loading) {
+        m_bar->setEnabled(QStringLiteral("ID_StopBtn"), loading);
+        m_thumbProgress->setVisible(loading);
+    });
+    connect(m_thumbs, &ThumbnailView::progress, this, [this](int done, int total) {
+        m_thumbProgress->setMaximum(total);
+        m_thumbProgress->setValue(done);
+    });
+    connect(m_thumbs, &ThumbnailView::pictureActivated, this, &Tarnby1::DisplayImage);
+    m_bar->setEnabled(QStringLiteral("ID_StopBtn"), false);
+    buildShortcuts();
+}
+
+void Tarnby1::buildShortcuts()
+{
+    // Keys of the file list (and of the tree where they make sense); Enter
+    // opens through the views' own activation.
+    auto listKey = [this](const QKeySequence &key, QWidget *scope, auto slot) {
+        auto *shortcut = new QShortcut(key, scope);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, this, slot);
+        return shortcut;
+    };
+    listKey(QKeySequence(Qt::Key_Delete), m_listFrame, &Tarnby1::deleteSelected);
+    listKey(QKeySequence(Qt::Key_F2), m_listFrame, &Tarnby1::renameSelected);
+    auto up = [this] { toolClick(QStringLiteral("ID_UpFolderBtn")); };
+    listKey(QKeySequence(Qt::Key_Backspace), m_listFrame, up);
+    listKey(QKeySequence(Qt::Key_Backspace), m_tree, up);
+
+    auto windowKey = [this](const QKeySequence &key, auto slot) {
+        auto *shortcut = new QShortcut(key, this);
+        shortcut->setContext(Qt::WindowShortcut);
+        connect(shortcut, &QShortcut::activated, this, slot);
+    };
+    // Keys go through the command keys like clicks do, so that a busy
+    // document window holds them off too.
+    windowKey(QKeySequence(Qt::Key_F5), [this] { toolClick(QStringLiteral("ID_RefreshBtn")); });
+    windowKey(QKeySequence(QStringLiteral("Ctrl+F")), [this] { toolClick(QStringLiteral("ID_FindBtn")); });
+}
+
+void Tarnby1::load(const StartupRequest &request)
+{
+    m_startupSteps.clear();
+
+    // 1. The command line, split at blanks and tabs, enclosing quotes removed.
+    m_state.commandLineArguments = splitCommandLine(request.commandLine);
+    m_startupSteps << QStringLiteral("command line");
+
+    // 2. The open-dialog filter strings.
+    m_dialogFilter = catalogue::openDialogFilter();
+    m_pictureDialogFilter = catalogue::pictureDialogFilter();
+    m_startupSteps << QStringLiteral("dialog filters");
+
+    // 3. The program folder, recorded under "Registered"/"TarnbyDIR".
+    const ProgramFolderResult folder =
+        resolveProgramFolder({request.homeOption, request.homeVariable, request.dataFolder}, m_store);
+    m_state.programFolder = folder.path;
+    m_startupSteps << QStringLiteral("program folder");
+    for (const QString &warning : folder.warnings)
+        m_services.messages.inform(warning, this);
+
+    // 4. The help pages below the program folder.
+    m_startupSteps << QStringLiteral("help file");
+
+    // 5. The settings files: default colours first, then the options, the
+    // colours and the working folders.
+    const settings::SettingsLoadReport loaded = settings::loadSettings(m_state);
+    for (const QString &warning : loaded.warnings)
+        m_services.messages.inform(warning, this);
+    applyMainWindowColors(this, m_state);
+    m_startupSteps << QStringLiteral("settings");
+
+    // 6. The panes from their saved sizes, and the list's view style.
+    restorePanes();
+    setViewStyle(viewStyleFromOption(m_state.options.viewStyle));
+    m_startupSteps << QStringLiteral("panes");
+
+    // 7. The filter box: the 40 descriptions, each item's data its index,
+    // "All Image and MultiMedia Files" selected.
+    m_filterBox->clear();
+    for (int i = 0; i < catalogue::FilterCount; ++i)
+        m_filterBox->addItem(QLatin1String(catalogue::FilterDescriptions[i]), i);
+    m_filterBox->setCurrentIndex(catalogue::StartupFilterIndex);
+    applyFilter(catalogue::StartupFilterIndex);
+    if (m_folder.isEmpty())
+        goToFolder(QDir::homePath());
+    m_startupSteps << QStringLiteral("filter box");
+
+    // 8. The working folders.
+    CreateOpenFileExt();
+    m_startupSteps << QStringLiteral("working folders");
+
+    // 9. Toolbar states.
+    setSelectionCommands(false);
+    m_startupSteps << QStringLiteral("toolbar");
+
+    // 10. The organizer database in the program folder.
+    m_startupSteps << QStringLiteral("organizer");
+
+    // 11. Quick tips, when the options ask for them.
+    m_startupSteps << QStringLiteral("quick tips");
+}
+
+void Tarnby1::openCommandLineFiles()
+{
+    // A folder on the command line is shown; files open as if chosen in the
+    // list, each in turn.
+    for (const QString &arg : std::as_const(m_state.commandLineArguments)) {
+        const QFileInfo info(arg);
+        if (info.isDir())
+            goToFolder(info.absoluteFilePath());
+        else if (info.isFile())
+            DisplayImage(info.absoluteFilePath());
+    }
+}
+
+void Tarnby1::applyFilter(int index)
+{
+    if (index < 0 || index >= catalogue::FilterCount)
+        return;
+    m_listModel->setPattern(QLatin1String(catalogue::FilterPatterns[size_t(index)]));
+    updateStatus();
+    if (thumbnailsShown())
+        showThumbnails();
+}
+
+bool Tarnby1::goToFolder(const QString &folder)
+{
+    const QFileInfo info(folder);
+    if (!info.isDir())
+        return false;
+    const QString path = QDir::cleanPath(info.absoluteFilePath());
+    m_folder = path;
+    m_listModel->setFolder(path);
+    setSelectionCommands(false);
+
+    const int node = m_treeModel->revealPath(path);
+    if (node >= 0) {
+        // The folder opens in the tree too, its subfolders shown under it.
+        m_treeModel->expand(node);
+        const QModelIndex index = m_treeModel->indexForNode(node);
+        m_tree->expand(index);
+        m_followTree = false;
+        m_tree->setCurrentIndex(index);
+        m_tree->scrollTo(index);
+        m_followTree = true;
+    }
+    fillDriveBox();
+    updateStatus();
+    return true;
+}
+
+void Tarnby1::treeCurrentChanged(const QModelIndex &current)
+{
+    if (!m_followTree)
+        return;
+    const QString path = m_treeModel->nodePath(m_treeModel->nodeForIndex(current));
+    if (path.isEmpty() || path == m_folder)
+        return;
+    if (!goToFolder(path)) {
+        // Gone since the tree listed it: take it out of the tree.
+        m_treeModel->refresh(m_treeModel->nodeParent(m_treeModel->nodeForIndex(current)));
+    }
+}
+
+void Tarnby1::fillDriveBox()
+{
+    // The roots, with the folders from the current folder's root down to the
+    // folder itself beneath its root, indented.
+    m_driveBox->clear();
+    int currentItem = -1;
+    for (int node = 0; node < m_treeModel->nodeCount(); ++node) {
+        if (m_treeModel->nodeParent(node) >= 0 && m_treeModel->nodeKind(node) != FolderTreeModel::NodeKind::NetworkMount)
+            break; // roots and network mounts come first in the node list
+        const QString root = m_treeModel->nodePath(node);
+        if (root.isEmpty())
+            continue;
+        m_driveBox->addItem(m_treeModel->nodeText(node), root);
+        if (root == m_folder)
+            currentItem = m_driveBox->count() - 1;
+    }
+    const int node = m_treeModel->findPath(m_folder);
+    if (node >= 0 && currentItem < 0) {
+        QList<int> chain;
+        for (int n = node; n >= 0; n = m_treeModel->nodeParent(n))
+            chain.prepend(n);
+        const int rootItem = m_driveBox->findData(m_treeModel->nodePath(chain.first()));
+        int insertAt = rootItem + 1;
+        for (int i = 1; i < chain.size(); ++i) {
+            m_driveBox->insertItem(insertAt++, QString(i * 3, QLatin1Char(' ')) + m_treeModel->nodeText(chain.at(i)),
+                                   m_treeModel->nodePath(chain.at(i)));
+        }
+        currentItem = insertAt - 1;
+    }
+    if (currentItem < 0 && !m_folder.isEmpty()) {
+        m_driveBox->addItem(m_folder, m_folder);
+        currentItem = m_driveBox->count() - 1;
+    }
+    m_driveBox->setCurrentIndex(currentItem);
+}
+
+void Tarnby1::driveBoxActivated(int index)
+{
+    const QString path = m_driveBox->itemData(index).toString();
+    if (!path.isEmpty() && !goToFolder(path))
+        m_services.messages.inform(QStringLiteral("Folder not Found - ") + path, this);
+}
+
+void Tarnby1::listCurrentChanged(int row)
+{
+    if (row < 0 || m_listModel->isFolder(row)) {
+        setSelectionCommands(false);
+        return;
+    }
+    // The selected file becomes the current file, classified as it would be
+    // when opened, so that the database entries follow its extension.
+    m_state.currentFile = m_listModel->filePath(row);
+    m_state.classify(m_state.currentFile);
+    setSelectionCommands(true);
+    if (m_quick && m_quick->isVisible() && !picturesAmong({m_state.currentFile}).isEmpty())
+        m_quick->showPicture(m_state.currentFile);
+}
+
+void Tarnby1::listActivated(int row)
+{
+    if (row < 0)
+        return;
+    const QString path = m_listModel->filePath(row);
+    if (m_listModel->isFolder(row)) {
+        goToFolder(path);
+        return;
+    }
+    DisplayImage(path);
+}
+
+void Tarnby1::upFolder()
+{
+    if (m_folder.isEmpty() || m_folder == QLatin1String("/"))
+        return;
+    const QString from = m_folder;
+    QDir dir(m_folder);
+    if (!dir.cdUp())
+        return;
+    goToFolder(dir.absolutePath());
+    // Come back up to the folder we left, selected, as file managers do.
+    const QString name = QFileInfo(from).fileName();
+    auto select = std::make_shared<QMetaObject::Connection>();
+    *select = connect(m_listModel, &FileListModel::folderLoaded, this, [this, name, select] {
+        disconnect(*select);
+        const int row = m_listModel->rowForName(name);
+        if (row >= 0)
+            m_listView->setCurrentRow(row);
+    });
+}
+
+void Tarnby1::refreshLists()
+{
+    if (m_folder.isEmpty())
+        return;
+    if (!QFileInfo(m_folder).isDir()) {
+        // The folder shown has gone: climb to the nearest one that is left.
+        QString up = m_folder;
+        while (!QFileInfo(up).isDir() && up != QLatin1String("/"))
+            up = QFileInfo(up).absolutePath();
+        const int node = m_treeModel->findPath(up);
+        if (node >= 0)
+            m_treeModel->refresh(node);
+        goToFolder(up);
+        return;
+    }
+    const int node = m_treeModel->findPath(m_folder);
+    if (node >= 0)
+        m_treeModel->refresh(node);
+    m_listModel->refresh();
+}
+
+void Tarnby1::collapseTree()
+{
+    m_tree->collapseAll();
+}
+
+void Tarnby1::refreshWorkingFolderList()
+{
+    const QString selected = m_folderList->currentItem() ? m_folderList->currentItem()->text() : QString();
+    m_folderList->clear();
+    m_folderList->addItems(m_state.workingFolders);
+    int row = m_state.workingFolders.indexOf(selected);
+    if (row < 0 && !m_state.workingFolders.isEmpty())
+        row = 0;
+    m_folderList->setCurrentRow(row);
+    const bool any = std::any_of(m_state.workingFolders.begin(), m_state.workingFolders.end(),
+                                 [](const QString &line) { return !line.trimmed().isEmpty(); });
+    m_folderFrame->setVisible(any);
+}
+
+void Tarnby1::goToWorkingFolder()
+{
+    refreshWorkingFolderList();
+    const QListWidgetItem *item = m_folderList->currentItem();
+    const std::optional<WorkingFolder> line = item ? parseWorkingFolderLine(item->text()) : std::nullopt;
+    if (!line)
+        return;
+    if (!goToFolder(line->folder)) {
+        m_services.messages.inform(QStringLiteral("Folder not Found - ") + line->folder, this);
+        return;
+    }
+    if (line->filterIndex >= 0 && line->filterIndex < catalogue::FilterCount) {
+        m_filterBox->setCurrentIndex(line->filterIndex);
+        applyFilter(line->filterIndex);
+    }
+}
+
+void Tarnby1::setComputerInNetwork()
+{
+    // The computers are the hosts of the network mounts.
+    QStringList hosts;
+    for (int node : m_treeModel->nodeChildren(m_treeModel->networkNode())) {
+        const QString host = m_treeModel->nodeText(node).section(QStringLiteral(" ("), 0, 0);
+        if (!hosts.contains(host))
+            hosts.append(host);
+    }
+    SetComputer1 dialog(hosts, m_state.networkComputer, this);
+    installWindowColors(&dialog, m_state);
+    if (dialog.exec() == QDialog::Accepted) {
+        m_state.networkComputer = dialog.computerName();
+        m_state.noNetwork = false;
+    } else {
+        m_state.networkComputer.clear();
+        m_state.noNetwork = true;
+    }
+    m_state.options.networkComputer = m_state.networkComputer;
+}
+
+bool Tarnby1::thumbnailsShown() const
+{
+    return m_listStack->currentWidget() == m_thumbs;
+}
+
+void Tarnby1::showThumbnails()
+{
+    const QStringList pictures = picturesAmong(m_listModel->shownFilePaths());
+    if (m_listModel->isLoading())
+        return; // folderLoaded() comes back here
+    if (pictures.isEmpty()) {
+        hideThumbnails();
+        m_services.messages.inform(QStringLiteral("No Thumbnails to Display"), this);
+        return;
+    }
+    ThumbnailOptions options;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    options.box = thumbnailBox(m_state.options.thumbnailWidthCm, m_state.options.thumbnailHeightCm, dpi);
+    options.bits = thumbnailBitsFromOption(m_state.options.thumbnailBits);
+    m_listStack->setCurrentWidget(m_thumbs);
+    m_thumbs->showPictures(pictures, options);
+}
+
+void Tarnby1::stopThumbnails()
+{
+    m_thumbs->stop();
+}
+
+void Tarnby1::hideThumbnails()
+{
+    m_thumbs->clear();
+    m_listStack->setCurrentWidget(m_listView);
+}
+
+void Tarnby1::setViewStyle(ViewStyle style)
+{
+    hideThumbnails();
+    m_listView->setViewStyle(style);
+    m_state.options.viewStyle = viewStyleToOption(style);
+}
+
+void Tarnby1::showQuickView()
+{
+    if (!m_quick)
+        m_quick = new QuikPict1(this);
+    if (!m_state.currentFile.isEmpty() && !picturesAmong({m_state.currentFile}).isEmpty()
+        && QFileInfo(m_state.currentFile).isFile()) {
+        m_quick->showPicture(m_state.currentFile);
+    } else {
+        m_quick->show();
+        m_quick->raise();
+    }
+}
+
+void Tarnby1::restorePanes()
+{
+    const settings::ProgramOptions &o = m_state.options;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    const std::optional<QList<int>> widths = paneWidthsFromOptions({o.treePane1, o.treePane2, o.treePane3},
+                                                                   {o.listPane1, o.listPane2, o.listPane3}, dpi);
+    if (widths)
+        m_splitter->setSizes(*widths);
+}
+
+void Tarnby1::storePanes()
+{
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    const QList<int> sizes = m_splitter->sizes();
+    if (sizes.size() < 2 || sizes.at(0) <= 0 || sizes.at(1) <= 0)
+        return;
+    const QPoint treeAt = m_treeFrame->mapTo(this, QPoint(0, 0));
+    const QPoint listAt = m_listFrame->mapTo(this, QPoint(0, 0));
+    const PaneValues tree = paneValues(treeAt.x(), treeAt.y(), sizes.at(0), dpi);
+    const PaneValues list = paneValues(listAt.x(), listAt.y(), sizes.at(1), dpi);
+    settings::ProgramOptions &o = m_state.options;
+    o.treePane1 = tree.left;
+    o.treePane2 = tree.top;
+    o.treePane3 = tree.width;
+    o.listPane1 = list.left;
+    o.listPane2 = list.top;
+    o.listPane3 = list.width;
+}
+
+void Tarnby1::updateStatus()
+{
+    if (!m_status)
+        return;
+    if (!m_listModel->errorString().isEmpty() && !m_listModel->isLoading()) {
+        m_status->setText(m_listModel->errorString());
+        return;
+    }
+    m_status->setText(m_folder + QLatin1String("  -  ") + QString::number(m_listModel->fileCount())
+                      + QLatin1String(m_listModel->fileCount() == 1 ? " file" : " files"));
+}
+
+void Tarnby1::deleteSelected()
+{
+    const int row = m_listView->currentRow();
+    if (row < 0 || m_listModel->isFolder(row))
+        return;
+    toolClick(QStringLiteral("ID_mnuDeleteFile"));
+}
+
+void Tarnby1::renameSelected()
+{
+    const int row = m_listView->currentRow();
+    if (row < 0 || m_listModel->isFolder(row))
+        return;
+    toolClick(QStringLiteral("ID_mnuRenameFile"));
+}
+
+TransferResult Tarnby1::transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action)
+{
+    const TransferMode mode = action == Qt::CopyAction ? TransferMode::Copy : TransferMode::Move;
+    const TransferResult result = transferFiles(paths, targetFolder, mode);
+    for (const QString &line : result.failed) {
+        m_services.messages.inform(
+            (mode == TransferMode::Copy ? QStringLiteral("Error Copying File - ") : QStringLiteral("Error Moving File - "))
+                + line,
+            this);
+    }
+    if (!result.done.isEmpty()) {
+        const int node = m_treeModel->findPath(targetFolder);
+        if (node >= 0 && m_treeModel->isListed(node))
+            m_treeModel->refresh(node);
+        refreshLists();
+    }
+    return result;
+}
+
+void Tarnby1::changeEvent(QEvent *event)
+{
+    // The working folders may have been edited in their own window.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        refreshWorkingFolderList();
+    QMainWindow::changeEvent(event);
+}
+
+void Tarnby1::updateClock()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    m_date->setText(QLocale().toString(now.date(), QLocale::ShortFormat));
+    m_time->setText(QLocale().toString(now.time(), QLocale::ShortFormat));
+}
+
+bool Tarnby1::frameIsBusy() const
+{
+    if (!m_frame)
+        return false;
+    const DocumentWindow *doc = m_frame->activeDocument();
+    return doc && doc->SHUTOFFCLICK_FLG();
+}
+
+void Tarnby1::toolClick(const QString &key)
+{
+    if (frameIsBusy())
+        return;
+    if (const std::optional<BrowserAction> action = commands::browserDispatch(key))
+        runCommand(*action);
+}
+
+void Tarnby1::notYetAvailable(const QString &what)
+{
+    m_services.messages.inform(what + QStringLiteral(" is not available in this version of Tarnby."), this);
+}
+
+void Tarnby1::runCommand(BrowserAction action)
+{
+    switch (action) {
+    case BrowserAction::OpenFile: {
+        DialogRequest request;
+        request.kind = DialogKind::OpenFile;
+        request.title = QStringLiteral("Select File to Open");
+        request.filter = m_dialogFilter.isEmpty() ? catalogue::openDialogFilter() : m_dialogFilter;
+        request.directory = QFileInfo(m_state.currentFile).absolutePath();
+        const DialogAnswer answer = m_services.dialogs.run(request, this);
+        if (answer.accepted && !answer.path.isEmpty())
+            DisplayImage(answer.path);
+        return;
+    }
+    case BrowserAction::Exit:
+        close();
+        return;
+    case BrowserAction::HelpContents:
+        showHelp(false);
+        return;
+    case BrowserAction::SearchHelpTopic:
+        showHelp(true);
+        return;
+    case BrowserAction::CloseFile:
+        m_state.currentFile.clear();
+        setSelectionCommands(false);
+        return;
+    case BrowserAction::PicturesCategory:
+    case BrowserAction::SoundsCategory:
+    case BrowserAction::MusicCategory:
+    case BrowserAction::VideoCategory:
+    case BrowserAction::DocumentCategory:
+    case BrowserAction::TableCategory:
+    case BrowserAction::AllCategory: {
+        const commands::CategoryButton button = *commands::categoryButton(action);
+        if (button.filterIndex >= 0)
+            m_filterBox->setCurrentIndex(button.filterIndex);
+        applyFilter(m_filterBox->currentIndex());
+        m_state.categoryLetter = button.letter;
+        return;
+    }
+    case BrowserAction::OpenWithApplication: m_files->OpenwithOLE(); return;
+    case BrowserAction::OpenInternetPicture: notYetAvailable(QStringLiteral("Open File Located on the Internet")); return;
+    case BrowserAction::FindFiles: notYetAvailable(QStringLiteral("Find Files")); return;
+    case BrowserAction::FindNext: notYetAvailable(QStringLiteral("Find Next File of Same Type")); return;
+    case BrowserAction::SaveFileAs: m_files->SaveFileAs(); return;
+    case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, m_state.currentExtension); return;
+    case BrowserAction::RenameFile: m_files->RenameFile(m_state.currentFile); return;
+    case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
+    case BrowserAction::PrintFile: notYetAvailable(QStringLiteral("Print File")); return;
+    case BrowserAction::PrinterSetup: notYetAvailable(QStringLiteral("Printer Setup")); return;
+    case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
+    case BrowserAction::ReceiveFiles: notYetAvailable(QStringLiteral("Receive Files")); return;
+    case BrowserAction::FileProperties: notYetAvailable(QStringLiteral("File Properties")); return;
+    case BrowserAction::SetDatabaseTable: notYetAvailable(QStringLiteral("Set Database Table")); return;
+    case BrowserAction::SetDatabaseTableIndex: notYetAvailable(QStringLiteral("Set Database Table Index")); return;
+    case BrowserAction::ViewTableComments: notYetAvailable(QStringLiteral("View Table Comments")); return;
+    case BrowserAction::ViewThumbnails: showThumbnails(); return;
+    case BrowserAction::AddressBook: notYetAvailable(QStringLiteral("E-Mail Address Book")); return;
+    case BrowserAction::ViewGroups:
+    case BrowserAction::CreateGroups:
+    case BrowserAction::SelectFilesGroup:
+    case BrowserAction::OrganizeFilesSearch:
+    case BrowserAction::ClearFilesOrganizer:
+    case BrowserAction::RepairOrganizer:
+    case BrowserAction::BrowseOrganizerTable:
+    case BrowserAction::AddOrganizerFiles:
+        notYetAvailable(QStringLiteral("The file organizer"));
+        return;
+    case BrowserAction::WorkingFolders: {
+        SetFoldr1 window(m_state, m_services, m_folder.isEmpty() ? m_state.programFolder : m_folder, this);
+        connect(&window, &SetFoldr1::foldersSaved, this, &Tarnby1::CreateOpenFileExt);
+        connect(&window, &SetFoldr1::helpRequested, this, [this] { showHelp(false); });
+        window.exec();
+        return;
+    }
+    case BrowserAction::ApplicationColors: {
+        SetColor1 window(m_state, m_services, this);
+        connect(&window, &SetColor1::helpRequested, this, [this] { showHelp(false); });
+        if (window.exec() == QDialog::Accepted)
+            applySettingsToWindows();
+        return;
+    }
+    case BrowserAction::ApplicationOptions: {
+        SetOptns1 window(m_state, m_services, this);
+        connect(&window, &SetOptns1::helpRequested, this, [this] { showHelp(false); });
+        if (window.exec() == QDialog::Accepted)
+            applySettingsToWindows();
+        return;
+    }
+    case BrowserAction::ComputerInNetwork: setComputerInNetwork(); return;
+    case BrowserAction::RefreshFileList: refreshLists(); return;
+    case BrowserAction::CollapseTree: collapseTree(); return;
+    case BrowserAction::QuickTips: notYetAvailable(QStringLiteral("Quick Tips")); return;
+    case BrowserAction::About: notYetAvailable(QStringLiteral("About Tarnby")); return;
+    case BrowserAction::LargeIcons: setViewStyle(ViewStyle::LargeIcons); return;
+    case BrowserAction::SmallIcons: setViewStyle(ViewStyle::SmallIcons); return;
+    case BrowserAction::ListIcons: setViewStyle(ViewStyle::List); return;
+    case BrowserAction::DetailIcons: setViewStyle(ViewStyle::Details); return;
+    case BrowserAction::UpFolder: upFolder(); return;
+    case BrowserAction::QuickView: showQuickView(); return;
+    case BrowserAction::SetFolder: goToWorkingFolder(); return;
+    case BrowserAction::StopThumbnails: stopThumbnails(); return;
+    }
+}
+
+void Tarnby1::CreateOpenFileExt()
+{
+    // Read back whole, as at start-up: the file is the list's only source.
+    m_state.workingFolders = settings::readWorkingFolders(m_state.programFolder).lines;
+    refreshWorkingFolderList();
+}
+
+int Tarnby1::workingFolderIndex() const
+{
+    return m_folderList->currentRow();
+}
+
+void Tarnby1::applySettingsToWindows()
+{
+    applyMainWindowColors(this, m_state);
+    if (m_frame)
+        applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
+}
+
+void Tarnby1::showHelp(bool search)
+{
+    if (!m_help) {
+        m_help = new HelpWindow(m_state.helpFolder(), this);
+        m_help->setWindowFlag(Qt::Window);
+    }
+    if (search)
+        m_help->showSearch();
+    else
+        m_help->showContents();
+    m_help->show();
+    m_help->raise();
+}
+
+MDIForm1 *Tarnby1::frame()
+{
+    if (!m_frame) {
+        m_frame = new MDIForm1(m_state, m_services, this);
+        m_frame->setWindowFlag(Qt::Window);
+        m_frame->SetMDIWinSize();
+        applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
+        connect(m_frame, &MDIForm1::browserCommand, this, &Tarnby1::runCommand);
+        connect(m_frame, &MDIForm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {
+            show();
+            raise();
+            activateWindow();
+        });
+    }
+    return m_frame;
+}
+
+void Tarnby1::setSelectionCommands(bool fileSelected)
+{
+    for (const QString &key : commands::selectionCommandKeys())
+        m_bar->setEnabled(key, fileSelected);
+    const bool database = fileSelected && commands::enablesDatabaseEntries(m_state.currentExtension);
+    for (const QString &key : commands::databaseSelectionKeys())
+        m_bar->setEnabled(key, database);
+}
+
+void Tarnby1::DisplayImage(const QString &path)
+{
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    m_state.currentFile = path;
+    const catalogue::FileType type = m_state.classify(path);
+    QApplication::restoreOverrideCursor();
+
+    switch (routeForOpen(type)) {
+    case OpenRoute::Nothing:
+        return;
+    case OpenRoute::Unsupported:
+        m_services.messages.inform(QStringLiteral("File Type is not Supported by this Software"), this);
+        return;
+    case OpenRoute::Player:
+        m_files->play(path);
+        return;
+    case OpenRoute::Unzip:
+        m_files->offerUnzip(path);
+        return;
+    case OpenRoute::Viewer: {
+        m_state.fileToOpen = path;
+        m_state.fileHandedOver = true;
+        setSelectionCommands(true);
+        MDIForm1 *f = frame();
+        f->show();
+        f->raise();
+        if (QWidget *w = f->NewWindowFile()) {
+            if (auto *child = qobject_cast<ChildFrm1 *>(w))
+                connect(child, &ChildFrm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        }
+        return;
+    }
+    }
+}
+
+void Tarnby1::closeEvent(QCloseEvent *event)
+{
+    // The panes and the view style go into the options that Exit saves.
+    storePanes();
+    m_state.options.viewStyle = viewStyleToOption(m_listView->viewStyle());
+    if (m_frame) {
+        // Document windows may ask to save; one that refuses keeps the program open.
+        m_frame->mdiArea()->closeAllSubWindows();
+        if (!m_frame->mdiArea()->subWindowList().isEmpty()) {
+            event->ignore();
+            return;
+        }
+        m_frame->close();
+    }
+    if (m_help)
+        m_help->close();
+    event->accept();
+}
+
+} // namespace tarnby::ui

@@ -1,0 +1,178 @@
+#pragma once
+
+#include "core/browser/BrowserValues.h"
+#include "core/catalogue/CommandTables.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/fileops/FileTransfer.h"
+
+#include <QMainWindow>
+#include <QStringList>
+
+class QComboBox;
+class QFrame;
+class QLabel;
+class QListWidget;
+class QProgressBar;
+class QSplitter;
+class QStackedWidget;
+class QTimer;
+class QTreeView;
+
+namespace tarnby {
+class AppState;
+class FileListModel;
+class FolderTreeModel;
+class SettingsStore;
+}
+
+namespace tarnby::ui {
+
+class CommandBar;
+class FileCommands;
+class FileListView;
+class HelpWindow;
+class MDIForm1;
+class QuikPict1;
+class ThumbnailView;
+struct UiServices;
+
+// What main() learnt from the command line before the window exists.
+struct StartupRequest {
+    QString homeOption;           // --home DIR
+    QString homeVariable;         // TARNBY_HOME
+    QString dataFolder;           // per-user data folder; empty: the standard one
+    QString commandLine;          // the remaining arguments as one command line
+};
+
+// The browser: the program's main window. It does the start-up work, carries
+// the program's menus and toolbars and sends every opened file to the player,
+// the unzip offer or the viewing frame.
+class Tarnby1 : public QMainWindow
+{
+    Q_OBJECT
+public:
+    Tarnby1(AppState &state, UiServices &services, SettingsStore &store, QWidget *parent = nullptr);
+    ~Tarnby1() override;
+
+    // The start-up steps, in their order. Messages about the program folder
+    // are shown through the message service.
+    void load(const StartupRequest &request);
+    // The names of the start-up steps in the order they ran (for tests and
+    // for the log a developer reads when start-up goes wrong).
+    const QStringList &startupSteps() const { return m_startupSteps; }
+
+    // The click handler of the command bar.
+    void toolClick(const QString &key);
+    void runCommand(commands::BrowserAction action);
+
+    // Opens a file the way a double-click in the list does.
+    void DisplayImage(const QString &path);
+
+    // The viewing frame, created on first use.
+    MDIForm1 *frame();
+    bool hasFrame() const { return m_frame != nullptr; }
+    CommandBar *commandBar() const { return m_bar; }
+    QComboBox *filterBox() const { return m_filterBox; }
+    FileCommands *fileCommands() const { return m_files; }
+
+    // Selection commands: enabled after a file is selected, disabled without.
+    void setSelectionCommands(bool fileSelected);
+
+    // Opens the files named on the command line (after start-up).
+    void openCommandLineFiles();
+
+    // ---- working folders and settings (settings windows) ----
+    // Reads "FoldFile.INI" into state.workingFolders, every line as it
+    // stands, and selects the first line when there is one. Runs at start-up
+    // and whenever the working folders window saves the list.
+    void CreateOpenFileExt();
+    // The selected line of the working folder list (List1); -1 when it is empty.
+    int workingFolderIndex() const;
+    // Applies changed colours and bold type to the browser and the frame.
+    void applySettingsToWindows();
+    // ---- browsing ------------------------------------------------------
+    // Shows folder in the tree, the drive combo and the file list. The list
+    // is read off the UI thread; fileList() emits folderLoaded() when it is in.
+    // Returns false (and changes nothing) when folder is not a folder.
+    bool goToFolder(const QString &folder);
+    QString currentFolder() const { return m_folder; }
+    FolderTreeModel *folderTree() const { return m_treeModel; }
+    FileListModel *fileList() const { return m_listModel; }
+    FileListView *fileListView() const { return m_listView; }
+    ThumbnailView *thumbnailView() const { return m_thumbs; }
+    QuikPict1 *quickView() const { return m_quick; }
+    bool thumbnailsShown() const;
+    void setViewStyle(ViewStyle style);
+    // Moves or copies dropped files into a folder and refreshes the lists.
+    TransferResult transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action);
+    // Rebuilds the working-folder list (List1) from the program-wide lines.
+    void refreshWorkingFolderList();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void buildCommandBar();
+    void buildCentralArea();
+    void buildShortcuts();
+    void updateClock();
+    void applyFilter(int index);
+    void notYetAvailable(const QString &what);
+    void showHelp(bool search);
+    bool frameIsBusy() const;
+
+    void treeCurrentChanged(const QModelIndex &current);
+    void listCurrentChanged(int row);
+    void listActivated(int row);
+    void fillDriveBox();
+    void driveBoxActivated(int index);
+    void upFolder();
+    void refreshLists();
+    void collapseTree();
+    void goToWorkingFolder();
+    void setComputerInNetwork();
+    void showThumbnails();
+    void stopThumbnails();
+    void hideThumbnails();
+    void showQuickView();
+    void restorePanes();
+    void storePanes();
+    void updateStatus();
+    void deleteSelected();
+    void renameSelected();
+
+    AppState &m_state;
+    UiServices &m_services;
+    SettingsStore &m_store;
+    QStringList m_startupSteps;
+    CommandBar *m_bar = nullptr;
+    FileCommands *m_files = nullptr;
+    MDIForm1 *m_frame = nullptr;
+    HelpWindow *m_help = nullptr;
+    QTimer *m_timer = nullptr;
+    QLabel *m_date = nullptr;
+    QLabel *m_time = nullptr;
+    QComboBox *m_driveBox = nullptr;
+    QComboBox *m_filterBox = nullptr;
+    QTreeView *m_tree = nullptr;
+    QSplitter *m_splitter = nullptr;
+    FolderTreeModel *m_treeModel = nullptr;
+    FileListModel *m_listModel = nullptr;
+    FileListView *m_listView = nullptr;
+    ThumbnailView *m_thumbs = nullptr;
+    QStackedWidget *m_listStack = nullptr;
+    QFrame *m_treeFrame = nullptr;
+    QFrame *m_listFrame = nullptr;
+    QFrame *m_folderFrame = nullptr;
+    QListWidget *m_folderList = nullptr;
+    QLabel *m_status = nullptr;
+    QProgressBar *m_thumbProgress = nullptr;
+    QuikPict1 *m_quick = nullptr;
+    QString m_folder;
+    bool m_followTree = true; // false while the window itself moves the tree
+    QString m_dialogFilter;
+    QString m_pictureDialogFilter;
+};
+
+} // namespace tarnby::ui

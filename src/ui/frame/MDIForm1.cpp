@@ -1,0 +1,400 @@
+#include "ui/frame/MDIForm1.h"
+
+#include "core/app/AppState.h"
+#include "core/app/Twips.h"
+#include "ui/frame/ChildFrm1.h"
+#include "ui/frame/CommandBar.h"
+#include "ui/frame/DocumentWindow.h"
+#include "ui/services/UiServices.h"
+
+#include <QAction>
+#include <QFileInfo>
+#include <QIcon>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QToolBar>
+
+namespace tarnby::ui {
+
+using commands::BrowserAction;
+using commands::DocumentOperation;
+using commands::FrameAction;
+
+MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
+    : QMainWindow(parent)
+    , m_state(state)
+    , m_services(services)
+{
+    setObjectName(QStringLiteral("MDIForm1"));
+    setWindowTitle(QStringLiteral("Tarnby - The Windows File Utility"));
+
+    m_bar = new CommandBar(this);
+    m_bar->setObjectName(QStringLiteral("ToolBarComp1"));
+    for (const commands::Menu &menu : commands::frameMenus()) {
+        QMenu *m = m_bar->addMenu(menuBar(), menu);
+        if (qstrcmp(menu.key, commands::WindowMenuKey) == 0)
+            m_windowMenu = m;
+    }
+    auto *toolbar = addToolBar(QStringLiteral("Viewing"));
+    toolbar->setObjectName(QStringLiteral("FrameToolBar"));
+    toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    m_bar->addTools(toolbar, commands::frameToolbar());
+    m_bar->makeCheckable({QStringLiteral("ID_NormalBtn"), QStringLiteral("ID_StretchBtn")}, true);
+    m_bar->makeCheckable({QStringLiteral("ID_mnuNormalImageView"), QStringLiteral("ID_mnuStretchImageView")}, true);
+    m_bar->makeCheckable({QStringLiteral("ID_mnuPanImage"), QStringLiteral("ID_mnuMagnifyingGlass")}, false);
+    connect(m_bar, &CommandBar::toolClicked, this, [this](const QString &key) { toolClick(key); });
+
+    m_area = new QMdiArea(this);
+    m_area->setObjectName(QStringLiteral("MDIArea"));
+    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_area->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setCentralWidget(m_area);
+    connect(m_area, &QMdiArea::subWindowActivated, this, [this] {
+        refreshCommandState();
+        AddToWindowList();
+    });
+
+    for (int i = 0; i < 3; ++i) {
+        m_panels[i] = new QLabel(this);
+        m_panels[i]->setObjectName(QStringLiteral("StatusPanel%1").arg(i + 1));
+        statusBar()->addWidget(m_panels[i], i == 2 ? 1 : 0);
+    }
+
+    m_factory = [this](const QString &path, const QString &kind) -> QWidget * {
+        return new ChildFrm1(m_state, m_services, path, kind);
+    };
+
+    // The table entries start disabled; only a table window enables them.
+    for (const char *key : {"ID_mnuSetDatabaseTable", "ID_mnuSetDatabaseTableIndex", "ID_mnuSetTableComments"})
+        m_bar->setEnabled(QLatin1String(key), false);
+    refreshCommandState();
+}
+
+MDIForm1::~MDIForm1()
+{
+    // The area announces activations while its windows close during
+    // destruction; by then this frame is half gone.
+    m_area->disconnect(this);
+    for (QMdiSubWindow *sub : m_area->subWindowList())
+        sub->disconnect(this);
+}
+
+void MDIForm1::toolClick(const QString &key, const QString &caption)
+{
+    // A busy document window takes no commands.
+    if (DocumentWindow *doc = activeDocument(); doc && doc->SHUTOFFCLICK_FLG())
+        return;
+
+    const std::optional<commands::FrameTarget> target = commands::frameDispatch(key);
+    if (!target)
+        return;
+    if (const auto *op = std::get_if<DocumentOperation>(&*target)) {
+        if (DocumentWindow *doc = activeDocument())
+            invokeDocumentOperation(*doc, *op);
+        return;
+    }
+    runFrameAction(std::get<FrameAction>(*target), caption);
+}
+
+void MDIForm1::runFrameAction(FrameAction action, const QString &caption)
+{
+    switch (action) {
+    case FrameAction::ReturnToBrowser:
+        emit returnToBrowserRequested();
+        return;
+    case FrameAction::OpenFile:
+        if (DocumentWindow *doc = activeDocument())
+            doc->mnuFileOpen_Click();
+        else
+            openWithOwnDialog();
+        return;
+    case FrameAction::ReceiveFiles:
+        emit browserCommand(BrowserAction::ReceiveFiles);
+        return;
+    case FrameAction::HelpContents:
+        emit browserCommand(BrowserAction::HelpContents);
+        return;
+    case FrameAction::OpenInternetPicture:
+        emit browserCommand(BrowserAction::OpenInternetPicture);
+        return;
+    case FrameAction::FindFiles:
+        emit browserCommand(BrowserAction::FindFiles);
+        return;
+    case FrameAction::FindNext:
+        emit browserCommand(BrowserAction::FindNext);
+        return;
+    case FrameAction::PrinterSetup:
+        emit browserCommand(BrowserAction::PrinterSetup);
+        return;
+    case FrameAction::CloseFrame:
+        hide();
+        emit returnToBrowserRequested();
+        return;
+    case FrameAction::NoAction:
+        return;
+    case FrameAction::PressNormalButton:
+        m_bar->setChecked(QStringLiteral("ID_NormalBtn"), true);
+        return;
+    case FrameAction::PressStretchButton:
+        m_bar->setChecked(QStringLiteral("ID_StretchBtn"), true);
+        return;
+    case FrameAction::WorkingFolders:
+        emit browserCommand(BrowserAction::WorkingFolders);
+        return;
+    case FrameAction::ApplicationColors:
+        emit browserCommand(BrowserAction::ApplicationColors);
+        return;
+    case FrameAction::ApplicationOptions:
+        emit browserCommand(BrowserAction::ApplicationOptions);
+        return;
+    case FrameAction::Cascade:
+        m_area->cascadeSubWindows();
+        return;
+    case FrameAction::TileHorizontally:
+    case FrameAction::TileVertically: {
+        // QMdiArea tiles in a grid only; stack the windows in rows or columns.
+        const QList<QMdiSubWindow *> windows = m_area->subWindowList();
+        if (windows.isEmpty())
+            return;
+        const QRect area = m_area->viewport()->rect();
+        const bool horizontal = action == FrameAction::TileHorizontally;
+        const int n = int(windows.size());
+        for (int i = 0; i < n; ++i) {
+            QMdiSubWindow *w = windows.at(i);
+            w->showNormal();
+            if (horizontal) {
+                const int h = area.height() / n;
+                w->setGeometry(0, i * h, area.width(), h);
+            } else {
+                const int wd = area.width() / n;
+                w->setGeometry(i * wd, 0, wd, area.height());
+            }
+        }
+        return;
+    }
+    case FrameAction::SearchHelpTopic:
+        emit browserCommand(BrowserAction::SearchHelpTopic);
+        return;
+    case FrameAction::QuickTips:
+        emit browserCommand(BrowserAction::QuickTips);
+        return;
+    case FrameAction::About:
+        emit browserCommand(BrowserAction::About);
+        return;
+    case FrameAction::ActivateListedWindow:
+        for (QMdiSubWindow *w : m_area->subWindowList()) {
+            if (w->windowTitle() == caption) {
+                m_area->setActiveSubWindow(w);
+                w->widget()->setFocus();
+                return;
+            }
+        }
+        return;
+    }
+}
+
+void MDIForm1::openWithOwnDialog()
+{
+    DialogRequest request;
+    request.kind = DialogKind::OpenFile;
+    request.title = QStringLiteral("Select File to Open");
+    request.filter = catalogue::openDialogFilter();
+    request.filterIndex = m_openFilterIndex;
+    request.defaultSuffix = m_state.currentExtension;
+    request.fileName = QStringLiteral("*.") + m_state.currentExtension;
+    request.directory = QFileInfo(m_state.currentFile).absolutePath();
+    const DialogAnswer answer = m_services.dialogs.run(request, this);
+    if (!answer.accepted || answer.path.isEmpty())
+        return;
+    m_openFilterIndex = answer.filterIndex;
+    m_state.fileToOpen = answer.path;
+    m_state.classify(answer.path);
+    emit openFileRequested(answer.path);
+}
+
+QWidget *MDIForm1::NewWindowFile()
+{
+    const QString path = m_state.fileToOpen;
+    if (path.isEmpty())
+        return nullptr;
+    const QString kind = m_state.databaseFileFlag ? QStringLiteral("D")
+                         : m_state.textFileFlag   ? QStringLiteral("T")
+                                                  : QStringLiteral("I");
+    QWidget *window = m_factory(path, kind);
+    if (!window)
+        return nullptr;
+    return addDocumentWindow(window, QFileInfo(path).fileName());
+}
+
+QWidget *MDIForm1::addDocumentWindow(QWidget *window, const QString &caption)
+{
+    Q_ASSERT(dynamic_cast<DocumentWindow *>(window));
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    QMdiSubWindow *sub = m_area->addSubWindow(window);
+    sub->setAttribute(Qt::WA_DeleteOnClose);
+    sub->setWindowTitle(caption);
+    connect(sub, &QObject::destroyed, this, &MDIForm1::onSubWindowClosed, Qt::QueuedConnection);
+    sub->show();
+    m_area->setActiveSubWindow(sub);
+    refreshCommandState();
+    AddToWindowList();
+    return window;
+}
+
+void MDIForm1::onSubWindowClosed()
+{
+    refreshCommandState();
+    AddToWindowList();
+}
+
+void MDIForm1::SetMDIWinSize()
+{
+    const settings::ProgramOptions &o = m_state.options;
+    bool okL = false, okT = false, okW = false;
+    const double left = o.frameLeft.toDouble(&okL);
+    const double top = o.frameTop.toDouble(&okT);
+    const double width = o.frameWidth.toDouble(&okW);
+    const double height = o.frameHeight;
+    if (!okL || !okT || !okW || width <= 0 || height <= 0) {
+        resize(900, 650);
+        return;
+    }
+    const double dpi = logicalDpiX();
+    const QRect wanted(twipsToPixels(left, dpi), twipsToPixels(top, dpi), twipsToPixels(width, dpi),
+                       twipsToPixels(height, dpi));
+    setGeometry(clampToScreen(wanted, screen() ? screen()->availableGeometry() : QRect()));
+}
+
+void MDIForm1::DisableButtons()
+{
+    m_bar->apply(commands::enablingChanges(commands::EnablingRoutine::DisableButtons));
+}
+
+void MDIForm1::EnableButtons()
+{
+    m_bar->apply(commands::enablingChanges(commands::EnablingRoutine::EnableButtons));
+}
+
+void MDIForm1::EnableMDIButtons()
+{
+    m_bar->apply(commands::enablingChanges(commands::EnablingRoutine::EnableMDIButtons));
+}
+
+void MDIForm1::EnableTextButtons()
+{
+    m_bar->apply(commands::enablingChanges(commands::EnablingRoutine::EnableTextButtons));
+}
+
+void MDIForm1::EnableDataButtons(qint16 indexCount)
+{
+    m_bar->apply(commands::enablingChanges(commands::EnablingRoutine::EnableDataButtons, indexCount));
+}
+
+void MDIForm1::refreshCommandState()
+{
+    DocumentWindow *doc = activeDocument();
+    if (documentCount() == 0 || !doc) {
+        // Closing the last window disables the document commands; the empty
+        // frame then offers Open and Help.
+        DisableButtons();
+        EnableMDIButtons();
+        setWindowTitle(QStringLiteral("Tarnby 3.0"));
+        setStatusPanels({}, {}, {});
+        return;
+    }
+    const QString kind = doc->FILE_TYPE();
+    if (kind == QLatin1String("T"))
+        EnableTextButtons();
+    else if (kind == QLatin1String("D"))
+        EnableDataButtons(doc->NUMINDEXES());
+    else
+        EnableButtons();
+    setWindowTitle(QStringLiteral("Tarnby 3.0 - ") + QFileInfo(doc->filePath()).fileName());
+}
+
+void MDIForm1::AddToWindowList()
+{
+    if (!m_windowMenu)
+        return;
+    for (QAction *a : std::as_const(m_windowListActions)) {
+        m_windowMenu->removeAction(a);
+        a->deleteLater();
+    }
+    m_windowListActions.clear();
+
+    const QList<QMdiSubWindow *> windows = m_area->subWindowList();
+    if (windows.isEmpty())
+        return;
+    QAction *separator = m_windowMenu->addSeparator();
+    separator->setObjectName(QStringLiteral("separator"));
+    m_windowListActions << separator;
+    const QIcon check(m_state.programFile(QStringLiteral("BMPS/Check.BMP")));
+    QMdiSubWindow *active = m_area->activeSubWindow();
+    for (QMdiSubWindow *w : windows) {
+        auto *a = m_windowMenu->addAction(w->windowTitle());
+        a->setObjectName(QLatin1String(commands::WindowListKey));
+        if (w == active) {
+            a->setIcon(check);
+            a->setCheckable(true);
+            a->setChecked(true);
+        }
+        const QString caption = w->windowTitle();
+        connect(a, &QAction::triggered, this, [this, caption] {
+            toolClick(QLatin1String(commands::WindowListKey), caption);
+        });
+        m_windowListActions << a;
+    }
+}
+
+int MDIForm1::documentCount() const
+{
+    int n = 0;
+    for (QMdiSubWindow *w : m_area->subWindowList()) {
+        if (dynamic_cast<DocumentWindow *>(w->widget()))
+            ++n;
+    }
+    return n;
+}
+
+QWidget *MDIForm1::activeDocumentWidget() const
+{
+    QMdiSubWindow *sub = m_area->activeSubWindow();
+    if (!sub) {
+        // Offscreen and hidden frames have no active window; the last one added
+        // is the one the user works with.
+        const QList<QMdiSubWindow *> list = m_area->subWindowList(QMdiArea::StackingOrder);
+        sub = list.isEmpty() ? nullptr : list.constLast();
+    }
+    return sub ? sub->widget() : nullptr;
+}
+
+DocumentWindow *MDIForm1::activeDocument() const
+{
+    return dynamic_cast<DocumentWindow *>(activeDocumentWidget());
+}
+
+QList<QWidget *> MDIForm1::documentWidgets() const
+{
+    QList<QWidget *> list;
+    for (QMdiSubWindow *w : m_area->subWindowList())
+        list << w->widget();
+    return list;
+}
+
+void MDIForm1::setStatusPanels(const QString &first, const QString &second, const QString &third)
+{
+    m_panels[0]->setText(first);
+    m_panels[1]->setText(second);
+    m_panels[2]->setText(third);
+}
+
+QString MDIForm1::statusPanel(int index) const
+{
+    return index >= 0 && index < 3 ? m_panels[index]->text() : QString();
+}
+
+} // namespace tarnby::ui

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "core/catalogue/CommandTables.h"
+
+#include <QMainWindow>
+
+#include <functional>
+
+class QLabel;
+class QMdiArea;
+class QMdiSubWindow;
+class QMenu;
+
+namespace tarnby {
+class AppState;
+}
+
+namespace tarnby::ui {
+
+class CommandBar;
+class DocumentWindow;
+struct UiServices;
+
+// The viewing frame: hosts one document window per opened file, keeps the
+// Window menu, and turns every toolbar or menu click into a call on the active
+// document window, on itself, or (through browserCommand) on the browser.
+class MDIForm1 : public QMainWindow
+{
+    Q_OBJECT
+public:
+    // Creates the document window for a path and kind letter. The default
+    // makes a ChildFrm1; tests install a double.
+    using DocumentFactory = std::function<QWidget *(const QString &path, const QString &kind)>;
+
+    MDIForm1(AppState &state, UiServices &services, QWidget *parent = nullptr);
+    ~MDIForm1() override;
+
+    // The click handler of the command bar: dispatches key exactly. caption
+    // names the document window of a "WindowList" entry.
+    void toolClick(const QString &key, const QString &caption = {});
+
+    // Opens state.fileToOpen in a new document window of the kind that the
+    // program-wide flags give ("D", "T", otherwise "I").
+    QWidget *NewWindowFile();
+    // Adds a ready-made document window (a widget implementing DocumentWindow).
+    QWidget *addDocumentWindow(QWidget *window, const QString &caption);
+    void setDocumentFactory(DocumentFactory factory) { m_factory = std::move(factory); }
+
+    void SetMDIWinSize();
+    void DisableButtons();
+    void EnableButtons();
+    void EnableMDIButtons();
+    void EnableTextButtons();
+    void EnableDataButtons(qint16 indexCount);
+    void AddToWindowList();
+    // The command-state refresh: runs whenever a document window opens,
+    // closes or becomes active.
+    void refreshCommandState();
+
+    int documentCount() const;
+    DocumentWindow *activeDocument() const;
+    QWidget *activeDocumentWidget() const;
+    QList<QWidget *> documentWidgets() const;
+    CommandBar *commandBar() const { return m_bar; }
+    QMenu *windowMenu() const { return m_windowMenu; }
+    QMdiArea *mdiArea() const { return m_area; }
+
+    // The three panels of the status bar.
+    void setStatusPanels(const QString &first, const QString &second, const QString &third);
+    QString statusPanel(int index) const;
+
+signals:
+    // A command that the browser carries out (find, receive, settings
+    // windows, help...), forwarded from the frame's own menus.
+    void browserCommand(tarnby::commands::BrowserAction action);
+    // The frame's open dialog chose a file; the browser opens it.
+    void openFileRequested(const QString &path);
+    void returnToBrowserRequested();
+
+private:
+    void runFrameAction(commands::FrameAction action, const QString &caption);
+    void openWithOwnDialog();
+    void onSubWindowClosed();
+
+    AppState &m_state;
+    UiServices &m_services;
+    CommandBar *m_bar = nullptr;
+    QMdiArea *m_area = nullptr;
+    QMenu *m_windowMenu = nullptr;
+    QList<QAction *> m_windowListActions;
+    QLabel *m_panels[3] = {};
+    DocumentFactory m_factory;
+    int m_openFilterIndex = 0;
+};
+
+} // namespace tarnby::ui

@@ -1,0 +1,283 @@
+#include "DocumentDouble.h"
+
+#include "core/app/AppState.h"
+#include "core/app/SettingsStore.h"
+#include "core/catalogue/CommandTables.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "ui/browser/Tarnby1.h"
+#include "ui/frame/CommandBar.h"
+#include "ui/frame/MDIForm1.h"
+#include "ui/services/ScriptedResponder.h"
+#include "ui/services/UiServices.h"
+#include "ui/tools/HelpWindow.h"
+
+#include "TestDir.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QTest>
+#include <QTimer>
+
+using namespace tarnby;
+using namespace tarnby::ui;
+
+class TestTarnby1 : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void startupStepsInOrder();
+    void filterBoxAtStart();
+    void badHomeIsReportedThenFallsBack();
+    void menusAndToolbars();
+    void clockTicks();
+    void categoryButtons_data();
+    void categoryButtons();
+    void displayImageRouting_data();
+    void displayImageRouting();
+    void selectionCommandsAndTheW4Rule_data();
+    void selectionCommandsAndTheW4Rule();
+    void busyDocumentBlocksTheBrowser();
+    void commandLineFilesOpenAfterStartup();
+    void helpContentsAndSearch();
+
+private:
+    void start(const QString &commandLine = {});
+
+    TestDir *m_dir = nullptr;
+    AppState *m_state = nullptr;
+    UiServices *m_services = nullptr;
+    ScriptedResponder *m_responder = nullptr;
+    SettingsStore *m_store = nullptr;
+    Tarnby1 *m_browser = nullptr;
+};
+
+void TestTarnby1::init()
+{
+    m_dir = new TestDir;
+    m_state = new AppState;
+    m_services = new UiServices;
+    m_responder = new ScriptedResponder(*m_services);
+    m_store = new SettingsStore(m_dir->filePath(QStringLiteral("settings.ini")));
+    m_browser = new Tarnby1(*m_state, *m_services, *m_store);
+}
+
+void TestTarnby1::cleanup()
+{
+    delete m_browser;
+    delete m_store;
+    delete m_responder;
+    delete m_services;
+    delete m_state;
+    delete m_dir;
+}
+
+void TestTarnby1::start(const QString &commandLine)
+{
+    StartupRequest request;
+    request.homeOption = m_dir->filePath(QStringLiteral("home"));
+    request.dataFolder = m_dir->filePath(QStringLiteral("data"));
+    request.commandLine = commandLine;
+    m_browser->load(request);
+    m_browser->show();
+}
+
+void TestTarnby1::startupStepsInOrder()
+{
+    start(QStringLiteral("\"a b.jpg\"\tc.txt"));
+    QCOMPARE(m_browser->startupSteps(),
+             (QStringList{"command line", "dialog filters", "program folder", "help file", "settings", "panes",
+                          "filter box", "working folders", "toolbar", "organizer", "quick tips"}));
+    QCOMPARE(m_state->commandLineArguments, (QStringList{"a b.jpg", "c.txt"}));
+    QCOMPARE(m_state->programFolder, m_dir->filePath(QStringLiteral("home")));
+    QCOMPARE(m_store->value("Registered", "TarnbyDIR").toString(), m_state->programFolder);
+    QVERIFY(m_responder->messages().isEmpty());
+}
+
+void TestTarnby1::filterBoxAtStart()
+{
+    start();
+    QComboBox *box = m_browser->findChild<QComboBox *>(QStringLiteral("CMBFILEFLTR"));
+    QVERIFY(box);
+    QCOMPARE(box->count(), 40);
+    QCOMPARE(box->currentIndex(), 35);
+    QCOMPARE(box->currentText(), QStringLiteral("All Image and MultiMedia Files"));
+    for (int i = 0; i < box->count(); ++i) {
+        QCOMPARE(box->itemData(i).toInt(), i);
+        QCOMPARE(box->itemText(i), QLatin1String(catalogue::FilterDescriptions[i]));
+    }
+}
+
+void TestTarnby1::badHomeIsReportedThenFallsBack()
+{
+    StartupRequest request;
+    request.homeOption = m_dir->createFile(QStringLiteral("not-a-folder"));
+    request.dataFolder = m_dir->filePath(QStringLiteral("data"));
+    m_browser->load(request);
+    QCOMPARE(m_state->programFolder, m_dir->filePath(QStringLiteral("data")));
+    QCOMPARE(m_responder->messages().size(), 1);
+    QCOMPARE(m_responder->messages().first().title, QStringLiteral("Tarnby 3.0"));
+    QVERIFY(m_responder->messages().first().text.contains(QStringLiteral("not-a-folder")));
+}
+
+void TestTarnby1::menusAndToolbars()
+{
+    start();
+    QStringList menus;
+    for (QAction *a : m_browser->menuBar()->actions())
+        menus << a->text();
+    QCOMPARE(menus, (QStringList{"&File", "&View", "&E-Mail", "&Organize", "&Utilities", "&Help"}));
+    // Every tool of the tables is an action named by its key, with caption and tooltip.
+    for (const commands::Tool &tool : commands::browserCategoryToolbar()) {
+        auto *a = m_browser->findChild<QAction *>(QLatin1String(tool.key));
+        QVERIFY2(a, tool.key);
+        QCOMPARE(a->text(), QLatin1String(tool.caption));
+        if (*tool.tooltip)
+            QCOMPARE(a->toolTip(), QLatin1String(tool.tooltip));
+    }
+    auto *open = m_browser->findChild<QAction *>(QStringLiteral("ID_OpenBtn"));
+    QVERIFY(open);
+    QCOMPARE(open->toolTip(), QStringLiteral("Open File"));
+}
+
+void TestTarnby1::clockTicks()
+{
+    start();
+    auto *timer = m_browser->findChild<QTimer *>(QStringLiteral("Timer1"));
+    QVERIFY(timer);
+    QCOMPARE(timer->interval(), 300);
+    QVERIFY(timer->isActive());
+    auto *date = m_browser->findChild<QLabel *>(QStringLiteral("ID_Date"));
+    auto *time = m_browser->findChild<QLabel *>(QStringLiteral("ID_Time"));
+    QVERIFY(date && time);
+    date->clear();
+    QTRY_VERIFY_WITH_TIMEOUT(!date->text().isEmpty(), 2000);
+    QVERIFY(!time->text().isEmpty());
+}
+
+void TestTarnby1::categoryButtons_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("startIndex");
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("letter");
+    QTest::newRow("Pictures picks all pictures") << "ID_PicturesBtn" << 35 << 32 << "P";
+    QTest::newRow("Sounds picks wave files") << "ID_SoundsBtn" << 35 << 27 << "S";
+    QTest::newRow("Music picks music files") << "ID_MusicBtn" << 35 << 30 << "M";
+    QTest::newRow("Video keeps the entry") << "ID_VideoBtn" << 4 << 4 << "V";
+    QTest::newRow("Document keeps the entry") << "ID_DocumentBtn" << 36 << 36 << "T";
+    QTest::newRow("Table records the documents letter") << "ID_TableBtn" << 37 << 37 << "T";
+    QTest::newRow("All keeps the entry") << "ID_AllBtn" << 12 << 12 << "A";
+}
+
+void TestTarnby1::categoryButtons()
+{
+    QFETCH(QString, key);
+    QFETCH(int, startIndex);
+    QFETCH(int, index);
+    QFETCH(QString, letter);
+    start();
+    m_browser->filterBox()->setCurrentIndex(startIndex);
+    m_browser->findChild<QAction *>(key)->trigger();
+    QCOMPARE(m_browser->filterBox()->currentIndex(), index);
+    QCOMPARE(m_state->categoryLetter, letter);
+}
+
+void TestTarnby1::displayImageRouting_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("documents");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("unknown type") << "setup.exe" << 0 << "File Type is not Supported by this Software";
+    QTest::newRow("no extension does nothing") << "README" << 0 << "";
+    QTest::newRow("picture opens a window") << "cat.png" << 1 << "";
+    QTest::newRow("text opens a window") << "notes.txt" << 1 << "";
+    QTest::newRow("table opens a window") << "sales.wk4" << 1 << "";
+}
+
+void TestTarnby1::displayImageRouting()
+{
+    QFETCH(QString, name);
+    QFETCH(int, documents);
+    QFETCH(QString, message);
+    start();
+    const QString path = m_dir->createFile(name);
+    m_browser->DisplayImage(path);
+    QCOMPARE(m_responder->messageTexts(), message.isEmpty() ? QStringList() : QStringList{message});
+    QCOMPARE(m_browser->hasFrame(), documents > 0);
+    if (documents) {
+        QCOMPARE(m_browser->frame()->documentCount(), documents);
+        QVERIFY(m_browser->frame()->isVisible());
+        QCOMPARE(m_state->fileToOpen, path);
+    }
+    QCOMPARE(m_state->currentFile, path);
+}
+
+void TestTarnby1::selectionCommandsAndTheW4Rule_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("database");
+    QTest::newRow("dBASE enables the database entries") << "sales.dbf" << true;
+    QTest::newRow("Excel enables them") << "book.xls" << true;
+    QTest::newRow("Lotus WK4 never does") << "sheet.wk4" << false;
+    QTest::newRow("a picture does not") << "cat.jpg" << false;
+}
+
+void TestTarnby1::selectionCommandsAndTheW4Rule()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, database);
+    start();
+    CommandBar *bar = m_browser->commandBar();
+    QVERIFY(!bar->isEnabled(QStringLiteral("ID_mnuSaveFileAs")));
+    m_browser->DisplayImage(m_dir->createFile(name));
+    for (const QString &key : commands::selectionCommandKeys())
+        QVERIFY2(bar->isEnabled(key), qPrintable(key));
+    for (const QString &key : commands::databaseSelectionKeys())
+        QCOMPARE(bar->isEnabled(key), database);
+}
+
+void TestTarnby1::busyDocumentBlocksTheBrowser()
+{
+    start();
+    auto *doc = new DocumentDouble(QStringLiteral("I"));
+    doc->busy = true;
+    m_browser->frame()->addDocumentWindow(doc, QStringLiteral("busy.jpg"));
+    m_browser->filterBox()->setCurrentIndex(35);
+    m_browser->toolClick(QStringLiteral("ID_PicturesBtn"));
+    QCOMPARE(m_browser->filterBox()->currentIndex(), 35);
+    doc->busy = false;
+    m_browser->toolClick(QStringLiteral("ID_PicturesBtn"));
+    QCOMPARE(m_browser->filterBox()->currentIndex(), 32);
+}
+
+void TestTarnby1::commandLineFilesOpenAfterStartup()
+{
+    const QString first = m_dir->createFile(QStringLiteral("My Pictures/cat one.png"));
+    const QString second = m_dir->createFile(QStringLiteral("notes.txt"));
+    start(QStringLiteral("\"%1\" %2 /no/such/file.txt").arg(first, second));
+    QVERIFY(!m_browser->hasFrame()); // nothing opens during start-up itself
+    m_browser->openCommandLineFiles();
+    QCOMPARE(m_browser->frame()->documentCount(), 2);
+    QVERIFY(m_responder->messages().isEmpty());
+}
+
+void TestTarnby1::helpContentsAndSearch()
+{
+    start();
+    m_browser->toolClick(QStringLiteral("ID_HelpBtn"));
+    auto *help = m_browser->findChild<HelpWindow *>(QStringLiteral("HelpWindow"));
+    QVERIFY(help);
+    QVERIFY(help->isVisible());
+    QCOMPARE(help->currentPage(), QStringLiteral("index.html"));
+    QCOMPARE(help->search(QStringLiteral("colours")), 2); // contents and the settings page
+    QCOMPARE(help->search(QStringLiteral("zzzz-no-such-word")), 0);
+    QVERIFY(help->search(QString()) >= 4);
+}
+
+QTEST_MAIN(TestTarnby1)
+#include "tst_tarnby1.moc"

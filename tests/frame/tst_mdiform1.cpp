@@ -1,0 +1,355 @@
+#include "DocumentDouble.h"
+
+#include "core/app/AppState.h"
+#include "core/app/ProgramFolder.h"
+#include "core/catalogue/CommandTables.h"
+#include "ui/frame/CommandBar.h"
+#include "ui/frame/MDIForm1.h"
+#include "ui/services/ScriptedResponder.h"
+#include "ui/services/UiServices.h"
+
+#include <QAction>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
+
+#include "TestDir.h"
+
+using namespace tarnby;
+using namespace tarnby::ui;
+using commands::BrowserAction;
+
+Q_DECLARE_METATYPE(tarnby::commands::BrowserAction)
+
+class TestMDIForm1 : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void dispatchesEveryDocumentKey_data();
+    void dispatchesEveryDocumentKey();
+    void busyWindowIgnoresClicks();
+    void unknownAndDeadKeysDoNothing_data();
+    void unknownAndDeadKeysDoNothing();
+    void openWithoutDocumentShowsOwnDialog();
+    void openWithDocumentGoesToIt();
+    void frameCommandsReachTheBrowser();
+    void normalMenuPressesTheButton();
+    void textWindowEnabling();
+    void databaseWithoutIndex();
+    void closingLastWindowEmptiesTheFrame();
+    void windowListMarksTheActiveWindow();
+    void newWindowFileTakesKindFromFlags_data();
+    void newWindowFileTakesKindFromFlags();
+    void arrangeWindows_data();
+    void arrangeWindows();
+
+private:
+    DocumentDouble *open(const QString &kind, qint16 indexes = 0, const QString &name = QStringLiteral("doc.jpg"));
+
+    AppState *m_state = nullptr;
+    UiServices *m_services = nullptr;
+    ScriptedResponder *m_responder = nullptr;
+    MDIForm1 *m_frame = nullptr;
+};
+
+void TestMDIForm1::init()
+{
+    m_state = new AppState;
+    m_services = new UiServices;
+    m_responder = new ScriptedResponder(*m_services);
+    m_frame = new MDIForm1(*m_state, *m_services);
+    m_frame->show();
+}
+
+void TestMDIForm1::cleanup()
+{
+    delete m_frame;
+    delete m_responder;
+    delete m_services;
+    delete m_state;
+}
+
+DocumentDouble *TestMDIForm1::open(const QString &kind, qint16 indexes, const QString &name)
+{
+    auto *doc = new DocumentDouble(kind, indexes, QStringLiteral("/tmp/") + name);
+    m_frame->addDocumentWindow(doc, name);
+    return doc;
+}
+
+void TestMDIForm1::dispatchesEveryDocumentKey_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("operation");
+    for (const QString &key : commands::frameDispatchKeys()) {
+        const auto target = commands::frameDispatch(key);
+        if (const auto *op = std::get_if<commands::DocumentOperation>(&*target))
+            QTest::newRow(qPrintable(key)) << key << commands::documentOperationName(*op);
+    }
+}
+
+void TestMDIForm1::dispatchesEveryDocumentKey()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, operation);
+    DocumentDouble *doc = open(QStringLiteral("I"));
+    m_frame->toolClick(key);
+    QCOMPARE(doc->calls, QStringList{operation});
+}
+
+void TestMDIForm1::busyWindowIgnoresClicks()
+{
+    DocumentDouble *doc = open(QStringLiteral("I"));
+    doc->busy = true;
+    QSignalSpy browser(m_frame, &MDIForm1::browserCommand);
+    for (const char *key : {"ID_CloseBtn", "ID_mnuFlip", "ID_OpenBtn", "ID_ReceiveBtn", "ID_mnuCascade"})
+        m_frame->toolClick(QLatin1String(key));
+    QVERIFY(doc->calls.isEmpty());
+    QCOMPARE(browser.count(), 0);
+    QVERIFY(m_responder->dialogs().isEmpty());
+
+    doc->busy = false;
+    m_frame->toolClick(QStringLiteral("ID_mnuFlip"));
+    QCOMPARE(doc->calls, QStringList{"mnuImageFlip_Click"});
+}
+
+void TestMDIForm1::unknownAndDeadKeysDoNothing_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("Receive Fi1es menu entry") << "ID_mnuReceiveFi1es";
+    QTest::newRow("Stretch Color Intensity menu entry") << "ID_mnuStretchColorIntensity";
+    QTest::newRow("unknown key") << "ID_Nothing";
+    QTest::newRow("case differs") << "ID_closebtn";
+    QTest::newRow("Paste") << "ID_mnuPaste";
+}
+
+void TestMDIForm1::unknownAndDeadKeysDoNothing()
+{
+    QFETCH(QString, key);
+    DocumentDouble *doc = open(QStringLiteral("I"));
+    QSignalSpy browser(m_frame, &MDIForm1::browserCommand);
+    // Through the real menu action, as a user's click would come.
+    if (QAction *a = m_frame->commandBar()->action(key))
+        a->trigger();
+    else
+        m_frame->toolClick(key);
+    QVERIFY(doc->calls.isEmpty());
+    QCOMPARE(browser.count(), 0);
+    QVERIFY(m_responder->messages().isEmpty());
+}
+
+void TestMDIForm1::openWithoutDocumentShowsOwnDialog()
+{
+    m_state->currentExtension = QStringLiteral("JPG");
+    m_responder->acceptFile(QStringLiteral("/tmp/notes.txt"), 2);
+    QSignalSpy opened(m_frame, &MDIForm1::openFileRequested);
+    m_frame->toolClick(QStringLiteral("ID_OpenBtn"));
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    const DialogRequest &request = m_responder->dialogs().first();
+    QCOMPARE(request.title, QStringLiteral("Select File to Open"));
+    QCOMPARE(request.filter, catalogue::openDialogFilter());
+    QCOMPARE(request.fileName, QStringLiteral("*.JPG"));
+    QCOMPARE(opened.count(), 1);
+    QCOMPARE(opened.first().first().toString(), QStringLiteral("/tmp/notes.txt"));
+    QCOMPARE(m_state->fileToOpen, QStringLiteral("/tmp/notes.txt"));
+    QVERIFY(m_state->textFileFlag);
+
+    // The chosen filter is kept for the next time.
+    m_responder->cancelDialog();
+    m_frame->toolClick(QStringLiteral("ID_mnuOpenFile"));
+    QCOMPARE(m_responder->dialogs().last().filterIndex, 2);
+    QCOMPARE(opened.count(), 1);
+}
+
+void TestMDIForm1::openWithDocumentGoesToIt()
+{
+    DocumentDouble *doc = open(QStringLiteral("T"));
+    m_frame->toolClick(QStringLiteral("ID_OpenBtn"));
+    QCOMPARE(doc->calls, QStringList{"mnuFileOpen_Click"});
+    QVERIFY(m_responder->dialogs().isEmpty());
+}
+
+void TestMDIForm1::frameCommandsReachTheBrowser()
+{
+    qRegisterMetaType<BrowserAction>();
+    QSignalSpy browser(m_frame, &MDIForm1::browserCommand);
+    const QList<QPair<QString, BrowserAction>> rows = {
+        {"ID_ReceiveBtn", BrowserAction::ReceiveFiles},      {"ID_mnuReceiveFile", BrowserAction::ReceiveFiles},
+        {"ID_mnuFindFiles", BrowserAction::FindFiles},       {"ID_mnuFindNext", BrowserAction::FindNext},
+        {"ID_mnuSetWorkingFolders", BrowserAction::WorkingFolders},
+        {"ID_mnuSetApplicationColors", BrowserAction::ApplicationColors},
+        {"ID_mnuSetApplicationOptions", BrowserAction::ApplicationOptions},
+        {"ID_HelpBtn", BrowserAction::HelpContents},         {"ID_mnuAbouttheTarnby", BrowserAction::About},
+    };
+    for (const auto &row : rows)
+        m_frame->toolClick(row.first);
+    QCOMPARE(browser.count(), rows.size());
+    for (int i = 0; i < rows.size(); ++i)
+        QCOMPARE(browser.at(i).first().value<BrowserAction>(), rows.at(i).second);
+
+    QSignalSpy back(m_frame, &MDIForm1::returnToBrowserRequested);
+    m_frame->toolClick(QStringLiteral("ID_ReturnBtn"));
+    QCOMPARE(back.count(), 1);
+    QVERIFY(m_frame->isVisible()); // Return leaves the frame and its windows as they are
+}
+
+void TestMDIForm1::normalMenuPressesTheButton()
+{
+    DocumentDouble *doc = open(QStringLiteral("I"));
+    m_frame->toolClick(QStringLiteral("ID_mnuStretchImageView"));
+    QVERIFY(m_frame->commandBar()->isChecked(QStringLiteral("ID_StretchBtn")));
+    QCOMPARE(doc->calls, QStringList{"mnuViewStretch_Click"});
+    m_frame->toolClick(QStringLiteral("ID_mnuNormalImageView"));
+    QCOMPARE(doc->calls, (QStringList{"mnuViewStretch_Click", "mnuViewNormal_Click"}));
+    // Pressing a button that is already pressed is no click.
+    m_frame->toolClick(QStringLiteral("ID_mnuNormalImageView"));
+    QCOMPARE(doc->calls.size(), 2);
+}
+
+void TestMDIForm1::textWindowEnabling()
+{
+    open(QStringLiteral("T"), 0, QStringLiteral("notes.txt"));
+    CommandBar *bar = m_frame->commandBar();
+    for (const char *key : {"ID_CloseBtn", "ID_SaveBtn", "ID_RenameBtn", "ID_MoveBtn", "ID_DeleteBtn", "ID_PrintBtn",
+                            "ID_SendBtn", "ID_ReceiveBtn", "ID_CopyBtn", "ID_OpenBtn", "ID_HelpBtn"})
+        QVERIFY2(bar->isEnabled(QLatin1String(key)), key);
+    for (const char *key : {"ID_NormalBtn", "ID_StretchBtn", "ID_ResizeBtn", "ID_BrightnessBtn", "ID_FontBtn",
+                            "ID_ShapesBtn", "ID_TableBtn", "ID_IndexBtn", "ID_mnuImage", "ID_mnuView",
+                            "ID_mnuPanImage", "ID_mnuSetDatabaseTable", "ID_mnuSetTableComments"})
+        QVERIFY2(!bar->isEnabled(QLatin1String(key)), key);
+    QCOMPARE(m_frame->windowTitle(), QStringLiteral("Tarnby 3.0 - notes.txt"));
+}
+
+void TestMDIForm1::databaseWithoutIndex()
+{
+    open(QStringLiteral("D"), 0, QStringLiteral("sales.dbf"));
+    CommandBar *bar = m_frame->commandBar();
+    QVERIFY(!bar->isEnabled(QStringLiteral("ID_IndexBtn")));
+    QVERIFY(!bar->isEnabled(QStringLiteral("ID_mnuSetDatabaseTableIndex")));
+    QVERIFY(bar->isEnabled(QStringLiteral("ID_mnuSetDatabaseTable")));
+    QVERIFY(!bar->isEnabled(QStringLiteral("ID_CopyBtn")));
+
+    // The same table with an index enables both.
+    open(QStringLiteral("D"), 2, QStringLiteral("orders.dbf"));
+    QVERIFY(bar->isEnabled(QStringLiteral("ID_IndexBtn")));
+    QVERIFY(bar->isEnabled(QStringLiteral("ID_mnuSetDatabaseTableIndex")));
+}
+
+void TestMDIForm1::closingLastWindowEmptiesTheFrame()
+{
+    open(QStringLiteral("I"));
+    QCOMPARE(m_frame->documentCount(), 1);
+    m_frame->mdiArea()->closeAllSubWindows();
+    QTRY_COMPARE(m_frame->documentCount(), 0);
+    QTRY_COMPARE(m_frame->windowTitle(), QStringLiteral("Tarnby 3.0"));
+    CommandBar *bar = m_frame->commandBar();
+    QStringList enabled;
+    for (const commands::Tool &tool : commands::frameToolbar()) {
+        if (bar->isEnabled(QLatin1String(tool.key)))
+            enabled << QLatin1String(tool.key);
+    }
+    // Return is the frame's own and stays; of the document commands only Open and Help.
+    QCOMPARE(enabled, (QStringList{"ID_ReturnBtn", "ID_OpenBtn", "ID_HelpBtn"}));
+    QVERIFY(bar->isEnabled(QStringLiteral("ID_mnuOpenFile")));
+    QCOMPARE(m_frame->statusPanel(2), QString());
+}
+
+void TestMDIForm1::windowListMarksTheActiveWindow()
+{
+    // The check mark is the program folder's BMPS/Check.BMP.
+    TestDir home;
+    QStringList warnings;
+    seedProgramFolder(home.path(), &warnings);
+    m_state->programFolder = home.path();
+    open(QStringLiteral("I"), 0, QStringLiteral("first.jpg"));
+    open(QStringLiteral("T"), 0, QStringLiteral("second.txt"));
+    QList<QAction *> entries;
+    for (QAction *a : m_frame->windowMenu()->actions()) {
+        if (a->objectName() == QLatin1String("WindowList"))
+            entries << a;
+    }
+    QCOMPARE(entries.size(), 2);
+    QCOMPARE(entries.at(0)->text(), QStringLiteral("first.jpg"));
+    QVERIFY(!entries.at(0)->isChecked());
+    QVERIFY(entries.at(1)->isChecked());
+    QVERIFY(!entries.at(1)->icon().isNull());
+    QVERIFY(entries.at(0)->icon().isNull());
+
+    // Choosing the first entry activates that window, and the marks follow.
+    entries.at(0)->trigger();
+    QTRY_COMPARE(m_frame->mdiArea()->activeSubWindow()->windowTitle(), QStringLiteral("first.jpg"));
+    QList<QAction *> after;
+    for (QAction *a : m_frame->windowMenu()->actions()) {
+        if (a->objectName() == QLatin1String("WindowList"))
+            after << a;
+    }
+    QCOMPARE(after.size(), 2);
+    QVERIFY(after.at(0)->isChecked());
+    QVERIFY(!after.at(1)->isChecked());
+}
+
+void TestMDIForm1::newWindowFileTakesKindFromFlags_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("picture") << "/tmp/a.png" << "I";
+    QTest::newRow("text band") << "/tmp/a.rtf" << "T";
+    QTest::newRow("database band") << "/tmp/a.wk4" << "D";
+    QTest::newRow("one-bit picture in the multimedia band") << "/tmp/a.msp" << "I";
+}
+
+void TestMDIForm1::newWindowFileTakesKindFromFlags()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, kind);
+    QString madeKind;
+    m_frame->setDocumentFactory([&madeKind](const QString &path, const QString &k) -> QWidget * {
+        madeKind = k;
+        return new DocumentDouble(k, 0, path);
+    });
+    m_state->fileToOpen = file;
+    m_state->classify(file);
+    QVERIFY(m_frame->NewWindowFile());
+    QCOMPARE(madeKind, kind);
+    QCOMPARE(m_frame->documentCount(), 1);
+    QCOMPARE(m_frame->activeDocument()->FILE_TYPE(), kind);
+}
+
+void TestMDIForm1::arrangeWindows_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("tile horizontally stacks rows") << "ID_mnuTileHorizontally";
+    QTest::newRow("tile vertically lines up columns") << "ID_mnuTileVertically";
+    QTest::newRow("cascade steps down and right") << "ID_mnuCascade";
+}
+
+void TestMDIForm1::arrangeWindows()
+{
+    QFETCH(QString, key);
+    m_frame->resize(900, 700);
+    for (int i = 0; i < 3; ++i)
+        open(QStringLiteral("I"), 0, QStringLiteral("p%1.jpg").arg(i));
+    m_frame->toolClick(key);
+    const QList<QMdiSubWindow *> windows = m_frame->mdiArea()->subWindowList();
+    QCOMPARE(windows.size(), 3);
+    const QRect area = m_frame->mdiArea()->viewport()->rect();
+    for (int i = 1; i < windows.size(); ++i) {
+        const QRect a = windows.at(i - 1)->geometry(), b = windows.at(i)->geometry();
+        if (key == QLatin1String("ID_mnuTileHorizontally")) {
+            QCOMPARE(b.top(), a.bottom() + 1);
+            QCOMPARE(b.width(), area.width());
+        } else if (key == QLatin1String("ID_mnuTileVertically")) {
+            QCOMPARE(b.left(), a.right() + 1);
+            QCOMPARE(b.height(), area.height());
+        } else {
+            QVERIFY(b.top() > a.top());
+            QVERIFY(b.left() >= a.left());
+        }
+    }
+}
+
+QTEST_MAIN(TestMDIForm1)
+#include "tst_mdiform1.moc"
