@@ -20,8 +20,6 @@ public:
 
     // The file the browser last selected (a path or an Internet address).
     QString currentFile;
-    // The target chosen in the move dialog.
-    QString moveTarget;
     // The computer chosen on the network, and whether the user said no network.
     QString networkComputer;
     bool noNetwork = false;
