@@ -2,6 +2,7 @@
 #include "core/app/SettingsStore.h"
 #include "core/browser/FileListModel.h"
 #include "core/browser/FolderTreeModel.h"
+#include "core/viewer/DocumentRules.h"
 #include "ui/browser/FileListView.h"
 #include "ui/browser/QuikPict1.h"
 #include "ui/browser/Tarnby1.h"
@@ -254,9 +255,13 @@ void TestBrowserWindow::openingRoutes()
 {
     Browser b;
     b.load();
+    // Each window made notes its file, its kind and the program-wide flags as
+    // they stood while it was made: the window may read them as it loads.
     QStringList opened;
-    b.window->frame()->setDocumentFactory([&](const QString &path, const QString &kind) {
-        opened << QFileInfo(path).fileName() + QLatin1Char(':') + kind;
+    b.window->frame()->setDocumentFactory([&](const QString &path, viewer::DocumentKind kind) {
+        opened << QFileInfo(path).fileName() + QLatin1Char(':') + viewer::kindLetter(kind)
+                      + (b.state.textFileFlag ? QStringLiteral(" text") : QString())
+                      + (b.state.databaseFileFlag ? QStringLiteral(" database") : QString());
         return nullptr;
     });
 
@@ -264,17 +269,15 @@ void TestBrowserWindow::openingRoutes()
     QCOMPARE(b.responder.messageTexts(), QStringList{"File Type is not Supported by this Software"});
 
     b.responder.clear();
-    b.state.fileToOpen = QStringLiteral("left over");
     b.window->DisplayImage(b.files.createFile("README"));
     QVERIFY(b.responder.messages().isEmpty());
-    QVERIFY(b.state.fileToOpen.isEmpty()); // no extension: nothing opens
-    QVERIFY(opened.isEmpty());
+    QVERIFY(opened.isEmpty()); // no extension: nothing opens
+    QVERIFY(!b.window->frame()->isVisible());
 
     b.window->DisplayImage(b.files.createFile("sheet.wk4"));
     b.window->DisplayImage(b.files.createFile("notes.txt"));
     b.window->DisplayImage(b.files.createFile("photo.jpg"));
-    QCOMPARE(opened, (QStringList{"sheet.wk4:D", "notes.txt:T", "photo.jpg:I"}));
-    QVERIFY(b.state.fileHandedOver);
+    QCOMPARE(opened, (QStringList{"sheet.wk4:D database", "notes.txt:T text", "photo.jpg:I"}));
     QVERIFY(!b.enabled("ID_mnuSetDatabaseTable")); // after the WK4 file too
 }
 

@@ -6,6 +6,7 @@
 #include "core/catalogue/FileCatalogue.h"
 #include "ui/browser/Tarnby1.h"
 #include "ui/frame/CommandBar.h"
+#include "ui/frame/DocumentWindow.h"
 #include "ui/frame/MDIForm1.h"
 #include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
@@ -17,6 +18,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QMdiArea>
 #include <QMenuBar>
 #include <QTest>
 #include <QTimer>
@@ -39,6 +41,8 @@ private slots:
     void categoryButtons();
     void displayImageRouting_data();
     void displayImageRouting();
+    void openCommandsGoThroughTheBrowser_data();
+    void openCommandsGoThroughTheBrowser();
     void selectionCommandsAndTheW4Rule_data();
     void selectionCommandsAndTheW4Rule();
     void busyDocumentBlocksTheBrowser();
@@ -191,18 +195,20 @@ void TestTarnby1::displayImageRouting_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("documents");
+    QTest::addColumn<QString>("kind");
     QTest::addColumn<QString>("message");
-    QTest::newRow("unknown type") << "setup.exe" << 0 << "File Type is not Supported by this Software";
-    QTest::newRow("no extension does nothing") << "README" << 0 << "";
-    QTest::newRow("picture opens a window") << "cat.png" << 1 << "";
-    QTest::newRow("text opens a window") << "notes.txt" << 1 << "";
-    QTest::newRow("table opens a window") << "sales.wk4" << 1 << "";
+    QTest::newRow("unknown type") << "setup.exe" << 0 << "" << "File Type is not Supported by this Software";
+    QTest::newRow("no extension does nothing") << "README" << 0 << "" << "";
+    QTest::newRow("picture opens a window") << "cat.png" << 1 << "I" << "";
+    QTest::newRow("text opens a window") << "notes.txt" << 1 << "T" << "";
+    QTest::newRow("table opens a window") << "sales.wk4" << 1 << "D" << "";
 }
 
 void TestTarnby1::displayImageRouting()
 {
     QFETCH(QString, name);
     QFETCH(int, documents);
+    QFETCH(QString, kind);
     QFETCH(QString, message);
     start();
     const QString path = m_dir->createFile(name);
@@ -212,9 +218,46 @@ void TestTarnby1::displayImageRouting()
     if (documents) {
         QCOMPARE(m_browser->frame()->documentCount(), documents);
         QVERIFY(m_browser->frame()->isVisible());
-        QCOMPARE(m_state->fileToOpen, path);
+        DocumentWindow *doc = m_browser->frame()->activeDocument();
+        QVERIFY(doc);
+        QCOMPARE(doc->filePath(), path);
+        QCOMPARE(doc->FILE_TYPE(), kind);
     }
     QCOMPARE(m_state->currentFile, path);
+}
+
+void TestTarnby1::openCommandsGoThroughTheBrowser_data()
+{
+    QTest::addColumn<bool>("documentOpen");
+    QTest::newRow("the document window's open dialog") << true;
+    QTest::newRow("the frame's own open dialog") << false;
+}
+
+void TestTarnby1::openCommandsGoThroughTheBrowser()
+{
+    QFETCH(bool, documentOpen);
+    start();
+    m_browser->DisplayImage(m_dir->createFile(QStringLiteral("notes.txt")));
+    MDIForm1 *frame = m_browser->frame();
+    QCOMPARE(frame->documentCount(), 1);
+    if (!documentOpen) {
+        frame->mdiArea()->closeAllSubWindows();
+        QCOMPARE(frame->documentCount(), 0);
+    }
+
+    const QString chosen = m_dir->createFile(QStringLiteral("tables/sales.dbf"));
+    m_responder->acceptFile(chosen);
+    frame->toolClick(QStringLiteral("ID_OpenBtn"));
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    QCOMPARE(frame->documentCount(), documentOpen ? 2 : 1);
+    DocumentWindow *doc = frame->activeDocument();
+    QVERIFY(doc);
+    QCOMPARE(doc->filePath(), chosen);
+    QCOMPARE(doc->FILE_TYPE(), QStringLiteral("D"));
+    // The browser looked the chosen file up for the other windows.
+    QCOMPARE(m_state->currentFile, chosen);
+    QVERIFY(m_state->databaseFileFlag);
+    QVERIFY(!m_state->textFileFlag);
 }
 
 void TestTarnby1::selectionCommandsAndTheW4Rule_data()

@@ -1,6 +1,6 @@
-#include "core/app/AppState.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/catalogue/OpenRouting.h"
+#include "core/viewer/DocumentRules.h"
 
 #include <QTest>
 
@@ -23,7 +23,8 @@ private slots:
     void filterPatternOddities();
     void dialogFilters();
     void dialogFilterToQtPairs();
-    void appStateEffects();
+    void documentKind_data();
+    void documentKind();
     void routing_data();
     void routing();
     void hostileNames_data();
@@ -241,26 +242,28 @@ void TestFileCatalogue::dialogFilterToQtPairs()
     QCOMPARE(dialogFilterToQt(QString()), QString());
 }
 
-void TestFileCatalogue::appStateEffects()
+void TestFileCatalogue::documentKind_data()
 {
-    AppState state;
-    state.fileToOpen = QStringLiteral("/old/file.jpg");
-    state.classify(QStringLiteral("a.txt"));
-    QVERIFY(state.textFileFlag);
-    QCOMPARE(state.currentExtension, QStringLiteral("TXT"));
-    QCOMPARE(state.fileToOpen, QStringLiteral("/old/file.jpg"));
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("letter");
+    QTest::newRow("last picture index") << "a.sgi" << "I";
+    QTest::newRow("one-bit picture in the multimedia band") << "paint.msp" << "I";
+    QTest::newRow("first text index") << "a.txt" << "T";
+    QTest::newRow("last text index") << "track01.cda" << "T";
+    QTest::newRow("first database index") << "a.dbf" << "D";
+    QTest::newRow("spreadsheet in the database band") << "sheet.wk4" << "D";
+    QTest::newRow("last database index") << "archive.zip" << "D";
+    QTest::newRow("unknown extension") << "x.exe" << "I";
+    QTest::newRow("no extension") << "readme" << "I";
+}
 
-    // Both flags are reset on every lookup.
-    state.classify(QStringLiteral("b.mdb"));
-    QVERIFY(!state.textFileFlag);
-    QVERIFY(state.databaseFileFlag);
-    state.classify(QStringLiteral("c.jpg"));
-    QVERIFY(!state.databaseFileFlag);
-
-    // A name without extension clears the file to open.
-    state.classify(QStringLiteral("readme"));
-    QVERIFY(state.fileToOpen.isEmpty());
-    QCOMPARE(state.currentExtension, QString());
+void TestFileCatalogue::documentKind()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, letter);
+    const viewer::DocumentKind kind = viewer::kindOf(GetFileTypeFlag(name));
+    QCOMPARE(viewer::kindLetter(kind), letter);
+    QCOMPARE(viewer::kindFromLetter(letter), kind);
 }
 
 void TestFileCatalogue::routing_data()

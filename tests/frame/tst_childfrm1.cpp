@@ -2,6 +2,7 @@
 #include "TestDir.h"
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
+#include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
@@ -157,9 +158,9 @@ void TestChildFrm1::cleanup()
 
 ChildFrm1 *TestChildFrm1::open(const QString &path, bool wait)
 {
-    m_state->fileToOpen = path;
-    m_state->classify(path);
-    auto *w = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile());
+    // The kind that the browser's lookup gives.
+    const viewer::DocumentKind kind = viewer::kindOf(catalogue::GetFileTypeFlag(path));
+    auto *w = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(path, kind));
     if (w && wait) {
         QSignalSpy shown(w, &ChildFrm1::documentShown);
         if (!shown.wait(60000))
@@ -590,9 +591,7 @@ void TestChildFrm1::internetPictureWaitRule()
     LocalServer server({}, false);
     QVERIFY(server.isListening());
     qint64 now = 1'000'000;
-    m_state->fileToOpen = server.url("never.png");
-    m_state->classify(m_state->fileToOpen);
-    auto *w = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile());
+    ChildFrm1 *w = open(server.url("never.png"), false);
     QVERIFY(w);
     w->setInternetClock([&now] { return now; });
     QTRY_COMPARE(server.connections, 1);
@@ -623,9 +622,7 @@ void TestChildFrm1::internetPictureArrives()
     LocalServer server(pngBytes(QSize(64, 48), Qt::magenta));
     QVERIFY(server.isListening());
     qint64 now = 5000;
-    m_state->fileToOpen = server.url("pics/arrives.png");
-    m_state->classify(m_state->fileToOpen);
-    auto *w = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile());
+    ChildFrm1 *w = open(server.url("pics/arrives.png"), false);
     QVERIFY(w);
     w->setInternetClock([&now] { return now; });
     QSignalSpy shown(w, &ChildFrm1::documentShown);

@@ -3,12 +3,15 @@
 #include "core/app/AppState.h"
 #include "core/app/ProgramFolder.h"
 #include "core/catalogue/CommandTables.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/viewer/DocumentRules.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
 #include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QAction>
+#include <QFileInfo>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -42,8 +45,8 @@ private slots:
     void databaseWithoutIndex();
     void closingLastWindowEmptiesTheFrame();
     void windowListMarksTheActiveWindow();
-    void newWindowFileTakesKindFromFlags_data();
-    void newWindowFileTakesKindFromFlags();
+    void newWindowFileMakesTheKindItIsGiven_data();
+    void newWindowFileMakesTheKindItIsGiven();
     void arrangeWindows_data();
     void arrangeWindows();
 
@@ -143,7 +146,7 @@ void TestMDIForm1::unknownAndDeadKeysDoNothing()
 
 void TestMDIForm1::openWithoutDocumentShowsOwnDialog()
 {
-    m_state->currentExtension = QStringLiteral("JPG");
+    m_state->currentFile = QStringLiteral("/tmp/pics/cat.jpg");
     m_responder->acceptFile(QStringLiteral("/tmp/notes.txt"), 2);
     QSignalSpy opened(m_frame, &MDIForm1::openFileRequested);
     m_frame->toolClick(QStringLiteral("ID_OpenBtn"));
@@ -151,11 +154,12 @@ void TestMDIForm1::openWithoutDocumentShowsOwnDialog()
     const DialogRequest &request = m_responder->dialogs().first();
     QCOMPARE(request.title, QStringLiteral("Select File to Open"));
     QCOMPARE(request.filter, catalogue::openDialogFilter());
+    // It suggests files of the current file's type, in its folder.
     QCOMPARE(request.fileName, QStringLiteral("*.JPG"));
+    QCOMPARE(request.defaultSuffix, QStringLiteral("JPG"));
+    QCOMPARE(request.directory, QStringLiteral("/tmp/pics"));
     QCOMPARE(opened.count(), 1);
     QCOMPARE(opened.first().first().toString(), QStringLiteral("/tmp/notes.txt"));
-    QCOMPARE(m_state->fileToOpen, QStringLiteral("/tmp/notes.txt"));
-    QVERIFY(m_state->textFileFlag);
 
     // The chosen filter is kept for the next time.
     m_responder->cancelDialog();
@@ -291,31 +295,41 @@ void TestMDIForm1::windowListMarksTheActiveWindow()
     QVERIFY(!after.at(1)->isChecked());
 }
 
-void TestMDIForm1::newWindowFileTakesKindFromFlags_data()
+void TestMDIForm1::newWindowFileMakesTheKindItIsGiven_data()
 {
     QTest::addColumn<QString>("file");
     QTest::addColumn<QString>("kind");
     QTest::newRow("picture") << "/tmp/a.png" << "I";
-    QTest::newRow("text band") << "/tmp/a.rtf" << "T";
-    QTest::newRow("database band") << "/tmp/a.wk4" << "D";
-    QTest::newRow("one-bit picture in the multimedia band") << "/tmp/a.msp" << "I";
+    QTest::newRow("text") << "/tmp/notes.rtf" << "T";
+    QTest::newRow("database") << "/tmp/sheet.wk4" << "D";
+    QTest::newRow("no path opens nothing") << "" << "I";
 }
 
-void TestMDIForm1::newWindowFileTakesKindFromFlags()
+void TestMDIForm1::newWindowFileMakesTheKindItIsGiven()
 {
     QFETCH(QString, file);
     QFETCH(QString, kind);
-    QString madeKind;
-    m_frame->setDocumentFactory([&madeKind](const QString &path, const QString &k) -> QWidget * {
-        madeKind = k;
-        return new DocumentDouble(k, 0, path);
+    // Flags left by some other lookup: the frame goes by what it is handed.
+    m_state->textFileFlag = true;
+    m_state->databaseFileFlag = true;
+    QStringList made;
+    m_frame->setDocumentFactory([&made](const QString &path, viewer::DocumentKind k) -> QWidget * {
+        made << path + QLatin1Char(':') + viewer::kindLetter(k);
+        return new DocumentDouble(viewer::kindLetter(k), 0, path);
     });
-    m_state->fileToOpen = file;
-    m_state->classify(file);
-    QVERIFY(m_frame->NewWindowFile());
-    QCOMPARE(madeKind, kind);
+    QWidget *window = m_frame->NewWindowFile(file, viewer::kindFromLetter(kind));
+    if (file.isEmpty()) {
+        QVERIFY(!window);
+        QVERIFY(made.isEmpty());
+        QCOMPARE(m_frame->documentCount(), 0);
+        return;
+    }
+    QVERIFY(window);
+    QCOMPARE(made, QStringList{file + QLatin1Char(':') + kind});
     QCOMPARE(m_frame->documentCount(), 1);
+    QCOMPARE(m_frame->activeDocumentWidget(), window);
     QCOMPARE(m_frame->activeDocument()->FILE_TYPE(), kind);
+    QCOMPARE(m_frame->mdiArea()->activeSubWindow()->windowTitle(), QFileInfo(file).fileName());
 }
 
 void TestMDIForm1::arrangeWindows_data()

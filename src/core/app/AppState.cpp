@@ -11,17 +11,6 @@ QString AppState::programFile(const QString &fileName) const
     return programFolder + QLatin1Char('/') + fileName;
 }
 
-catalogue::FileType AppState::classify(const QString &name)
-{
-    const catalogue::FileType type = catalogue::GetFileTypeFlag(name);
-    currentExtension = type.extension;
-    textFileFlag = type.textFile;
-    databaseFileFlag = type.databaseFile;
-    if (type.extension.isEmpty())
-        fileToOpen.clear();
-    return type;
-}
-
 QString AppState::helpFolder() const
 {
     return programFile(QStringLiteral("Help"));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "core/catalogue/FileCatalogue.h"
 #include "core/settings/ProgramOptions.h"
 #include "core/settings/WindowColors.h"
 
@@ -21,20 +20,15 @@ public:
 
     // The file the browser last selected (a path or an Internet address).
     QString currentFile;
-    // The file the next document window opens; cleared when a name has no extension.
-    QString fileToOpen;
-    // The target chosen in the move dialog.
-    QString moveTarget;
     // The computer chosen on the network, and whether the user said no network.
     QString networkComputer;
     bool noNetwork = false;
 
-    // Set by classify() for the last name looked up.
-    QString currentExtension;
+    // The catalogue flags of the file the browser last looked up
+    // (catalogue::FileType::textFile and databaseFile). Only the browser sets
+    // them, at every lookup; other windows read them.
     bool textFileFlag = false;
     bool databaseFileFlag = false;
-    // Set when the browser hands a file to the viewing frame.
-    bool fileHandedOver = false;
 
     // The category letter of the browser's last category button.
     QString categoryLetter = QStringLiteral("A");
@@ -51,11 +45,6 @@ public:
 
     // The arguments from the command line, split and unquoted.
     QStringList commandLineArguments;
-
-    // GetFileTypeFlag with its program-wide effects: resets and sets the two
-    // flags and the current extension, and clears fileToOpen for a name with
-    // no extension. Returns what it learnt.
-    catalogue::FileType classify(const QString &name);
 
     QString helpFolder() const;    // programFolder + "/Help"
     QString reportFile() const;    // programFolder + "/F@Prnt.INI"

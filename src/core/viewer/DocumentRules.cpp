@@ -1,5 +1,7 @@
 #include "core/viewer/DocumentRules.h"
 
+#include "core/catalogue/FileCatalogue.h"
+
 #include <QDateTime>
 #include <QLocale>
 
@@ -26,6 +28,16 @@ DocumentKind kindFromLetter(const QString &letter)
         return DocumentKind::Text;
     if (letter == QLatin1String("D"))
         return DocumentKind::Database;
+    return DocumentKind::Picture;
+}
+
+DocumentKind kindOf(const catalogue::FileType &type)
+{
+    // The catalogue's bands do not overlap, so at most one flag is set.
+    if (type.databaseFile)
+        return DocumentKind::Database;
+    if (type.textFile)
+        return DocumentKind::Text;
     return DocumentKind::Picture;
 }
 

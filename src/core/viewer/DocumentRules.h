@@ -6,6 +6,10 @@
 
 #include <functional>
 
+namespace tarnby::catalogue {
+struct FileType;
+}
+
 // The small rules of a document window that need no widget: how it sizes
 // itself, what its status panels read, which view a document goes to and how
 // long an Internet picture may take. Pure functions, safe on any thread.
@@ -16,6 +20,10 @@ enum class DocumentKind { Picture, Text, Database };
 
 QString kindLetter(DocumentKind kind);      // "I", "T", "D"
 DocumentKind kindFromLetter(const QString &letter); // anything but "T" and "D" is a picture
+// The kind of window that opens a file of this catalogue lookup: the database
+// band makes a table window, the text band a text window, and everything else
+// (an unknown or empty extension included) a picture window.
+DocumentKind kindOf(const catalogue::FileType &type);
 
 // ANI and FLC pictures are animations: every page of the file is loaded.
 bool loadsAllPages(const QString &extension);

@@ -8,9 +8,11 @@
 #include "core/browser/MountTable.h"
 #include "core/browser/ThumbnailModel.h"
 #include "core/catalogue/CommandLine.h"
+#include "core/catalogue/FileCatalogue.h"
 #include "core/catalogue/OpenRouting.h"
 #include "core/settings/SettingsFiles.h"
 #include "core/settings/WorkingFolders.h"
+#include "core/viewer/DocumentRules.h"
 #include "ui/browser/FileListView.h"
 #include "ui/browser/QuikPict1.h"
 #include "ui/browser/SetComputer1.h"
@@ -54,6 +56,21 @@
 namespace tarnby::ui {
 
 using commands::BrowserAction;
+
+namespace {
+
+// The browser's catalogue lookup: path becomes the current file, and the
+// program-wide text and database flags describe it for the other windows.
+catalogue::FileType lookUpCurrentFile(AppState &state, const QString &path)
+{
+    const catalogue::FileType type = catalogue::GetFileTypeFlag(path);
+    state.currentFile = path;
+    state.textFileFlag = type.textFile;
+    state.databaseFileFlag = type.databaseFile;
+    return type;
+}
+
+} // namespace
 
 Tarnby1::Tarnby1(AppState &state, UiServices &services, SettingsStore &store, QWidget *parent)
     : QMainWindow(parent)
@@ -437,10 +454,9 @@ void Tarnby1::listCurrentChanged(int row)
         setSelectionCommands(false);
         return;
     }
-    // The selected file becomes the current file, classified as it would be
+    // The selected file becomes the current file, looked up as it would be
     // when opened, so that the database entries follow its extension.
-    m_state.currentFile = m_listModel->filePath(row);
-    m_state.classify(m_state.currentFile);
+    lookUpCurrentFile(m_state, m_listModel->filePath(row));
     setSelectionCommands(true);
     if (m_quick && m_quick->isVisible() && !picturesAmong({m_state.currentFile}).isEmpty())
         m_quick->showPicture(m_state.currentFile);
@@ -768,7 +784,7 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::FindFiles: notYetAvailable(QStringLiteral("Find Files")); return;
     case BrowserAction::FindNext: notYetAvailable(QStringLiteral("Find Next File of Same Type")); return;
     case BrowserAction::SaveFileAs: m_files->SaveFileAs(); return;
-    case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, m_state.currentExtension); return;
+    case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, catalogue::GetFileExt(m_state.currentFile)); return;
     case BrowserAction::RenameFile: m_files->RenameFile(m_state.currentFile); return;
     case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
     case BrowserAction::PrintFile: notYetAvailable(QStringLiteral("Print File")); return;
@@ -883,7 +899,7 @@ void Tarnby1::setSelectionCommands(bool fileSelected)
 {
     for (const QString &key : commands::selectionCommandKeys())
         m_bar->setEnabled(key, fileSelected);
-    const bool database = fileSelected && commands::enablesDatabaseEntries(m_state.currentExtension);
+    const bool database = fileSelected && commands::enablesDatabaseEntries(catalogue::GetFileExt(m_state.currentFile));
     for (const QString &key : commands::databaseSelectionKeys())
         m_bar->setEnabled(key, database);
 }
@@ -891,8 +907,7 @@ void Tarnby1::setSelectionCommands(bool fileSelected)
 void Tarnby1::DisplayImage(const QString &path)
 {
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    m_state.currentFile = path;
-    const catalogue::FileType type = m_state.classify(path);
+    const catalogue::FileType type = lookUpCurrentFile(m_state, path);
     QApplication::restoreOverrideCursor();
 
     switch (routeForOpen(type)) {
@@ -908,13 +923,11 @@ void Tarnby1::DisplayImage(const QString &path)
         m_files->offerUnzip(path);
         return;
     case OpenRoute::Viewer: {
-        m_state.fileToOpen = path;
-        m_state.fileHandedOver = true;
         setSelectionCommands(true);
         MDIForm1 *f = frame();
         f->show();
         f->raise();
-        if (QWidget *w = f->NewWindowFile()) {
+        if (QWidget *w = f->NewWindowFile(path, viewer::kindOf(type))) {
             if (auto *child = qobject_cast<ChildFrm1 *>(w))
                 connect(child, &ChildFrm1::openFileRequested, this, &Tarnby1::DisplayImage);
         }

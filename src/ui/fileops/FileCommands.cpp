@@ -135,9 +135,8 @@ void FileCommands::MoveFile(const QString &path, const QString &extension)
     if (!answer.accepted || answer.path.isEmpty())
         return;
 
-    m_state.moveTarget = answer.path;
     m_state.currentFile = path;
-    MoveFile1 dialog(m_state, m_services, m_window);
+    MoveFile1 dialog(path, answer.path, m_state, m_services, m_window);
     if (dialog.exec() == QDialog::Accepted) {
         m_state.currentFile = dialog.movedPath();
         emit filesChanged();

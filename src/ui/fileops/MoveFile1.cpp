@@ -17,24 +17,27 @@
 
 namespace tarnby::ui {
 
-MoveFile1::MoveFile1(AppState &state, UiServices &services, QWidget *parent)
+MoveFile1::MoveFile1(const QString &source, const QString &target, AppState &state, UiServices &services,
+                     QWidget *parent)
     : QDialog(parent)
     , m_state(state)
     , m_services(services)
+    , m_source(source)
+    , m_target(target)
 {
     setObjectName(QStringLiteral("MoveFile1"));
     installWindowColors(this, m_state);
     setWindowTitle(QStringLiteral("Move File"));
     setModal(true);
 
-    m_label = new QLabel(QStringLiteral("Move to - ") + m_state.moveTarget, this);
+    m_label = new QLabel(QStringLiteral("Move to - ") + m_target, this);
     m_label->setObjectName(QStringLiteral("Label1"));
     m_label->setWordWrap(true);
     m_files = new QListWidget(this);
     m_files->setObjectName(QStringLiteral("File1"));
     m_files->setSelectionMode(QAbstractItemView::NoSelection);
     // The list shows what OK will move, companions included.
-    const fileops::Plan plan = fileops::planMove(m_state.currentFile, m_state.moveTarget);
+    const fileops::Plan plan = fileops::planMove(m_source, m_target);
     for (const fileops::Step &step : plan.steps)
         m_files->addItem(QFileInfo(step.from).fileName());
 
@@ -55,8 +58,8 @@ MoveFile1::MoveFile1(AppState &state, UiServices &services, QWidget *parent)
 
 void MoveFile1::okClicked()
 {
-    const QString source = QFileInfo(m_state.currentFile).absoluteFilePath();
-    const fileops::Plan plan = fileops::planMove(source, m_state.moveTarget);
+    const QString source = QFileInfo(m_source).absoluteFilePath();
+    const fileops::Plan plan = fileops::planMove(source, m_target);
     const fileops::Result result = fileops::execute(plan);
     switch (result.outcome) {
     case fileops::Outcome::Done:
@@ -66,7 +69,7 @@ void MoveFile1::okClicked()
         reject();
         return;
     case fileops::Outcome::SourceMissing:
-        m_services.messages.inform(QStringLiteral("File not Found - ") + m_state.currentFile, this);
+        m_services.messages.inform(QStringLiteral("File not Found - ") + m_source, this);
         reject();
         return;
     case fileops::Outcome::EmptyName:
@@ -82,7 +85,7 @@ void MoveFile1::okClicked()
         if (step.from == source)
             m_movedPath = step.to;
     }
-    m_services.messages.inform(QStringLiteral("File Moved to - ") + m_state.moveTarget, this);
+    m_services.messages.inform(QStringLiteral("File Moved to - ") + m_target, this);
     accept();
 }
 

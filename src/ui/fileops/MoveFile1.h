@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QString>
 
 class QLabel;
 class QListWidget;
@@ -13,8 +14,8 @@ namespace tarnby::ui {
 
 struct UiServices;
 
-// Confirms and carries out the move of the current file to the move target
-// (both taken from the program-wide state). Label1 names the target, File1
+// Confirms and carries out the move of source to target (the path chosen in
+// the move command's save dialog). Label1 names the target, File1
 // lists the files that will move (a database takes its companions along). OK
 // moves, reports "File Moved to - " and the target, and closes; a refused move
 // is reported and the dialog closes without changing anything. Run with exec().
@@ -22,7 +23,8 @@ class MoveFile1 : public QDialog
 {
     Q_OBJECT
 public:
-    MoveFile1(AppState &state, UiServices &services, QWidget *parent = nullptr);
+    MoveFile1(const QString &source, const QString &target, AppState &state, UiServices &services,
+              QWidget *parent = nullptr);
 
     // The new path of the file after a successful move.
     QString movedPath() const { return m_movedPath; }
@@ -32,6 +34,8 @@ private:
 
     AppState &m_state;
     UiServices &m_services;
+    QString m_source;
+    QString m_target;
     QString m_movedPath;
     QLabel *m_label = nullptr;
     QListWidget *m_files = nullptr;

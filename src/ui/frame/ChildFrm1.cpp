@@ -563,8 +563,6 @@ void ChildFrm1::mnuFileOpen_Click()
     request.directory = QFileInfo(m_path).absolutePath();
     const DialogAnswer answer = m_services.dialogs.run(request, this);
     if (answer.accepted && !answer.path.isEmpty()) {
-        m_state.fileToOpen = answer.path;
-        m_state.classify(answer.path);
         emit openFileRequested(answer.path);
     }
 }

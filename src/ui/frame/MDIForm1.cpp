@@ -2,6 +2,7 @@
 
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
+#include "core/catalogue/FileCatalogue.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
@@ -64,8 +65,8 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
         statusBar()->addWidget(m_panels[i], i == 2 ? 1 : 0);
     }
 
-    m_factory = [this](const QString &path, const QString &kind) -> QWidget * {
-        return new ChildFrm1(m_state, m_services, path, kind);
+    m_factory = [this](const QString &path, viewer::DocumentKind kind) -> QWidget * {
+        return new ChildFrm1(m_state, m_services, path, viewer::kindLetter(kind));
     };
 
     // The table entries start disabled; only a table window enables them.
@@ -204,26 +205,22 @@ void MDIForm1::openWithOwnDialog()
     request.title = QStringLiteral("Select File to Open");
     request.filter = catalogue::openDialogFilter();
     request.filterIndex = m_openFilterIndex;
-    request.defaultSuffix = m_state.currentExtension;
-    request.fileName = QStringLiteral("*.") + m_state.currentExtension;
+    // The dialog suggests files of the same type as the current one.
+    const QString extension = catalogue::GetFileExt(m_state.currentFile);
+    request.defaultSuffix = extension;
+    request.fileName = QStringLiteral("*.") + extension;
     request.directory = QFileInfo(m_state.currentFile).absolutePath();
     const DialogAnswer answer = m_services.dialogs.run(request, this);
     if (!answer.accepted || answer.path.isEmpty())
         return;
     m_openFilterIndex = answer.filterIndex;
-    m_state.fileToOpen = answer.path;
-    m_state.classify(answer.path);
     emit openFileRequested(answer.path);
 }
 
-QWidget *MDIForm1::NewWindowFile()
+QWidget *MDIForm1::NewWindowFile(const QString &path, viewer::DocumentKind kind)
 {
-    const QString path = m_state.fileToOpen;
     if (path.isEmpty())
         return nullptr;
-    const QString kind = m_state.databaseFileFlag ? QStringLiteral("D")
-                         : m_state.textFileFlag   ? QStringLiteral("T")
-                                                  : QStringLiteral("I");
     QWidget *window = m_factory(path, kind);
     if (!window)
         return nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/catalogue/CommandTables.h"
+#include "core/viewer/DocumentRules.h"
 
 #include <QMainWindow>
 
@@ -28,9 +29,9 @@ class MDIForm1 : public QMainWindow
 {
     Q_OBJECT
 public:
-    // Creates the document window for a path and kind letter. The default
-    // makes a ChildFrm1; tests install a double.
-    using DocumentFactory = std::function<QWidget *(const QString &path, const QString &kind)>;
+    // Creates the document window of a kind for a path. The default makes a
+    // ChildFrm1; tests install a double.
+    using DocumentFactory = std::function<QWidget *(const QString &path, viewer::DocumentKind kind)>;
 
     MDIForm1(AppState &state, UiServices &services, QWidget *parent = nullptr);
     ~MDIForm1() override;
@@ -39,9 +40,10 @@ public:
     // names the document window of a "WindowList" entry.
     void toolClick(const QString &key, const QString &caption = {});
 
-    // Opens state.fileToOpen in a new document window of the kind that the
-    // program-wide flags give ("D", "T", otherwise "I").
-    QWidget *NewWindowFile();
+    // Opens path in a new document window of the given kind, captioned with
+    // the file name. Returns the window, or null when path is empty or the
+    // factory made none.
+    QWidget *NewWindowFile(const QString &path, viewer::DocumentKind kind);
     // Adds a ready-made document window (a widget implementing DocumentWindow).
     QWidget *addDocumentWindow(QWidget *window, const QString &caption);
     void setDocumentFactory(DocumentFactory factory) { m_factory = std::move(factory); }
@@ -73,7 +75,8 @@ signals:
     // A command that the browser carries out (find, receive, settings
     // windows, help...), forwarded from the frame's own menus.
     void browserCommand(tarnby::commands::BrowserAction action);
-    // The frame's open dialog chose a file; the browser opens it.
+    // The frame's open dialog chose a file; the browser looks it up and opens
+    // it (through NewWindowFile when it is a document).
     void openFileRequested(const QString &path);
     void returnToBrowserRequested();
 
