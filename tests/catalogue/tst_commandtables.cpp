@@ -186,8 +186,7 @@ void TestCommandTables::frameDispatchTargets()
 void TestCommandTables::unknownKeysDoNothing_data()
 {
     QTest::addColumn<QString>("key");
-    // The two frame menu entries are spelt out here so that a key "corrected"
-    // into one that dispatches shows up.
+    // The frame's two menu entries that match no handler on purpose.
     QTest::newRow("Receive Fi1es with a digit one") << "ID_mnuReceiveFi1es";
     QTest::newRow("Stretch Color Intensity menu key") << "ID_mnuStretchColorIntensity";
     QTest::newRow("wrong case") << "id_openbtn";
