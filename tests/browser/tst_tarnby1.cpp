@@ -138,7 +138,7 @@ void TestTarnby1::menusAndToolbars()
     // Every tool of the tables is an action named by its key, with caption and tooltip.
     for (const commands::Tool &tool : commands::browserCategoryToolbar()) {
         auto *a = m_browser->findChild<QAction *>(QLatin1String(tool.key));
-        QVERIFY2(a, tool.key);
+        QVERIFY2(a, tool.key.data());
         QCOMPARE(a->text(), QLatin1String(tool.caption));
         if (*tool.tooltip)
             QCOMPARE(a->toolTip(), QLatin1String(tool.tooltip));

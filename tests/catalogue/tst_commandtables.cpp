@@ -7,25 +7,6 @@ using namespace tarnby::commands;
 
 namespace {
 
-// The frame's keys as the command table lists them, written out here once more
-// so that a key dropped or misspelt in the table shows up.
-const QStringList frameKeys = {
-    "ID_ReturnBtn", "ID_OpenBtn", "ID_mnuOpenFile", "ID_CloseBtn", "ID_mnuCloseFile", "ID_SaveBtn",
-    "ID_mnuSaveFileAs", "ID_RenameBtn", "ID_mnuRenameFile", "ID_MoveBtn", "ID_mnuMoveFile", "ID_DeleteBtn",
-    "ID_mnuDeleteFile", "ID_PrintBtn", "ID_mnuPrintFile", "ID_SendBtn", "ID_mnuSendFiles", "ID_ReceiveBtn",
-    "ID_mnuReceiveFile", "ID_CopyBtn", "ID_mnuCopy", "ID_TableBtn", "ID_IndexBtn", "ID_NormalBtn",
-    "ID_StretchBtn", "ID_ResizeBtn", "ID_mnuResize", "ID_BrightnessBtn", "ID_mnuBrightness", "ID_FontBtn",
-    "ID_mnuAddTexttoPictures", "ID_ShapesBtn", "ID_mnuAddShapestoPictures", "ID_HelpBtn",
-    "ID_mnuHelpContents", "ID_mnuOpenFileApplication", "ID_mnuOpenFileInternet", "ID_mnuFindFiles",
-    "ID_mnuFindNext", "ID_mnuPrinterSetup", "ID_mnuFileProperties", "ID_mnuExit", "ID_mnuPaste",
-    "ID_mnuSetDatabaseTable", "ID_mnuSetDatabaseTableIndex", "ID_mnuSetTableComments",
-    "ID_mnuNormalImageView", "ID_mnuStretchImageView", "ID_mnuPanImage", "ID_mnuMagnifyingGlass",
-    "ID_mnuFlip", "ID_mnuRotate", "ID_mnuReverse", "ID_mnuContrast", "ID_mnuStretchIntensity",
-    "ID_mnuColorInvert", "ID_mnuSetWorkingFolders", "ID_mnuSetApplicationColors",
-    "ID_mnuSetApplicationOptions", "ID_mnuCascade", "ID_mnuTileHorizontally", "ID_mnuTileVertically",
-    "ID_mnuSearchHelpTopic", "ID_mnuQuickTips", "ID_mnuAbouttheTarnby", "WindowList",
-};
-
 QStringList toolKeys(const std::vector<Tool> &tools)
 {
     QStringList keys;
@@ -40,6 +21,54 @@ QStringList menuEntryKeys(const std::vector<Menu> &menus)
     for (const Menu &m : menus)
         keys << toolKeys(m.entries);
     return keys;
+}
+
+QStringList menuKeys(const std::vector<Menu> &menus)
+{
+    QStringList out;
+    for (const Menu &m : menus)
+        out << m.key;
+    return out;
+}
+
+// The keys all five enabling routines set, with and without table indexes.
+QStringList enablingKeys()
+{
+    QStringList out;
+    for (const EnablingRoutine routine : {EnablingRoutine::DisableButtons, EnablingRoutine::EnableButtons,
+                                          EnablingRoutine::EnableMDIButtons, EnablingRoutine::EnableTextButtons,
+                                          EnablingRoutine::EnableDataButtons}) {
+        for (const int indexCount : {0, 1}) {
+            for (const EnableChange &c : enablingChanges(routine, indexCount))
+                out << c.key;
+        }
+    }
+    return out;
+}
+
+// Every key each command table uses, by table.
+QList<std::pair<const char *, QStringList>> tableKeys()
+{
+    return {
+        {"frame menus", menuKeys(frameMenus()) + menuEntryKeys(frameMenus())},
+        {"frame toolbar", toolKeys(frameToolbar())},
+        {"frame dispatch", frameDispatchKeys()},
+        {"browser menus", menuKeys(browserMenus()) + menuEntryKeys(browserMenus())},
+        {"browser toolbar", toolKeys(browserToolbar())},
+        {"browser category toolbar", toolKeys(browserCategoryToolbar())},
+        {"browser dispatch", browserDispatchKeys()},
+        {"browser selection commands", selectionCommandKeys()},
+        {"browser database entries", databaseSelectionKeys()},
+        {"frame enabling routines", enablingKeys()},
+    };
+}
+
+QStringList declaredKeys()
+{
+    QStringList declared;
+    for (QLatin1String key : keys::all)
+        declared << key;
+    return declared;
 }
 
 // Applies routines to a state where every key starts enabled.
@@ -57,11 +86,12 @@ class TestCommandTables : public QObject
 {
     Q_OBJECT
 private slots:
-    void frameDispatchHoldsEveryKey();
+    void tablesUseExactlyTheDeclaredKeys();
+    void frameDispatchNamesEachKeyOnce();
     void frameDispatchTargets_data();
     void frameDispatchTargets();
-    void deadKeysDoNothing_data();
-    void deadKeysDoNothing();
+    void unknownKeysDoNothing_data();
+    void unknownKeysDoNothing();
     void frameToolsAreDispatchedOrDead();
     void frameMenuAndToolbarOrder();
     void operationNames();
@@ -75,12 +105,45 @@ private slots:
     void databaseEntriesW4Rule();
 };
 
-void TestCommandTables::frameDispatchHoldsEveryKey()
+void TestCommandTables::tablesUseExactlyTheDeclaredKeys()
 {
-    QCOMPARE(frameDispatchKeys(), frameKeys);
-    for (const QString &key : frameKeys)
-        QVERIFY2(frameDispatch(key).has_value(), qPrintable(key));
-    QCOMPARE(QSet<QString>(frameKeys.begin(), frameKeys.end()).size(), frameKeys.size());
+    const QStringList declared = declaredKeys();
+    const QSet<QString> declaredSet(declared.begin(), declared.end());
+    QCOMPARE(declaredSet.size(), declared.size()); // no text declared twice
+
+    // A key a table spells out itself, instead of naming its constant, is
+    // not among the declared ones.
+    QSet<QString> used;
+    for (const auto &[table, tableUses] : tableKeys()) {
+        for (const QString &key : tableUses) {
+            QVERIFY2(declaredSet.contains(key), qPrintable(QStringLiteral("%1: %2").arg(QLatin1String(table), key)));
+            used.insert(key);
+        }
+    }
+    // A declared key that no table uses any more is left over.
+    for (const QString &key : declared)
+        QVERIFY2(used.contains(key), qPrintable(key));
+
+    // The clock panes are named like tools but are none.
+    for (const QString &pane : {QString(keys::Date), QString(keys::Time)}) {
+        QVERIFY2(!used.contains(pane), qPrintable(pane));
+        QVERIFY2(!declaredSet.contains(pane), qPrintable(pane));
+    }
+}
+
+void TestCommandTables::frameDispatchNamesEachKeyOnce()
+{
+    // The dispatch compares in table order, so a key named by two rows would
+    // never reach the second one.
+    const QStringList dispatched = frameDispatchKeys();
+    QCOMPARE(QSet<QString>(dispatched.begin(), dispatched.end()).size(), dispatched.size());
+
+    // Every row is reachable: its key is a tool of the frame, or one of the
+    // keys the frame dispatches without any tool carrying them.
+    const QStringList tools = menuEntryKeys(frameMenus()) + toolKeys(frameToolbar());
+    const QStringList handlerOnly = {keys::mnuReceiveFile, keys::mnuStretchIntensity, keys::WindowList};
+    for (const QString &key : dispatched)
+        QVERIFY2(tools.contains(key) != handlerOnly.contains(key), qPrintable(key));
 }
 
 void TestCommandTables::frameDispatchTargets_data()
@@ -88,20 +151,20 @@ void TestCommandTables::frameDispatchTargets_data()
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("operation"); // empty: a frame action
     QTest::addColumn<int>("action");
-    QTest::newRow("Close button") << "ID_CloseBtn" << "mnuFileClose_Click" << -1;
-    QTest::newRow("Save menu") << "ID_mnuSaveFileAs" << "mnuFileSaveAs_Click" << -1;
-    QTest::newRow("Font button adds text") << "ID_FontBtn" << "mnuImageText_Click" << -1;
-    QTest::newRow("stretch intensity handler key") << "ID_mnuStretchIntensity" << "mnuImageColorInt_Click" << -1;
-    QTest::newRow("comments") << "ID_mnuSetTableComments" << "mnuViewComments_Click" << -1;
-    QTest::newRow("properties") << "ID_mnuFileProperties" << "mnuFileProptee_Click" << -1;
-    QTest::newRow("magnifier") << "ID_mnuMagnifyingGlass" << "MagnifyingGlass" << -1;
-    QTest::newRow("open goes through the frame") << "ID_OpenBtn" << "" << int(FrameAction::OpenFile);
-    QTest::newRow("receive button") << "ID_ReceiveBtn" << "" << int(FrameAction::ReceiveFiles);
-    QTest::newRow("paste does nothing") << "ID_mnuPaste" << "" << int(FrameAction::NoAction);
-    QTest::newRow("set table does nothing") << "ID_mnuSetDatabaseTable" << "" << int(FrameAction::NoAction);
-    QTest::newRow("normal view presses the button") << "ID_mnuNormalImageView" << "" << int(FrameAction::PressNormalButton);
-    QTest::newRow("window list") << "WindowList" << "" << int(FrameAction::ActivateListedWindow);
-    QTest::newRow("exit closes the frame") << "ID_mnuExit" << "" << int(FrameAction::CloseFrame);
+    QTest::newRow("stretch intensity handler key")
+        << QString(keys::mnuStretchIntensity) << "mnuImageColorInt_Click" << -1;
+    QTest::newRow("receive handler key")
+        << QString(keys::mnuReceiveFile) << "" << int(FrameAction::ReceiveFiles);
+    QTest::newRow("receive button") << QString(keys::ReceiveBtn) << "" << int(FrameAction::ReceiveFiles);
+    QTest::newRow("open goes through the frame") << QString(keys::OpenBtn) << "" << int(FrameAction::OpenFile);
+    QTest::newRow("paste does nothing") << QString(keys::mnuPaste) << "" << int(FrameAction::NoAction);
+    QTest::newRow("set table does nothing")
+        << QString(keys::mnuSetDatabaseTable) << "" << int(FrameAction::NoAction);
+    QTest::newRow("normal view presses the button")
+        << QString(keys::mnuNormalImageView) << "" << int(FrameAction::PressNormalButton);
+    QTest::newRow("window list") << QString(keys::WindowList) << "" << int(FrameAction::ActivateListedWindow);
+    QTest::newRow("exit closes the frame, not the program")
+        << QString(keys::mnuExit) << "" << int(FrameAction::CloseFrame);
 }
 
 void TestCommandTables::frameDispatchTargets()
@@ -120,26 +183,30 @@ void TestCommandTables::frameDispatchTargets()
     }
 }
 
-void TestCommandTables::deadKeysDoNothing_data()
+void TestCommandTables::unknownKeysDoNothing_data()
 {
     QTest::addColumn<QString>("key");
+    // The frame's two menu entries that match no handler on purpose.
     QTest::newRow("Receive Fi1es with a digit one") << "ID_mnuReceiveFi1es";
     QTest::newRow("Stretch Color Intensity menu key") << "ID_mnuStretchColorIntensity";
     QTest::newRow("wrong case") << "id_openbtn";
     QTest::newRow("trailing blank") << "ID_OpenBtn ";
     QTest::newRow("empty") << "";
     QTest::newRow("unknown") << "ID_NoSuchTool";
+    QTest::newRow("date pane") << QString(keys::Date);
+    QTest::newRow("time pane") << QString(keys::Time);
 }
 
-void TestCommandTables::deadKeysDoNothing()
+void TestCommandTables::unknownKeysDoNothing()
 {
     QFETCH(QString, key);
     QVERIFY(!frameDispatch(key).has_value());
+    QVERIFY(!browserDispatch(key).has_value());
 }
 
 void TestCommandTables::frameToolsAreDispatchedOrDead()
 {
-    const QStringList dead = {"ID_mnuReceiveFi1es", "ID_mnuStretchColorIntensity"};
+    const QStringList dead = {keys::mnuReceiveFi1es, keys::mnuStretchColorIntensity};
     QStringList all = menuEntryKeys(frameMenus()) + toolKeys(frameToolbar());
     for (const QString &key : all) {
         if (dead.contains(key))
@@ -197,32 +264,32 @@ void TestCommandTables::enabling_data()
     const int D = int(EnablingRoutine::DisableButtons), P = int(EnablingRoutine::EnableButtons),
               M = int(EnablingRoutine::EnableMDIButtons), T = int(EnablingRoutine::EnableTextButtons),
               B = int(EnablingRoutine::EnableDataButtons);
-    QTest::newRow("disable keeps Open button") << D << 0 << "ID_OpenBtn" << -1;
-    QTest::newRow("disable greys the Open menu entry") << D << 0 << "ID_mnuOpenFile" << 0;
-    QTest::newRow("disable keeps Help") << D << 0 << "ID_HelpBtn" << -1;
-    QTest::newRow("disable greys Receive") << D << 0 << "ID_ReceiveBtn" << 0;
-    QTest::newRow("disable leaves Set Database Table") << D << 0 << "ID_mnuSetDatabaseTable" << -1;
-    QTest::newRow("picture enables Image menu") << P << 0 << "ID_mnuImage" << 1;
-    QTest::newRow("picture enables Pan Image") << P << 0 << "ID_mnuPanImage" << 1;
-    QTest::newRow("picture greys table comments") << P << 0 << "ID_mnuSetTableComments" << 0;
-    QTest::newRow("empty frame enables Open") << M << 0 << "ID_mnuOpenFile" << 1;
-    QTest::newRow("empty frame leaves Close") << M << 0 << "ID_CloseBtn" << -1;
-    QTest::newRow("text enables Copy") << T << 0 << "ID_CopyBtn" << 1;
-    QTest::newRow("text enables Receive") << T << 0 << "ID_ReceiveBtn" << 1;
-    QTest::newRow("text greys Stretch") << T << 0 << "ID_StretchBtn" << 0;
-    QTest::newRow("text greys Table") << T << 0 << "ID_TableBtn" << 0;
-    QTest::newRow("text greys the View menu") << T << 0 << "ID_mnuView" << 0;
-    QTest::newRow("text leaves the Edit menu") << T << 0 << "ID_mnuEdit" << -1;
-    QTest::newRow("text leaves the Open menu entry") << T << 0 << "ID_mnuOpenFile" << -1;
-    QTest::newRow("table greys Copy") << B << 2 << "ID_CopyBtn" << 0;
-    QTest::newRow("table leaves the Table button") << B << 2 << "ID_TableBtn" << -1;
-    QTest::newRow("table with indexes enables Index") << B << 2 << "ID_IndexBtn" << 1;
-    QTest::newRow("table without index leaves Index") << B << 0 << "ID_IndexBtn" << -1;
-    QTest::newRow("table without index leaves its menu entry") << B << 0 << "ID_mnuSetDatabaseTableIndex" << -1;
-    QTest::newRow("table with index enables its menu entry") << B << 1 << "ID_mnuSetDatabaseTableIndex" << 1;
-    QTest::newRow("table enables comments") << B << 0 << "ID_mnuSetTableComments" << 1;
-    QTest::newRow("table greys the Image menu") << B << 0 << "ID_mnuImage" << 0;
-    QTest::newRow("table enables the View menu") << B << 0 << "ID_mnuView" << 1;
+    QTest::newRow("disable keeps Open button") << D << 0 << QString(keys::OpenBtn) << -1;
+    QTest::newRow("disable greys the Open menu entry") << D << 0 << QString(keys::mnuOpenFile) << 0;
+    QTest::newRow("disable keeps Help") << D << 0 << QString(keys::HelpBtn) << -1;
+    QTest::newRow("disable greys Receive") << D << 0 << QString(keys::ReceiveBtn) << 0;
+    QTest::newRow("disable leaves Set Database Table") << D << 0 << QString(keys::mnuSetDatabaseTable) << -1;
+    QTest::newRow("picture enables Image menu") << P << 0 << QString(keys::mnuImage) << 1;
+    QTest::newRow("picture enables Pan Image") << P << 0 << QString(keys::mnuPanImage) << 1;
+    QTest::newRow("picture greys table comments") << P << 0 << QString(keys::mnuSetTableComments) << 0;
+    QTest::newRow("empty frame enables Open") << M << 0 << QString(keys::mnuOpenFile) << 1;
+    QTest::newRow("empty frame leaves Close") << M << 0 << QString(keys::CloseBtn) << -1;
+    QTest::newRow("text enables Copy") << T << 0 << QString(keys::CopyBtn) << 1;
+    QTest::newRow("text enables Receive") << T << 0 << QString(keys::ReceiveBtn) << 1;
+    QTest::newRow("text greys Stretch") << T << 0 << QString(keys::StretchBtn) << 0;
+    QTest::newRow("text greys Table") << T << 0 << QString(keys::TableBtn) << 0;
+    QTest::newRow("text greys the View menu") << T << 0 << QString(keys::mnuView) << 0;
+    QTest::newRow("text leaves the Edit menu") << T << 0 << QString(keys::mnuEdit) << -1;
+    QTest::newRow("text leaves the Open menu entry") << T << 0 << QString(keys::mnuOpenFile) << -1;
+    QTest::newRow("table greys Copy") << B << 2 << QString(keys::CopyBtn) << 0;
+    QTest::newRow("table leaves the Table button") << B << 2 << QString(keys::TableBtn) << -1;
+    QTest::newRow("table with indexes enables Index") << B << 2 << QString(keys::IndexBtn) << 1;
+    QTest::newRow("table without index leaves Index") << B << 0 << QString(keys::IndexBtn) << -1;
+    QTest::newRow("table without index leaves its menu entry") << B << 0 << QString(keys::mnuSetDatabaseTableIndex) << -1;
+    QTest::newRow("table with index enables its menu entry") << B << 1 << QString(keys::mnuSetDatabaseTableIndex) << 1;
+    QTest::newRow("table enables comments") << B << 0 << QString(keys::mnuSetTableComments) << 1;
+    QTest::newRow("table greys the Image menu") << B << 0 << QString(keys::mnuImage) << 0;
+    QTest::newRow("table enables the View menu") << B << 0 << QString(keys::mnuView) << 1;
 }
 
 void TestCommandTables::enabling()
@@ -243,10 +310,10 @@ void TestCommandTables::enableButtonsNetsTableAndIndexDisabled()
     const QList<EnableChange> changes = enablingChanges(EnablingRoutine::EnableButtons);
     int tableSteps = 0;
     for (const EnableChange &c : changes)
-        tableSteps += c.key == QLatin1String("ID_TableBtn");
+        tableSteps += c.key == keys::TableBtn;
     QCOMPARE(tableSteps, 2); // enabled, then disabled again in the same pass
-    QCOMPARE(netState(changes).value(QStringLiteral("ID_TableBtn"), true), false);
-    QCOMPARE(netState(changes).value(QStringLiteral("ID_IndexBtn"), true), false);
+    QCOMPARE(netState(changes).value(keys::TableBtn, true), false);
+    QCOMPARE(netState(changes).value(keys::IndexBtn, true), false);
     QCOMPARE(enablingRoutineForKind(QStringLiteral("I")), EnablingRoutine::EnableButtons);
     QCOMPARE(enablingRoutineForKind(QStringLiteral("T")), EnablingRoutine::EnableTextButtons);
     QCOMPARE(enablingRoutineForKind(QStringLiteral("D")), EnablingRoutine::EnableDataButtons);
@@ -261,26 +328,21 @@ void TestCommandTables::browserToolsAreDispatched()
     // Every key the table knows is reachable from a tool.
     for (const QString &key : browserDispatchKeys())
         QVERIFY2(all.contains(key), qPrintable(key));
-    QVERIFY(!browserDispatch(QStringLiteral("ID_Date")));
-    QVERIFY(!browserDispatch(QStringLiteral("id_exitbtn")));
 }
 
 void TestCommandTables::browserTooltips()
 {
-    QHash<QString, QString> tips;
-    for (const Tool &t : browserToolbar())
-        tips.insert(QLatin1String(t.key), QLatin1String(t.tooltip));
-    for (const Tool &t : browserCategoryToolbar())
-        tips.insert(QLatin1String(t.key), QLatin1String(t.tooltip));
-    for (const Menu &m : browserMenus())
-        for (const Tool &t : m.entries)
-            tips.insert(QLatin1String(t.key), QLatin1String(t.tooltip));
-    QCOMPARE(tips.value("ID_MusicBtn"), QStringLiteral("Display only Music Files (MID,RMI,MP3,M3U)"));
-    QCOMPARE(tips.value("ID_StopBtn"), QStringLiteral("Stop ThumbNails from Loading"));
-    QCOMPARE(tips.value("ID_mnuFind"), QStringLiteral("Find Files on Disk, CD-Rom, Network, and other Devices"));
-    QCOMPARE(tips.value("ID_mnuExit"), QStringLiteral("Exit the Tarnby Application"));
-    QCOMPARE(tips.value("ID_ExitBtn"), QStringLiteral("Exit the Tarnby Program"));
-    QCOMPARE(tips.value("ID_DocumentBtn"), QStringLiteral("Display only Text Files, HTML, Documents, and System Files"));
+    // The File menu's Exit and the Exit button run the same command under
+    // different tooltips.
+    const auto tooltip = [](const std::vector<Tool> &tools, QLatin1String key) {
+        for (const Tool &t : tools) {
+            if (t.key == key)
+                return QString(QLatin1String(t.tooltip));
+        }
+        return QString();
+    };
+    QCOMPARE(tooltip(browserMenus().front().entries, keys::mnuExit), QStringLiteral("Exit the Tarnby Application"));
+    QCOMPARE(tooltip(browserCategoryToolbar(), keys::ExitBtn), QStringLiteral("Exit the Tarnby Program"));
 }
 
 void TestCommandTables::categoryButtons()

@@ -44,7 +44,7 @@ constexpr OperationName operationNames[] = {
 static_assert(std::size(operationNames) == DocumentOperationCount);
 
 struct FrameRow {
-    std::vector<const char *> keys;
+    std::vector<QLatin1String> keys;
     FrameTarget target;
 };
 
@@ -54,56 +54,56 @@ const std::vector<FrameRow> &frameRows()
     using A = FrameAction;
     using D = DocumentOperation;
     static const std::vector<FrameRow> rows = {
-        {{"ID_ReturnBtn"}, A::ReturnToBrowser},
-        {{"ID_OpenBtn", "ID_mnuOpenFile"}, A::OpenFile},
-        {{"ID_CloseBtn", "ID_mnuCloseFile"}, D::FileClose},
-        {{"ID_SaveBtn", "ID_mnuSaveFileAs"}, D::FileSaveAs},
-        {{"ID_RenameBtn", "ID_mnuRenameFile"}, D::FileRename},
-        {{"ID_MoveBtn", "ID_mnuMoveFile"}, D::FileMove},
-        {{"ID_DeleteBtn", "ID_mnuDeleteFile"}, D::FileDelete},
-        {{"ID_PrintBtn", "ID_mnuPrintFile"}, D::FilePrint},
-        {{"ID_SendBtn", "ID_mnuSendFiles"}, D::FileSend},
-        {{"ID_ReceiveBtn", "ID_mnuReceiveFile"}, A::ReceiveFiles},
-        {{"ID_CopyBtn", "ID_mnuCopy"}, D::EditCopy},
-        {{"ID_TableBtn"}, D::ViewTable},
-        {{"ID_IndexBtn"}, D::ViewIndex},
-        {{"ID_NormalBtn"}, D::ViewNormal},
-        {{"ID_StretchBtn"}, D::ViewStretch},
-        {{"ID_ResizeBtn", "ID_mnuResize"}, D::ImageResize},
-        {{"ID_BrightnessBtn", "ID_mnuBrightness"}, D::ImageBrightness},
-        {{"ID_FontBtn", "ID_mnuAddTexttoPictures"}, D::ImageText},
-        {{"ID_ShapesBtn", "ID_mnuAddShapestoPictures"}, D::ImageShapes},
-        {{"ID_HelpBtn", "ID_mnuHelpContents"}, A::HelpContents},
-        {{"ID_mnuOpenFileApplication"}, D::FileOLE},
-        {{"ID_mnuOpenFileInternet"}, A::OpenInternetPicture},
-        {{"ID_mnuFindFiles"}, A::FindFiles},
-        {{"ID_mnuFindNext"}, A::FindNext},
-        {{"ID_mnuPrinterSetup"}, A::PrinterSetup},
-        {{"ID_mnuFileProperties"}, D::FileProptee},
-        {{"ID_mnuExit"}, A::CloseFrame},
-        {{"ID_mnuPaste"}, A::NoAction},
-        {{"ID_mnuSetDatabaseTable", "ID_mnuSetDatabaseTableIndex"}, A::NoAction},
-        {{"ID_mnuSetTableComments"}, D::ViewComments},
-        {{"ID_mnuNormalImageView"}, A::PressNormalButton},
-        {{"ID_mnuStretchImageView"}, A::PressStretchButton},
-        {{"ID_mnuPanImage"}, D::ViewPanWin},
-        {{"ID_mnuMagnifyingGlass"}, D::MagnifyingGlass},
-        {{"ID_mnuFlip"}, D::ImageFlip},
-        {{"ID_mnuRotate"}, D::ImageRotate},
-        {{"ID_mnuReverse"}, D::ImageReverse},
-        {{"ID_mnuContrast"}, D::ImageContrast},
-        {{"ID_mnuStretchIntensity"}, D::ImageColorInt},
-        {{"ID_mnuColorInvert"}, D::ImageInvert},
-        {{"ID_mnuSetWorkingFolders"}, A::WorkingFolders},
-        {{"ID_mnuSetApplicationColors"}, A::ApplicationColors},
-        {{"ID_mnuSetApplicationOptions"}, A::ApplicationOptions},
-        {{"ID_mnuCascade"}, A::Cascade},
-        {{"ID_mnuTileHorizontally"}, A::TileHorizontally},
-        {{"ID_mnuTileVertically"}, A::TileVertically},
-        {{"ID_mnuSearchHelpTopic"}, A::SearchHelpTopic},
-        {{"ID_mnuQuickTips"}, A::QuickTips},
-        {{"ID_mnuAbouttheTarnby"}, A::About},
-        {{WindowListKey}, A::ActivateListedWindow},
+        {{keys::ReturnBtn}, A::ReturnToBrowser},
+        {{keys::OpenBtn, keys::mnuOpenFile}, A::OpenFile},
+        {{keys::CloseBtn, keys::mnuCloseFile}, D::FileClose},
+        {{keys::SaveBtn, keys::mnuSaveFileAs}, D::FileSaveAs},
+        {{keys::RenameBtn, keys::mnuRenameFile}, D::FileRename},
+        {{keys::MoveBtn, keys::mnuMoveFile}, D::FileMove},
+        {{keys::DeleteBtn, keys::mnuDeleteFile}, D::FileDelete},
+        {{keys::PrintBtn, keys::mnuPrintFile}, D::FilePrint},
+        {{keys::SendBtn, keys::mnuSendFiles}, D::FileSend},
+        {{keys::ReceiveBtn, keys::mnuReceiveFile}, A::ReceiveFiles},
+        {{keys::CopyBtn, keys::mnuCopy}, D::EditCopy},
+        {{keys::TableBtn}, D::ViewTable},
+        {{keys::IndexBtn}, D::ViewIndex},
+        {{keys::NormalBtn}, D::ViewNormal},
+        {{keys::StretchBtn}, D::ViewStretch},
+        {{keys::ResizeBtn, keys::mnuResize}, D::ImageResize},
+        {{keys::BrightnessBtn, keys::mnuBrightness}, D::ImageBrightness},
+        {{keys::FontBtn, keys::mnuAddTexttoPictures}, D::ImageText},
+        {{keys::ShapesBtn, keys::mnuAddShapestoPictures}, D::ImageShapes},
+        {{keys::HelpBtn, keys::mnuHelpContents}, A::HelpContents},
+        {{keys::mnuOpenFileApplication}, D::FileOLE},
+        {{keys::mnuOpenFileInternet}, A::OpenInternetPicture},
+        {{keys::mnuFindFiles}, A::FindFiles},
+        {{keys::mnuFindNext}, A::FindNext},
+        {{keys::mnuPrinterSetup}, A::PrinterSetup},
+        {{keys::mnuFileProperties}, D::FileProptee},
+        {{keys::mnuExit}, A::CloseFrame},
+        {{keys::mnuPaste}, A::NoAction},
+        {{keys::mnuSetDatabaseTable, keys::mnuSetDatabaseTableIndex}, A::NoAction},
+        {{keys::mnuSetTableComments}, D::ViewComments},
+        {{keys::mnuNormalImageView}, A::PressNormalButton},
+        {{keys::mnuStretchImageView}, A::PressStretchButton},
+        {{keys::mnuPanImage}, D::ViewPanWin},
+        {{keys::mnuMagnifyingGlass}, D::MagnifyingGlass},
+        {{keys::mnuFlip}, D::ImageFlip},
+        {{keys::mnuRotate}, D::ImageRotate},
+        {{keys::mnuReverse}, D::ImageReverse},
+        {{keys::mnuContrast}, D::ImageContrast},
+        {{keys::mnuStretchIntensity}, D::ImageColorInt},
+        {{keys::mnuColorInvert}, D::ImageInvert},
+        {{keys::mnuSetWorkingFolders}, A::WorkingFolders},
+        {{keys::mnuSetApplicationColors}, A::ApplicationColors},
+        {{keys::mnuSetApplicationOptions}, A::ApplicationOptions},
+        {{keys::mnuCascade}, A::Cascade},
+        {{keys::mnuTileHorizontally}, A::TileHorizontally},
+        {{keys::mnuTileVertically}, A::TileVertically},
+        {{keys::mnuSearchHelpTopic}, A::SearchHelpTopic},
+        {{keys::mnuQuickTips}, A::QuickTips},
+        {{keys::mnuAbouttheTarnby}, A::About},
+        {{keys::WindowList}, A::ActivateListedWindow},
     };
     return rows;
 }
@@ -114,10 +114,10 @@ const QHash<QString, Target> &indexRows(const std::vector<Row> &rows)
     static const QHash<QString, Target> index = [&rows] {
         QHash<QString, Target> h;
         for (const Row &row : rows) {
-            for (const char *key : row.keys) {
+            for (QLatin1String key : row.keys) {
                 // The first row that names a key wins, as in a sequential comparison.
-                if (!h.contains(QLatin1String(key)))
-                    h.insert(QLatin1String(key), row.target);
+                if (!h.contains(key))
+                    h.insert(key, row.target);
             }
         }
         return h;
@@ -156,75 +156,75 @@ std::optional<FrameTarget> frameDispatch(const QString &key)
 
 QStringList frameDispatchKeys()
 {
-    QStringList keys;
+    QStringList out;
     for (const FrameRow &row : frameRows()) {
-        for (const char *key : row.keys)
-            keys << QLatin1String(key);
+        for (QLatin1String key : row.keys)
+            out << key;
     }
-    return keys;
+    return out;
 }
 
 const std::vector<Menu> &frameMenus()
 {
     static const std::vector<Menu> menus = {
-        {"ID_mnuFile", "&File", {
-            {"ID_mnuOpenFile", "Open File"},
-            {"ID_mnuCloseFile", "Close File"},
-            {"ID_mnuOpenFileApplication", "Open File with another Application"},
-            {"ID_mnuOpenFileInternet", "Open File Located on the Internet"},
-            {"ID_mnuFindFiles", "Find Files"},
-            {"ID_mnuFindNext", "Find Next", "Find Next Files of the same Type"},
-            {"ID_mnuSaveFileAs", "Save File As"},
-            {"ID_mnuRenameFile", "Rename File"},
-            {"ID_mnuMoveFile", "Move File"},
-            {"ID_mnuDeleteFile", "Delete File"},
-            {"ID_mnuPrintFile", "Print File"},
-            {"ID_mnuPrinterSetup", "Printer Setup"},
-            {"ID_mnuSendFiles", "Send Files"},
-            {"ID_mnuReceiveFi1es", "Receive Fi1es"},
-            {"ID_mnuFileProperties", "File Properties"},
-            {"ID_mnuExit", "Exit", "Close Viewing Window"},
+        {keys::mnuFile, "&File", {
+            {keys::mnuOpenFile, "Open File"},
+            {keys::mnuCloseFile, "Close File"},
+            {keys::mnuOpenFileApplication, "Open File with another Application"},
+            {keys::mnuOpenFileInternet, "Open File Located on the Internet"},
+            {keys::mnuFindFiles, "Find Files"},
+            {keys::mnuFindNext, "Find Next", "Find Next Files of the same Type"},
+            {keys::mnuSaveFileAs, "Save File As"},
+            {keys::mnuRenameFile, "Rename File"},
+            {keys::mnuMoveFile, "Move File"},
+            {keys::mnuDeleteFile, "Delete File"},
+            {keys::mnuPrintFile, "Print File"},
+            {keys::mnuPrinterSetup, "Printer Setup"},
+            {keys::mnuSendFiles, "Send Files"},
+            {keys::mnuReceiveFi1es, "Receive Fi1es"},
+            {keys::mnuFileProperties, "File Properties"},
+            {keys::mnuExit, "Exit", "Close Viewing Window"},
         }},
-        {"ID_mnuEdit", "&Edit", {
-            {"ID_mnuCopy", "Copy"},
-            {"ID_mnuPaste", "Paste"},
+        {keys::mnuEdit, "&Edit", {
+            {keys::mnuCopy, "Copy"},
+            {keys::mnuPaste, "Paste"},
         }},
-        {"ID_mnuView", "&View", {
-            {"ID_mnuSetDatabaseTable", "Set Database Table"},
-            {"ID_mnuSetDatabaseTableIndex", "Set Database Table Index"},
-            {"ID_mnuSetTableComments", "View Table Comments"},
-            {"ID_mnuNormalImageView", "Normal Image View"},
-            {"ID_mnuStretchImageView", "Stretch Image View"},
-            {"ID_mnuPanImage", "Pan Image"},
-            {"ID_mnuMagnifyingGlass", "Magnifying Glass"},
+        {keys::mnuView, "&View", {
+            {keys::mnuSetDatabaseTable, "Set Database Table"},
+            {keys::mnuSetDatabaseTableIndex, "Set Database Table Index"},
+            {keys::mnuSetTableComments, "View Table Comments"},
+            {keys::mnuNormalImageView, "Normal Image View"},
+            {keys::mnuStretchImageView, "Stretch Image View"},
+            {keys::mnuPanImage, "Pan Image"},
+            {keys::mnuMagnifyingGlass, "Magnifying Glass"},
         }},
-        {"ID_mnuImage", "Image", {
-            {"ID_mnuFlip", "Flip"},
-            {"ID_mnuRotate", "Rotate"},
-            {"ID_mnuReverse", "Reverse"},
-            {"ID_mnuResize", "Resize"},
-            {"ID_mnuBrightness", "Brightness"},
-            {"ID_mnuContrast", "Contrast"},
-            {"ID_mnuStretchColorIntensity", "Stretch Color Intensity"},
-            {"ID_mnuColorInvert", "Color Invert"},
-            {"ID_mnuAddTexttoPictures", "Add Text to Pictures", "Add Text to Picture or Image"},
-            {"ID_mnuAddShapestoPictures", "Add Shapes to Pictures", "Add Shapes to Picture or Image"},
+        {keys::mnuImage, "Image", {
+            {keys::mnuFlip, "Flip"},
+            {keys::mnuRotate, "Rotate"},
+            {keys::mnuReverse, "Reverse"},
+            {keys::mnuResize, "Resize"},
+            {keys::mnuBrightness, "Brightness"},
+            {keys::mnuContrast, "Contrast"},
+            {keys::mnuStretchColorIntensity, "Stretch Color Intensity"},
+            {keys::mnuColorInvert, "Color Invert"},
+            {keys::mnuAddTexttoPictures, "Add Text to Pictures", "Add Text to Picture or Image"},
+            {keys::mnuAddShapestoPictures, "Add Shapes to Pictures", "Add Shapes to Picture or Image"},
         }},
-        {WindowMenuKey, "&Window", {
-            {"ID_mnuCascade", "Cascade"},
-            {"ID_mnuTileHorizontally", "Tile Horizontally"},
-            {"ID_mnuTileVertically", "Tile Vertically"},
+        {keys::mnuWindow, "&Window", {
+            {keys::mnuCascade, "Cascade"},
+            {keys::mnuTileHorizontally, "Tile Horizontally"},
+            {keys::mnuTileVertically, "Tile Vertically"},
         }},
-        {"ID_mnuHelp", "&Help", {
-            {"ID_mnuHelpContents", "Help Contents", "View Help Text Contents"},
-            {"ID_mnuSearchHelpTopic", "Search Help Topic"},
-            {"ID_mnuQuickTips", "Quick Tips"},
-            {"ID_mnuAbouttheTarnby", "About the Tarnby"},
+        {keys::mnuHelp, "&Help", {
+            {keys::mnuHelpContents, "Help Contents", "View Help Text Contents"},
+            {keys::mnuSearchHelpTopic, "Search Help Topic"},
+            {keys::mnuQuickTips, "Quick Tips"},
+            {keys::mnuAbouttheTarnby, "About the Tarnby"},
         }},
-        {"ID_mnuUtilities", "Utilities", {
-            {"ID_mnuSetWorkingFolders", "Set Working Folders"},
-            {"ID_mnuSetApplicationColors", "Set Application Colors"},
-            {"ID_mnuSetApplicationOptions", "Set Application Options"},
+        {keys::mnuUtilities, "Utilities", {
+            {keys::mnuSetWorkingFolders, "Set Working Folders"},
+            {keys::mnuSetApplicationColors, "Set Application Colors"},
+            {keys::mnuSetApplicationOptions, "Set Application Options"},
         }},
     };
     return menus;
@@ -233,50 +233,50 @@ const std::vector<Menu> &frameMenus()
 const std::vector<Tool> &frameToolbar()
 {
     static const std::vector<Tool> tools = {
-        {"ID_ReturnBtn", "Return", "Return to Main Window"},
-        {"ID_OpenBtn", "Open", "Open File"},
-        {"ID_CloseBtn", "Close", "Close File"},
-        {"ID_SaveBtn", "Save", "Save Current File"},
-        {"ID_RenameBtn", "Rename"},
-        {"ID_MoveBtn", "Move"},
-        {"ID_DeleteBtn", "Delete", "Move File to the Recycle Bin"},
-        {"ID_PrintBtn", "Print", "Print Current File"},
-        {"ID_SendBtn", "Send", "Send Current File by E-Mail"},
-        {"ID_ReceiveBtn", "Receive", "Receive Files by E-Mail"},
-        {"ID_CopyBtn", "Copy", "Copy Text File to the Clipboard"},
-        {"ID_TableBtn", "Table", "Select Database File Table"},
-        {"ID_IndexBtn", "Index", "Select Database File Index"},
-        {"ID_NormalBtn", "Normal", "View Image as Normal"},
-        {"ID_StretchBtn", "Stretch", "View Image as Stretched into Frame"},
-        {"ID_ResizeBtn", "Resize"},
-        {"ID_BrightnessBtn", "Brightness"},
-        {"ID_FontBtn", "Font", "Add Text to Picture or Image"},
-        {"ID_ShapesBtn", "Shapes", "Add Shapes to Picture or Image"},
-        {"ID_HelpBtn", "Help", "View Help Text Contents"},
+        {keys::ReturnBtn, "Return", "Return to Main Window"},
+        {keys::OpenBtn, "Open", "Open File"},
+        {keys::CloseBtn, "Close", "Close File"},
+        {keys::SaveBtn, "Save", "Save Current File"},
+        {keys::RenameBtn, "Rename"},
+        {keys::MoveBtn, "Move"},
+        {keys::DeleteBtn, "Delete", "Move File to the Recycle Bin"},
+        {keys::PrintBtn, "Print", "Print Current File"},
+        {keys::SendBtn, "Send", "Send Current File by E-Mail"},
+        {keys::ReceiveBtn, "Receive", "Receive Files by E-Mail"},
+        {keys::CopyBtn, "Copy", "Copy Text File to the Clipboard"},
+        {keys::TableBtn, "Table", "Select Database File Table"},
+        {keys::IndexBtn, "Index", "Select Database File Index"},
+        {keys::NormalBtn, "Normal", "View Image as Normal"},
+        {keys::StretchBtn, "Stretch", "View Image as Stretched into Frame"},
+        {keys::ResizeBtn, "Resize"},
+        {keys::BrightnessBtn, "Brightness"},
+        {keys::FontBtn, "Font", "Add Text to Picture or Image"},
+        {keys::ShapesBtn, "Shapes", "Add Shapes to Picture or Image"},
+        {keys::HelpBtn, "Help", "View Help Text Contents"},
     };
     return tools;
 }
 
 namespace {
 const QStringList fileButtons = {
-    QStringLiteral("ID_CloseBtn"), QStringLiteral("ID_SaveBtn"), QStringLiteral("ID_RenameBtn"),
-    QStringLiteral("ID_MoveBtn"), QStringLiteral("ID_DeleteBtn"), QStringLiteral("ID_PrintBtn"),
-    QStringLiteral("ID_SendBtn"), QStringLiteral("ID_ReceiveBtn"),
+    keys::CloseBtn, keys::SaveBtn, keys::RenameBtn,
+    keys::MoveBtn, keys::DeleteBtn, keys::PrintBtn,
+    keys::SendBtn, keys::ReceiveBtn,
 };
 const QStringList pictureButtons = {
-    QStringLiteral("ID_NormalBtn"), QStringLiteral("ID_StretchBtn"), QStringLiteral("ID_ResizeBtn"),
-    QStringLiteral("ID_BrightnessBtn"), QStringLiteral("ID_FontBtn"), QStringLiteral("ID_ShapesBtn"),
+    keys::NormalBtn, keys::StretchBtn, keys::ResizeBtn,
+    keys::BrightnessBtn, keys::FontBtn, keys::ShapesBtn,
 };
 const QStringList fileMenuEntries = {
-    QStringLiteral("ID_mnuOpenFileApplication"), QStringLiteral("ID_mnuCloseFile"),
-    QStringLiteral("ID_mnuSaveFileAs"), QStringLiteral("ID_mnuRenameFile"),
-    QStringLiteral("ID_mnuMoveFile"), QStringLiteral("ID_mnuDeleteFile"),
-    QStringLiteral("ID_mnuPrintFile"), QStringLiteral("ID_mnuSendFiles"),
-    QStringLiteral("ID_mnuFileProperties"),
+    keys::mnuOpenFileApplication, keys::mnuCloseFile,
+    keys::mnuSaveFileAs, keys::mnuRenameFile,
+    keys::mnuMoveFile, keys::mnuDeleteFile,
+    keys::mnuPrintFile, keys::mnuSendFiles,
+    keys::mnuFileProperties,
 };
 const QStringList viewModeEntries = {
-    QStringLiteral("ID_mnuNormalImageView"), QStringLiteral("ID_mnuStretchImageView"),
-    QStringLiteral("ID_mnuPanImage"), QStringLiteral("ID_mnuMagnifyingGlass"),
+    keys::mnuNormalImageView, keys::mnuStretchImageView,
+    keys::mnuPanImage, keys::mnuMagnifyingGlass,
 };
 
 void set(QList<EnableChange> &out, const QStringList &keys, bool enabled)
@@ -284,9 +284,9 @@ void set(QList<EnableChange> &out, const QStringList &keys, bool enabled)
     for (const QString &key : keys)
         out.append({key, enabled});
 }
-void set(QList<EnableChange> &out, const char *key, bool enabled)
+void set(QList<EnableChange> &out, QLatin1String key, bool enabled)
 {
-    out.append({QLatin1String(key), enabled});
+    out.append({key, enabled});
 }
 } // namespace
 
@@ -296,73 +296,73 @@ QList<EnableChange> enablingChanges(EnablingRoutine routine, int indexCount)
     switch (routine) {
     case EnablingRoutine::DisableButtons:
         // Leaves the Open and Help buttons alone but disables the Open menu entry.
-        set(out, "ID_mnuOpenFile", false);
+        set(out, keys::mnuOpenFile, false);
         set(out, fileButtons, false);
-        set(out, "ID_CopyBtn", false);
-        set(out, "ID_TableBtn", false);
-        set(out, "ID_IndexBtn", false);
+        set(out, keys::CopyBtn, false);
+        set(out, keys::TableBtn, false);
+        set(out, keys::IndexBtn, false);
         set(out, pictureButtons, false);
-        set(out, "ID_mnuEdit", false);
-        set(out, "ID_mnuView", false);
-        set(out, "ID_mnuImage", false);
+        set(out, keys::mnuEdit, false);
+        set(out, keys::mnuView, false);
+        set(out, keys::mnuImage, false);
         set(out, fileMenuEntries, false);
         set(out, viewModeEntries, false);
         break;
     case EnablingRoutine::EnableButtons:
-        set(out, "ID_OpenBtn", true);
-        set(out, "ID_mnuOpenFile", true);
+        set(out, keys::OpenBtn, true);
+        set(out, keys::mnuOpenFile, true);
         set(out, fileButtons, true);
-        set(out, "ID_CopyBtn", true);
-        set(out, "ID_TableBtn", true);
-        set(out, "ID_IndexBtn", true);
+        set(out, keys::CopyBtn, true);
+        set(out, keys::TableBtn, true);
+        set(out, keys::IndexBtn, true);
         set(out, pictureButtons, true);
-        set(out, "ID_HelpBtn", true);
-        set(out, "ID_mnuEdit", true);
-        set(out, "ID_mnuView", true);
-        set(out, "ID_mnuImage", true);
+        set(out, keys::HelpBtn, true);
+        set(out, keys::mnuEdit, true);
+        set(out, keys::mnuView, true);
+        set(out, keys::mnuImage, true);
         set(out, fileMenuEntries, true);
         set(out, viewModeEntries, true);
-        set(out, "ID_TableBtn", false);
-        set(out, "ID_IndexBtn", false);
-        set(out, "ID_mnuSetDatabaseTable", false);
-        set(out, "ID_mnuSetTableComments", false);
-        set(out, "ID_mnuSetDatabaseTableIndex", false);
+        set(out, keys::TableBtn, false);
+        set(out, keys::IndexBtn, false);
+        set(out, keys::mnuSetDatabaseTable, false);
+        set(out, keys::mnuSetTableComments, false);
+        set(out, keys::mnuSetDatabaseTableIndex, false);
         break;
     case EnablingRoutine::EnableMDIButtons:
-        set(out, "ID_OpenBtn", true);
-        set(out, "ID_mnuOpenFile", true);
-        set(out, "ID_HelpBtn", true);
+        set(out, keys::OpenBtn, true);
+        set(out, keys::mnuOpenFile, true);
+        set(out, keys::HelpBtn, true);
         break;
     case EnablingRoutine::EnableTextButtons:
-        set(out, "ID_OpenBtn", true);
+        set(out, keys::OpenBtn, true);
         set(out, fileButtons, true);
-        set(out, "ID_CopyBtn", true);
-        set(out, "ID_TableBtn", false);
-        set(out, "ID_IndexBtn", false);
+        set(out, keys::CopyBtn, true);
+        set(out, keys::TableBtn, false);
+        set(out, keys::IndexBtn, false);
         set(out, pictureButtons, false);
-        set(out, "ID_HelpBtn", true);
-        set(out, "ID_mnuView", false);
-        set(out, "ID_mnuImage", false);
+        set(out, keys::HelpBtn, true);
+        set(out, keys::mnuView, false);
+        set(out, keys::mnuImage, false);
         set(out, viewModeEntries, false);
-        set(out, "ID_mnuSetDatabaseTable", false);
-        set(out, "ID_mnuSetTableComments", false);
-        set(out, "ID_mnuSetDatabaseTableIndex", false);
+        set(out, keys::mnuSetDatabaseTable, false);
+        set(out, keys::mnuSetTableComments, false);
+        set(out, keys::mnuSetDatabaseTableIndex, false);
         break;
     case EnablingRoutine::EnableDataButtons:
-        set(out, "ID_OpenBtn", true);
+        set(out, keys::OpenBtn, true);
         set(out, fileButtons, true);
-        set(out, "ID_CopyBtn", false);
+        set(out, keys::CopyBtn, false);
         if (indexCount > 0)
-            set(out, "ID_IndexBtn", true);
+            set(out, keys::IndexBtn, true);
         set(out, pictureButtons, false);
-        set(out, "ID_HelpBtn", true);
-        set(out, "ID_mnuView", true);
-        set(out, "ID_mnuImage", false);
+        set(out, keys::HelpBtn, true);
+        set(out, keys::mnuView, true);
+        set(out, keys::mnuImage, false);
         set(out, viewModeEntries, false);
-        set(out, "ID_mnuSetDatabaseTable", true);
-        set(out, "ID_mnuSetTableComments", true);
+        set(out, keys::mnuSetDatabaseTable, true);
+        set(out, keys::mnuSetTableComments, true);
         if (indexCount > 0)
-            set(out, "ID_mnuSetDatabaseTableIndex", true);
+            set(out, keys::mnuSetDatabaseTableIndex, true);
         break;
     }
     return out;
@@ -381,7 +381,7 @@ EnablingRoutine enablingRoutineForKind(const QString &fileType)
 
 namespace {
 struct BrowserRow {
-    std::vector<const char *> keys;
+    std::vector<QLatin1String> keys;
     BrowserAction target;
 };
 
@@ -389,60 +389,60 @@ const std::vector<BrowserRow> &browserRows()
 {
     using B = BrowserAction;
     static const std::vector<BrowserRow> rows = {
-        {{"ID_mnuOpenFile", "ID_OpenBtn"}, B::OpenFile},
-        {{"ID_mnuCloseFile"}, B::CloseFile},
-        {{"ID_mnuOpenOLE"}, B::OpenWithApplication},
-        {{"ID_mnuOpenInternet"}, B::OpenInternetPicture},
-        {{"ID_mnuFind", "ID_FindBtn"}, B::FindFiles},
-        {{"ID_mnuFindNext", "ID_FindNextBtn"}, B::FindNext},
-        {{"ID_mnuSaveFileAs"}, B::SaveFileAs},
-        {{"ID_mnuMoveFile"}, B::MoveFile},
-        {{"ID_mnuRenameFile"}, B::RenameFile},
-        {{"ID_mnuDeleteFile"}, B::DeleteFile},
-        {{"ID_mnuPrintFile", "ID_PrintBtn"}, B::PrintFile},
-        {{"ID_mnuPrinterSetup"}, B::PrinterSetup},
-        {{"ID_mnuSendFiles", "ID_SendBtn", "ID_mnuSendFilesbyE-Mail"}, B::SendFiles},
-        {{"ID_mnuReceiveFiles", "ID_ReceiveBtn", "ID_mnuReceiveFileEMail"}, B::ReceiveFiles},
-        {{"ID_mnuFileProperties"}, B::FileProperties},
-        {{"ID_mnuExit", "ID_ExitBtn"}, B::Exit},
-        {{"ID_mnuSetDatabaseTable"}, B::SetDatabaseTable},
-        {{"ID_mnuSetDatabaseTableIndex"}, B::SetDatabaseTableIndex},
-        {{"ID_mnuViewTableComments"}, B::ViewTableComments},
-        {{"ID_mnuViewThumbNails", "ID_ThumbsBtn"}, B::ViewThumbnails},
-        {{"ID_mnuE-MailAddressBook"}, B::AddressBook},
-        {{"ID_mnuViewGroups"}, B::ViewGroups},
-        {{"ID_mnuCreateGroups"}, B::CreateGroups},
-        {{"ID_mnuSelectFilesGroup"}, B::SelectFilesGroup},
-        {{"ID_mnuOrganizeFilesSearch"}, B::OrganizeFilesSearch},
-        {{"ID_mnuClearFilesOrg"}, B::ClearFilesOrganizer},
-        {{"ID_mnuRepairOrganizerDatabase"}, B::RepairOrganizer},
-        {{"ID_OrgTBBrwBtn"}, B::BrowseOrganizerTable},
-        {{"ID_AddOrgFilesBtn"}, B::AddOrganizerFiles},
-        {{"ID_mnuSetWorkingFolders"}, B::WorkingFolders},
-        {{"ID_mnuSetApplicationColors"}, B::ApplicationColors},
-        {{"ID_mnuSetApplicationOptions"}, B::ApplicationOptions},
-        {{"ID_mnuSetComputerinNetwork"}, B::ComputerInNetwork},
-        {{"ID_mnuRefreshFileList", "ID_RefreshBtn"}, B::RefreshFileList},
-        {{"ID_mnuCollapseExpandedDisk/FolderStructure", "ID_CollapseBtn"}, B::CollapseTree},
-        {{"ID_mnuHelpContents", "ID_HelpBtn"}, B::HelpContents},
-        {{"ID_mnuSearchHelpTopic"}, B::SearchHelpTopic},
-        {{"ID_mnuQuickTips"}, B::QuickTips},
-        {{"ID_mnuAboutTarnby"}, B::About},
-        {{"ID_LargeIconsBtn"}, B::LargeIcons},
-        {{"ID_SmallIconsBtn"}, B::SmallIcons},
-        {{"ID_ListIconsBtn"}, B::ListIcons},
-        {{"ID_DetailIconsBtn"}, B::DetailIcons},
-        {{"ID_UpFolderBtn"}, B::UpFolder},
-        {{"ID_QuikPictBtn"}, B::QuickView},
-        {{"ID_PicturesBtn"}, B::PicturesCategory},
-        {{"ID_SoundsBtn"}, B::SoundsCategory},
-        {{"ID_MusicBtn"}, B::MusicCategory},
-        {{"ID_VideoBtn"}, B::VideoCategory},
-        {{"ID_DocumentBtn"}, B::DocumentCategory},
-        {{"ID_TableBtn"}, B::TableCategory},
-        {{"ID_AllBtn"}, B::AllCategory},
-        {{"ID_SetFolderBtn"}, B::SetFolder},
-        {{"ID_StopBtn"}, B::StopThumbnails},
+        {{keys::mnuOpenFile, keys::OpenBtn}, B::OpenFile},
+        {{keys::mnuCloseFile}, B::CloseFile},
+        {{keys::mnuOpenOLE}, B::OpenWithApplication},
+        {{keys::mnuOpenInternet}, B::OpenInternetPicture},
+        {{keys::mnuFind, keys::FindBtn}, B::FindFiles},
+        {{keys::mnuFindNext, keys::FindNextBtn}, B::FindNext},
+        {{keys::mnuSaveFileAs}, B::SaveFileAs},
+        {{keys::mnuMoveFile}, B::MoveFile},
+        {{keys::mnuRenameFile}, B::RenameFile},
+        {{keys::mnuDeleteFile}, B::DeleteFile},
+        {{keys::mnuPrintFile, keys::PrintBtn}, B::PrintFile},
+        {{keys::mnuPrinterSetup}, B::PrinterSetup},
+        {{keys::mnuSendFiles, keys::SendBtn, keys::mnuSendFilesbyEMail}, B::SendFiles},
+        {{keys::mnuReceiveFiles, keys::ReceiveBtn, keys::mnuReceiveFileEMail}, B::ReceiveFiles},
+        {{keys::mnuFileProperties}, B::FileProperties},
+        {{keys::mnuExit, keys::ExitBtn}, B::Exit},
+        {{keys::mnuSetDatabaseTable}, B::SetDatabaseTable},
+        {{keys::mnuSetDatabaseTableIndex}, B::SetDatabaseTableIndex},
+        {{keys::mnuViewTableComments}, B::ViewTableComments},
+        {{keys::mnuViewThumbNails, keys::ThumbsBtn}, B::ViewThumbnails},
+        {{keys::mnuEMailAddressBook}, B::AddressBook},
+        {{keys::mnuViewGroups}, B::ViewGroups},
+        {{keys::mnuCreateGroups}, B::CreateGroups},
+        {{keys::mnuSelectFilesGroup}, B::SelectFilesGroup},
+        {{keys::mnuOrganizeFilesSearch}, B::OrganizeFilesSearch},
+        {{keys::mnuClearFilesOrg}, B::ClearFilesOrganizer},
+        {{keys::mnuRepairOrganizerDatabase}, B::RepairOrganizer},
+        {{keys::OrgTBBrwBtn}, B::BrowseOrganizerTable},
+        {{keys::AddOrgFilesBtn}, B::AddOrganizerFiles},
+        {{keys::mnuSetWorkingFolders}, B::WorkingFolders},
+        {{keys::mnuSetApplicationColors}, B::ApplicationColors},
+        {{keys::mnuSetApplicationOptions}, B::ApplicationOptions},
+        {{keys::mnuSetComputerinNetwork}, B::ComputerInNetwork},
+        {{keys::mnuRefreshFileList, keys::RefreshBtn}, B::RefreshFileList},
+        {{keys::mnuCollapseExpandedDiskFolderStructure, keys::CollapseBtn}, B::CollapseTree},
+        {{keys::mnuHelpContents, keys::HelpBtn}, B::HelpContents},
+        {{keys::mnuSearchHelpTopic}, B::SearchHelpTopic},
+        {{keys::mnuQuickTips}, B::QuickTips},
+        {{keys::mnuAboutTarnby}, B::About},
+        {{keys::LargeIconsBtn}, B::LargeIcons},
+        {{keys::SmallIconsBtn}, B::SmallIcons},
+        {{keys::ListIconsBtn}, B::ListIcons},
+        {{keys::DetailIconsBtn}, B::DetailIcons},
+        {{keys::UpFolderBtn}, B::UpFolder},
+        {{keys::QuikPictBtn}, B::QuickView},
+        {{keys::PicturesBtn}, B::PicturesCategory},
+        {{keys::SoundsBtn}, B::SoundsCategory},
+        {{keys::MusicBtn}, B::MusicCategory},
+        {{keys::VideoBtn}, B::VideoCategory},
+        {{keys::DocumentBtn}, B::DocumentCategory},
+        {{keys::TableBtn}, B::TableCategory},
+        {{keys::AllBtn}, B::AllCategory},
+        {{keys::SetFolderBtn}, B::SetFolder},
+        {{keys::StopBtn}, B::StopThumbnails},
     };
     return rows;
 }
@@ -459,67 +459,67 @@ std::optional<BrowserAction> browserDispatch(const QString &key)
 
 QStringList browserDispatchKeys()
 {
-    QStringList keys;
+    QStringList out;
     for (const BrowserRow &row : browserRows()) {
-        for (const char *key : row.keys)
-            keys << QLatin1String(key);
+        for (QLatin1String key : row.keys)
+            out << key;
     }
-    return keys;
+    return out;
 }
 
 const std::vector<Menu> &browserMenus()
 {
     static const std::vector<Menu> menus = {
-        {"ID_mnuFile", "&File", {
-            {"ID_mnuOpenFile", "Open File"},
-            {"ID_mnuCloseFile", "Close File"},
-            {"ID_mnuOpenOLE", "Open File with Another Application", "Open selected file with Default Application"},
-            {"ID_mnuOpenInternet", "Open File Located on the Internet"},
-            {"ID_mnuFind", "Find Files", "Find Files on Disk, CD-Rom, Network, and other Devices"},
-            {"ID_mnuFindNext", "Find Next File of Same Type"},
-            {"ID_mnuSaveFileAs", "Save File As", "Save selected file with another name"},
-            {"ID_mnuMoveFile", "Move File"},
-            {"ID_mnuRenameFile", "Rename File"},
-            {"ID_mnuDeleteFile", "Delete File", "Move Selected File to the Recycle Bin"},
-            {"ID_mnuPrintFile", "Print File"},
-            {"ID_mnuPrinterSetup", "Printer Setup"},
-            {"ID_mnuSendFiles", "Send Files"},
-            {"ID_mnuReceiveFiles", "Receive Files"},
-            {"ID_mnuFileProperties", "File Properties", "Display selected File's Properties"},
-            {"ID_mnuExit", "Exit", "Exit the Tarnby Application"},
+        {keys::mnuFile, "&File", {
+            {keys::mnuOpenFile, "Open File"},
+            {keys::mnuCloseFile, "Close File"},
+            {keys::mnuOpenOLE, "Open File with Another Application", "Open selected file with Default Application"},
+            {keys::mnuOpenInternet, "Open File Located on the Internet"},
+            {keys::mnuFind, "Find Files", "Find Files on Disk, CD-Rom, Network, and other Devices"},
+            {keys::mnuFindNext, "Find Next File of Same Type"},
+            {keys::mnuSaveFileAs, "Save File As", "Save selected file with another name"},
+            {keys::mnuMoveFile, "Move File"},
+            {keys::mnuRenameFile, "Rename File"},
+            {keys::mnuDeleteFile, "Delete File", "Move Selected File to the Recycle Bin"},
+            {keys::mnuPrintFile, "Print File"},
+            {keys::mnuPrinterSetup, "Printer Setup"},
+            {keys::mnuSendFiles, "Send Files"},
+            {keys::mnuReceiveFiles, "Receive Files"},
+            {keys::mnuFileProperties, "File Properties", "Display selected File's Properties"},
+            {keys::mnuExit, "Exit", "Exit the Tarnby Application"},
         }},
-        {"ID_mnuView", "&View", {
-            {"ID_mnuSetDatabaseTable", "Set Database Table"},
-            {"ID_mnuSetDatabaseTableIndex", "Set Database Table Index"},
-            {"ID_mnuViewTableComments", "View Table Comments"},
-            {"ID_mnuViewThumbNails", "Browse Pictures in a Folder", "Browse Picture ThumbNails in the current Folder"},
+        {keys::mnuView, "&View", {
+            {keys::mnuSetDatabaseTable, "Set Database Table"},
+            {keys::mnuSetDatabaseTableIndex, "Set Database Table Index"},
+            {keys::mnuViewTableComments, "View Table Comments"},
+            {keys::mnuViewThumbNails, "Browse Pictures in a Folder", "Browse Picture ThumbNails in the current Folder"},
         }},
-        {"ID_mnuEMail", "&E-Mail", {
-            {"ID_mnuSendFilesbyE-Mail", "Send Files by E-Mail"},
-            {"ID_mnuReceiveFileEMail", "Receive Files"},
-            {"ID_mnuE-MailAddressBook", "E-Mail Address Book"},
+        {keys::mnuEMail, "&E-Mail", {
+            {keys::mnuSendFilesbyEMail, "Send Files by E-Mail"},
+            {keys::mnuReceiveFileEMail, "Receive Files"},
+            {keys::mnuEMailAddressBook, "E-Mail Address Book"},
         }},
-        {"ID_mnuOrganize", "&Organize", {
-            {"ID_mnuViewGroups", "View and Select File Groups"},
-            {"ID_mnuCreateGroups", "Create and Maintain File Groups"},
-            {"ID_mnuSelectFilesGroup", "Select, Add and Maintain Files in a Group"},
-            {"ID_mnuOrganizeFilesSearch", "Organize Files using a Disk Search"},
-            {"ID_mnuClearFilesOrg", "Clear all Files in Organizer Database"},
-            {"ID_mnuRepairOrganizerDatabase", "Repair or Compact Organizer Database File"},
+        {keys::mnuOrganize, "&Organize", {
+            {keys::mnuViewGroups, "View and Select File Groups"},
+            {keys::mnuCreateGroups, "Create and Maintain File Groups"},
+            {keys::mnuSelectFilesGroup, "Select, Add and Maintain Files in a Group"},
+            {keys::mnuOrganizeFilesSearch, "Organize Files using a Disk Search"},
+            {keys::mnuClearFilesOrg, "Clear all Files in Organizer Database"},
+            {keys::mnuRepairOrganizerDatabase, "Repair or Compact Organizer Database File"},
         }},
-        {"ID_mnuUtilities", "&Utilities", {
-            {"ID_mnuSetWorkingFolders", "Set Working Folders"},
-            {"ID_mnuSetApplicationColors", "Set Application Colors"},
-            {"ID_mnuSetApplicationOptions", "Set Application Options"},
-            {"ID_mnuSetComputerinNetwork", "Set Computer in Network"},
-            {"ID_mnuRefreshFileList", "Refresh File List"},
-            {"ID_mnuCollapseExpandedDisk/FolderStructure", "Collapse Expanded Disk/Folder Structure"},
+        {keys::mnuUtilities, "&Utilities", {
+            {keys::mnuSetWorkingFolders, "Set Working Folders"},
+            {keys::mnuSetApplicationColors, "Set Application Colors"},
+            {keys::mnuSetApplicationOptions, "Set Application Options"},
+            {keys::mnuSetComputerinNetwork, "Set Computer in Network"},
+            {keys::mnuRefreshFileList, "Refresh File List"},
+            {keys::mnuCollapseExpandedDiskFolderStructure, "Collapse Expanded Disk/Folder Structure"},
         }},
-        {"ID_mnuHelp", "&Help", {
-            {"ID_mnuHelpContents", "Help Contents"},
-            {"ID_mnuSearchHelpTopic", "Search Help Topic"},
-            {"ID_mnuQuickTips", "Quick Tips"},
-            {"ID_mnuAboutTarnby", "About Tarnby"},
+        {keys::mnuHelp, "&Help", {
+            {keys::mnuHelpContents, "Help Contents"},
+            {keys::mnuSearchHelpTopic, "Search Help Topic"},
+            {keys::mnuQuickTips, "Quick Tips"},
+            {keys::mnuAboutTarnby, "About Tarnby"},
         }},
     };
     return menus;
@@ -528,23 +528,23 @@ const std::vector<Menu> &browserMenus()
 const std::vector<Tool> &browserToolbar()
 {
     static const std::vector<Tool> tools = {
-        {"ID_OpenBtn", "Open", "Open File"},
-        {"ID_FindBtn", "Find", "Find Files"},
-        {"ID_FindNextBtn", "FindNext"},
-        {"ID_PrintBtn", "Print", "Print File"},
-        {"ID_SendBtn", "Send", "Send Files over the Internet by E-Mail"},
-        {"ID_ReceiveBtn", "Receive", "Receive Files by E-Mail"},
-        {"ID_OrgTBBrwBtn", "OrgTBBrw", "Browse Table of Files"},
-        {"ID_AddOrgFilesBtn", "AddOrgFiles", "Add Files to File Organizer Table"},
-        {"ID_CollapseBtn", "Collapse"},
-        {"ID_LargeIconsBtn", "LargeIcons", "Display Folder and files using Large Icons"},
-        {"ID_SmallIconsBtn", "SmallIcons", "Display Folder using small Icons"},
-        {"ID_ThumbsBtn", "Thumbs", "Display Picture Thumb Nails"},
-        {"ID_ListIconsBtn", "ListIcons", "Display Folder and Files by Icon List"},
-        {"ID_DetailIconsBtn", "DetailIcons", "Display Folder and Files with Detail Information"},
-        {"ID_HelpBtn", "Help", "Help with Tarnby"},
-        {"ID_UpFolderBtn", "UpFolder", "Move up to higher folder"},
-        {"ID_QuikPictBtn", "QuikPict", "Display Quick View of a Picture"},
+        {keys::OpenBtn, "Open", "Open File"},
+        {keys::FindBtn, "Find", "Find Files"},
+        {keys::FindNextBtn, "FindNext"},
+        {keys::PrintBtn, "Print", "Print File"},
+        {keys::SendBtn, "Send", "Send Files over the Internet by E-Mail"},
+        {keys::ReceiveBtn, "Receive", "Receive Files by E-Mail"},
+        {keys::OrgTBBrwBtn, "OrgTBBrw", "Browse Table of Files"},
+        {keys::AddOrgFilesBtn, "AddOrgFiles", "Add Files to File Organizer Table"},
+        {keys::CollapseBtn, "Collapse"},
+        {keys::LargeIconsBtn, "LargeIcons", "Display Folder and files using Large Icons"},
+        {keys::SmallIconsBtn, "SmallIcons", "Display Folder using small Icons"},
+        {keys::ThumbsBtn, "Thumbs", "Display Picture Thumb Nails"},
+        {keys::ListIconsBtn, "ListIcons", "Display Folder and Files by Icon List"},
+        {keys::DetailIconsBtn, "DetailIcons", "Display Folder and Files with Detail Information"},
+        {keys::HelpBtn, "Help", "Help with Tarnby"},
+        {keys::UpFolderBtn, "UpFolder", "Move up to higher folder"},
+        {keys::QuikPictBtn, "QuikPict", "Display Quick View of a Picture"},
     };
     return tools;
 }
@@ -552,17 +552,17 @@ const std::vector<Tool> &browserToolbar()
 const std::vector<Tool> &browserCategoryToolbar()
 {
     static const std::vector<Tool> tools = {
-        {"ID_PicturesBtn", "Pictures", "Display only Picture Files"},
-        {"ID_SoundsBtn", "Sounds", "Display only Wave Files"},
-        {"ID_MusicBtn", "Music", "Display only Music Files (MID,RMI,MP3,M3U)"},
-        {"ID_VideoBtn", "Video", "Display only Video Files"},
-        {"ID_DocumentBtn", "Document", "Display only Text Files, HTML, Documents, and System Files"},
-        {"ID_TableBtn", "Table", "Display only Database and Table Files"},
-        {"ID_AllBtn", "All", "Display all the File Types"},
-        {"ID_SetFolderBtn", "SetFolder", "Go to preset Folder and Filter"},
-        {"ID_ExitBtn", "Exit", "Exit the Tarnby Program"},
-        {"ID_StopBtn", "Stop", "Stop ThumbNails from Loading"},
-        {"ID_RefreshBtn", "Refresh", "Refresh File List"},
+        {keys::PicturesBtn, "Pictures", "Display only Picture Files"},
+        {keys::SoundsBtn, "Sounds", "Display only Wave Files"},
+        {keys::MusicBtn, "Music", "Display only Music Files (MID,RMI,MP3,M3U)"},
+        {keys::VideoBtn, "Video", "Display only Video Files"},
+        {keys::DocumentBtn, "Document", "Display only Text Files, HTML, Documents, and System Files"},
+        {keys::TableBtn, "Table", "Display only Database and Table Files"},
+        {keys::AllBtn, "All", "Display all the File Types"},
+        {keys::SetFolderBtn, "SetFolder", "Go to preset Folder and Filter"},
+        {keys::ExitBtn, "Exit", "Exit the Tarnby Program"},
+        {keys::StopBtn, "Stop", "Stop ThumbNails from Loading"},
+        {keys::RefreshBtn, "Refresh", "Refresh File List"},
     };
     return tools;
 }
@@ -570,19 +570,19 @@ const std::vector<Tool> &browserCategoryToolbar()
 QStringList selectionCommandKeys()
 {
     return {
-        QStringLiteral("ID_mnuCloseFile"), QStringLiteral("ID_mnuSaveFileAs"),
-        QStringLiteral("ID_mnuMoveFile"), QStringLiteral("ID_mnuRenameFile"),
-        QStringLiteral("ID_mnuPrintFile"), QStringLiteral("ID_mnuFileProperties"),
-        QStringLiteral("ID_mnuOpenOLE"), QStringLiteral("ID_mnuSendFiles"),
-        QStringLiteral("ID_PrintBtn"), QStringLiteral("ID_SendBtn"),
-        QStringLiteral("ID_mnuSendFilesbyE-Mail"),
+        keys::mnuCloseFile, keys::mnuSaveFileAs,
+        keys::mnuMoveFile, keys::mnuRenameFile,
+        keys::mnuPrintFile, keys::mnuFileProperties,
+        keys::mnuOpenOLE, keys::mnuSendFiles,
+        keys::PrintBtn, keys::SendBtn,
+        keys::mnuSendFilesbyEMail,
     };
 }
 
 QStringList databaseSelectionKeys()
 {
-    return {QStringLiteral("ID_mnuSetDatabaseTable"), QStringLiteral("ID_mnuSetDatabaseTableIndex"),
-            QStringLiteral("ID_mnuViewTableComments")};
+    return {keys::mnuSetDatabaseTable, keys::mnuSetDatabaseTableIndex,
+            keys::mnuViewTableComments};
 }
 
 bool enablesDatabaseEntries(const QString &extension)

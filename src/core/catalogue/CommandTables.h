@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/catalogue/CommandKeys.h"
+
 #include <QList>
 #include <QString>
 
@@ -11,17 +13,17 @@
 // tool's string key, caption and tooltip, the order of menus and toolbars, the
 // dispatch tables that turn a clicked key into an action, and the frame's
 // enabling routines. The windows build their menus from these tables and
-// dispatch through them, so each key is written once, here.
+// dispatch through them. Every key is one of the constants in CommandKeys.h.
 namespace tarnby::commands {
 
 struct Tool {
-    const char *key;
+    QLatin1String key;
     const char *caption;
     const char *tooltip = ""; // empty: the caption serves as tooltip
 };
 
 struct Menu {
-    const char *key;
+    QLatin1String key;
     const char *caption;
     std::vector<Tool> entries;
 };
@@ -83,8 +85,6 @@ QStringList frameDispatchKeys();
 
 const std::vector<Menu> &frameMenus();
 const std::vector<Tool> &frameToolbar();
-inline constexpr const char *WindowListKey = "WindowList";
-inline constexpr const char *WindowMenuKey = "ID_mnuWindow";
 
 // The five routines that set the enabled state of the frame's document
 // commands, and what each sets, in the order it sets it. Keys a routine leaves
@@ -127,8 +127,6 @@ QStringList browserDispatchKeys();
 const std::vector<Menu> &browserMenus();
 const std::vector<Tool> &browserToolbar();       // the first toolbar
 const std::vector<Tool> &browserCategoryToolbar(); // the second toolbar, before the clock
-inline constexpr const char *DateToolKey = "ID_Date";
-inline constexpr const char *TimeToolKey = "ID_Time";
 
 // The browser's selection commands: enabled after a file is selected, disabled
 // with no selection; the database entries only for DB, DBF, MDB, XLS and "W4".

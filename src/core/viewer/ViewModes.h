@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/catalogue/CommandKeys.h"
+
 #include <QList>
 #include <QRect>
 #include <QString>
@@ -16,10 +18,10 @@ namespace tarnby::viewer {
 enum class PaintMode { Normal = 0, Stretch = 1 };
 
 // The frame's menu entries whose checked state shows the view mode.
-inline constexpr const char *NormalViewKey = "ID_mnuNormalImageView";
-inline constexpr const char *StretchViewKey = "ID_mnuStretchImageView";
-inline constexpr const char *PanImageKey = "ID_mnuPanImage";
-inline constexpr const char *MagnifyingGlassKey = "ID_mnuMagnifyingGlass";
+inline constexpr QLatin1String NormalViewKey = commands::keys::mnuNormalImageView;
+inline constexpr QLatin1String StretchViewKey = commands::keys::mnuStretchImageView;
+inline constexpr QLatin1String PanImageKey = commands::keys::mnuPanImage;
+inline constexpr QLatin1String MagnifyingGlassKey = commands::keys::mnuMagnifyingGlass;
 
 struct ViewStep {
     enum class Action {
@@ -36,7 +38,7 @@ struct ViewStep {
     bool checked = false;
 
     static ViewStep paint(PaintMode m) { return {Action::SetPaintMode, m, {}, false}; }
-    static ViewStep check(const char *k, bool on) { return {Action::Check, PaintMode::Normal, QLatin1String(k), on}; }
+    static ViewStep check(QLatin1String k, bool on) { return {Action::Check, PaintMode::Normal, k, on}; }
     static ViewStep simple(Action a) { return {a, PaintMode::Normal, {}, false}; }
     bool operator==(const ViewStep &o) const
     {

@@ -115,11 +115,11 @@ void Tarnby1::buildCommandBar()
 
     // The date and time tools are labels fed by Timer1.
     m_date = new QLabel(second);
-    m_date->setObjectName(QLatin1String(commands::DateToolKey));
+    m_date->setObjectName(commands::keys::Date);
     m_date->setMinimumWidth(90);
     m_date->setAlignment(Qt::AlignCenter);
     m_time = new QLabel(second);
-    m_time->setObjectName(QLatin1String(commands::TimeToolKey));
+    m_time->setObjectName(commands::keys::Time);
     m_time->setMinimumWidth(80);
     m_time->setAlignment(Qt::AlignCenter);
     second->addSeparator();
@@ -241,7 +241,7 @@ void Tarnby1::buildCentralArea()
     connect(m_splitter, &QSplitter::splitterMoved, this, [this] { storePanes(); });
 
     connect(m_thumbs, &ThumbnailView::loadingChanged, this, [this](bool loading) {
-        m_bar->setEnabled(QStringLiteral("ID_StopBtn"), loading);
+        m_bar->setEnabled(commands::keys::StopBtn, loading);
         m_thumbProgress->setVisible(loading);
     });
     connect(m_thumbs, &ThumbnailView::progress, this, [this](int done, int total) {
@@ -249,7 +249,7 @@ void Tarnby1::buildCentralArea()
         m_thumbProgress->setValue(done);
     });
     connect(m_thumbs, &ThumbnailView::pictureActivated, this, &Tarnby1::DisplayImage);
-    m_bar->setEnabled(QStringLiteral("ID_StopBtn"), false);
+    m_bar->setEnabled(commands::keys::StopBtn, false);
     buildShortcuts();
 }
 
@@ -265,7 +265,7 @@ void Tarnby1::buildShortcuts()
     };
     listKey(QKeySequence(Qt::Key_Delete), m_listFrame, &Tarnby1::deleteSelected);
     listKey(QKeySequence(Qt::Key_F2), m_listFrame, &Tarnby1::renameSelected);
-    auto up = [this] { toolClick(QStringLiteral("ID_UpFolderBtn")); };
+    auto up = [this] { toolClick(commands::keys::UpFolderBtn); };
     listKey(QKeySequence(Qt::Key_Backspace), m_listFrame, up);
     listKey(QKeySequence(Qt::Key_Backspace), m_tree, up);
 
@@ -276,8 +276,8 @@ void Tarnby1::buildShortcuts()
     };
     // Keys go through the command keys like clicks do, so that a busy
     // document window holds them off too.
-    windowKey(QKeySequence(Qt::Key_F5), [this] { toolClick(QStringLiteral("ID_RefreshBtn")); });
-    windowKey(QKeySequence(QStringLiteral("Ctrl+F")), [this] { toolClick(QStringLiteral("ID_FindBtn")); });
+    windowKey(QKeySequence(Qt::Key_F5), [this] { toolClick(commands::keys::RefreshBtn); });
+    windowKey(QKeySequence(QStringLiteral("Ctrl+F")), [this] { toolClick(commands::keys::FindBtn); });
 }
 
 void Tarnby1::load(const StartupRequest &request)
@@ -672,7 +672,7 @@ void Tarnby1::deleteSelected()
     const int row = m_listView->currentRow();
     if (row < 0 || m_listModel->isFolder(row))
         return;
-    toolClick(QStringLiteral("ID_mnuDeleteFile"));
+    toolClick(commands::keys::mnuDeleteFile);
 }
 
 void Tarnby1::renameSelected()
@@ -680,7 +680,7 @@ void Tarnby1::renameSelected()
     const int row = m_listView->currentRow();
     if (row < 0 || m_listModel->isFolder(row))
         return;
-    toolClick(QStringLiteral("ID_mnuRenameFile"));
+    toolClick(commands::keys::mnuRenameFile);
 }
 
 TransferResult Tarnby1::transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action)

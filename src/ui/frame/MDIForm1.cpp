@@ -37,16 +37,16 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     m_bar->setObjectName(QStringLiteral("ToolBarComp1"));
     for (const commands::Menu &menu : commands::frameMenus()) {
         QMenu *m = m_bar->addMenu(menuBar(), menu);
-        if (qstrcmp(menu.key, commands::WindowMenuKey) == 0)
+        if (menu.key == commands::keys::mnuWindow)
             m_windowMenu = m;
     }
     auto *toolbar = addToolBar(QStringLiteral("Viewing"));
     toolbar->setObjectName(QStringLiteral("FrameToolBar"));
     toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     m_bar->addTools(toolbar, commands::frameToolbar());
-    m_bar->makeCheckable({QStringLiteral("ID_NormalBtn"), QStringLiteral("ID_StretchBtn")}, true);
-    m_bar->makeCheckable({QStringLiteral("ID_mnuNormalImageView"), QStringLiteral("ID_mnuStretchImageView")}, true);
-    m_bar->makeCheckable({QStringLiteral("ID_mnuPanImage"), QStringLiteral("ID_mnuMagnifyingGlass")}, false);
+    m_bar->makeCheckable({commands::keys::NormalBtn, commands::keys::StretchBtn}, true);
+    m_bar->makeCheckable({commands::keys::mnuNormalImageView, commands::keys::mnuStretchImageView}, true);
+    m_bar->makeCheckable({commands::keys::mnuPanImage, commands::keys::mnuMagnifyingGlass}, false);
     connect(m_bar, &CommandBar::toolClicked, this, [this](const QString &key) { toolClick(key); });
 
     m_area = new QMdiArea(this);
@@ -70,7 +70,8 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     };
 
     // The table entries start disabled; only a table window enables them.
-    for (const char *key : {"ID_mnuSetDatabaseTable", "ID_mnuSetDatabaseTableIndex", "ID_mnuSetTableComments"})
+    for (QLatin1String key : {commands::keys::mnuSetDatabaseTable, commands::keys::mnuSetDatabaseTableIndex,
+                              commands::keys::mnuSetTableComments})
         m_bar->setEnabled(QLatin1String(key), false);
     refreshCommandState();
 }
@@ -138,10 +139,10 @@ void MDIForm1::runFrameAction(FrameAction action, const QString &caption)
     case FrameAction::NoAction:
         return;
     case FrameAction::PressNormalButton:
-        m_bar->setChecked(QStringLiteral("ID_NormalBtn"), true);
+        m_bar->setChecked(commands::keys::NormalBtn, true);
         return;
     case FrameAction::PressStretchButton:
-        m_bar->setChecked(QStringLiteral("ID_StretchBtn"), true);
+        m_bar->setChecked(commands::keys::StretchBtn, true);
         return;
     case FrameAction::WorkingFolders:
         emit browserCommand(BrowserAction::WorkingFolders);
@@ -333,7 +334,7 @@ void MDIForm1::AddToWindowList()
     QMdiSubWindow *active = m_area->activeSubWindow();
     for (QMdiSubWindow *w : windows) {
         auto *a = m_windowMenu->addAction(w->windowTitle());
-        a->setObjectName(QLatin1String(commands::WindowListKey));
+        a->setObjectName(commands::keys::WindowList);
         if (w == active) {
             a->setIcon(check);
             a->setCheckable(true);
@@ -341,7 +342,7 @@ void MDIForm1::AddToWindowList()
         }
         const QString caption = w->windowTitle();
         connect(a, &QAction::triggered, this, [this, caption] {
-            toolClick(QLatin1String(commands::WindowListKey), caption);
+            toolClick(commands::keys::WindowList, caption);
         });
         m_windowListActions << a;
     }
