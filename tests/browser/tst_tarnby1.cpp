@@ -11,7 +11,7 @@
 #include "ui/services/UiServices.h"
 #include "ui/tools/HelpWindow.h"
 
-#include "TestDir.h"
+#include "UiFixture.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -48,6 +48,7 @@ private slots:
 private:
     void start(const QString &commandLine = {});
 
+    std::unique_ptr<UiFixture> m_ui;
     TestDir *m_dir = nullptr;
     AppState *m_state = nullptr;
     UiServices *m_services = nullptr;
@@ -58,22 +59,19 @@ private:
 
 void TestTarnby1::init()
 {
-    m_dir = new TestDir;
-    m_state = new AppState;
-    m_services = new UiServices;
-    m_responder = new ScriptedResponder(*m_services);
-    m_store = new SettingsStore(m_dir->filePath(QStringLiteral("settings.ini")));
+    m_ui = std::make_unique<UiFixture>();
+    m_dir = &m_ui->home;
+    m_state = &m_ui->state;
+    m_services = &m_ui->services;
+    m_responder = &m_ui->responder;
+    m_store = &m_ui->store;
     m_browser = new Tarnby1(*m_state, *m_services, *m_store);
 }
 
 void TestTarnby1::cleanup()
 {
     delete m_browser;
-    delete m_store;
-    delete m_responder;
-    delete m_services;
-    delete m_state;
-    delete m_dir;
+    m_ui.reset();
 }
 
 void TestTarnby1::start(const QString &commandLine)
