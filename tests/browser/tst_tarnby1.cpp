@@ -3,7 +3,6 @@
 #include "core/app/AppState.h"
 #include "core/app/SettingsStore.h"
 #include "core/catalogue/CommandTables.h"
-#include "core/catalogue/FileCatalogue.h"
 #include "ui/browser/Tarnby1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
@@ -31,12 +30,9 @@ private slots:
     void init();
     void cleanup();
     void startupStepsInOrder();
-    void filterBoxAtStart();
     void badHomeIsReportedThenFallsBack();
     void menusAndToolbars();
     void clockTicks();
-    void categoryButtons_data();
-    void categoryButtons();
     void displayImageRouting_data();
     void displayImageRouting();
     void selectionCommandsAndTheW4Rule_data();
@@ -96,20 +92,6 @@ void TestTarnby1::startupStepsInOrder()
     QVERIFY(m_responder->messages().isEmpty());
 }
 
-void TestTarnby1::filterBoxAtStart()
-{
-    start();
-    QComboBox *box = m_browser->findChild<QComboBox *>(QStringLiteral("CMBFILEFLTR"));
-    QVERIFY(box);
-    QCOMPARE(box->count(), 40);
-    QCOMPARE(box->currentIndex(), 35);
-    QCOMPARE(box->currentText(), QStringLiteral("All Image and MultiMedia Files"));
-    for (int i = 0; i < box->count(); ++i) {
-        QCOMPARE(box->itemData(i).toInt(), i);
-        QCOMPARE(box->itemText(i), QLatin1String(catalogue::FilterDescriptions[i]));
-    }
-}
-
 void TestTarnby1::badHomeIsReportedThenFallsBack()
 {
     StartupRequest request;
@@ -155,34 +137,6 @@ void TestTarnby1::clockTicks()
     date->clear();
     QTRY_VERIFY_WITH_TIMEOUT(!date->text().isEmpty(), 2000);
     QVERIFY(!time->text().isEmpty());
-}
-
-void TestTarnby1::categoryButtons_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<int>("startIndex");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("letter");
-    QTest::newRow("Pictures picks all pictures") << "ID_PicturesBtn" << 35 << 32 << "P";
-    QTest::newRow("Sounds picks wave files") << "ID_SoundsBtn" << 35 << 27 << "S";
-    QTest::newRow("Music picks music files") << "ID_MusicBtn" << 35 << 30 << "M";
-    QTest::newRow("Video keeps the entry") << "ID_VideoBtn" << 4 << 4 << "V";
-    QTest::newRow("Document keeps the entry") << "ID_DocumentBtn" << 36 << 36 << "T";
-    QTest::newRow("Table records the documents letter") << "ID_TableBtn" << 37 << 37 << "T";
-    QTest::newRow("All keeps the entry") << "ID_AllBtn" << 12 << 12 << "A";
-}
-
-void TestTarnby1::categoryButtons()
-{
-    QFETCH(QString, key);
-    QFETCH(int, startIndex);
-    QFETCH(int, index);
-    QFETCH(QString, letter);
-    start();
-    m_browser->filterBox()->setCurrentIndex(startIndex);
-    m_browser->findChild<QAction *>(key)->trigger();
-    QCOMPARE(m_browser->filterBox()->currentIndex(), index);
-    QCOMPARE(m_state->categoryLetter, letter);
 }
 
 void TestTarnby1::displayImageRouting_data()

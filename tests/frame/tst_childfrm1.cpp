@@ -117,7 +117,6 @@ private slots:
     void releaseBeforeOpeningWithAnotherProgram();
     void hugeTextFileKeepsTheInterfaceAlive();
     void binaryJunkNamedTxt();
-    void windowMenuListsTheDocuments();
     void everyFixtureOpens_data();
     void everyFixtureOpens();
 
@@ -717,19 +716,6 @@ void TestChildFrm1::binaryJunkNamedTxt()
     QVERIFY(text1->isVisible());
     QVERIFY(text1->toPlainText().size() > 50000);
     QVERIFY(m_responder->messages().isEmpty());
-}
-
-void TestChildFrm1::windowMenuListsTheDocuments()
-{
-    REQUIRE_FIXTURES();
-    QVERIFY(open(fixtures::path("PNG/hopper.png")));
-    QVERIFY(open(fixtures::path("TXT/testTXT.txt")));
-    QStringList entries;
-    for (QAction *a : m_frame->windowMenu()->actions()) {
-        if (a->objectName() == QLatin1String("WindowList"))
-            entries << a->text();
-    }
-    QCOMPARE(entries, (QStringList{"hopper.png", "testTXT.txt"}));
 }
 
 void TestChildFrm1::everyFixtureOpens_data()
