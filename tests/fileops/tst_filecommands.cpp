@@ -87,8 +87,8 @@ private slots:
     void saveAsDialogRequest();
     void saveAsCopy_data();
     void saveAsCopy();
+    void saveAsPicture_data();
     void saveAsPicture();
-    void saveAsPictureUnknownFormat();
 
     void openWithApplication();
 
@@ -416,18 +416,33 @@ void TestFileCommands::saveAsCopy()
     QCOMPARE(dir.read("notes.txt"), content);
 }
 
+void TestFileCommands::saveAsPicture_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("message"); // @ stands for the target's path
+    QTest::newRow("BMP") << "hopper.bmp" << "";
+    QTest::newRow("extension without a writer") << "hopper.xyz" << "Error Saving File - @";
+}
+
 void TestFileCommands::saveAsPicture()
 {
     REQUIRE_FIXTURES();
+    QFETCH(QString, target);
+    QFETCH(QString, message);
     TestDir dir;
     const QString source = dir.filePath("hopper.png");
+    const QString path = dir.filePath(target);
     QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
     m_state->currentFile = source;
-    ScriptedResponder responder(*m_services);
-    responder.acceptFile(dir.filePath("hopper.bmp"));
+    m_responder->acceptFile(path);
     m_commands->SaveFileAs();
-    QCOMPARE(responder.messageTexts(), QStringList());
-    QImageReader reader(dir.filePath("hopper.bmp"));
+    if (!message.isEmpty()) {
+        QCOMPARE(m_responder->messageTexts(), QStringList{message.replace("@", path)});
+        QVERIFY(!QFileInfo::exists(path));
+        return;
+    }
+    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QImageReader reader(path);
     QCOMPARE(reader.format(), QByteArray("bmp")); // a real BMP, not a renamed PNG
     const QImage saved = reader.read();
     QCOMPARE(saved.size(), QSize(128, 128));
@@ -438,20 +453,6 @@ void TestFileCommands::saveAsPicture()
         for (int x = 0; x < 128; ++x)
             differing += original.pixel(x, y) != copy.pixel(x, y);
     QCOMPARE(differing, 0);
-}
-
-void TestFileCommands::saveAsPictureUnknownFormat()
-{
-    REQUIRE_FIXTURES();
-    TestDir dir;
-    const QString source = dir.filePath("hopper.png");
-    QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
-    m_state->currentFile = source;
-    ScriptedResponder responder(*m_services);
-    responder.acceptFile(dir.filePath("hopper.xyz"));
-    m_commands->SaveFileAs();
-    QCOMPARE(responder.messageTexts(), QStringList{"Error Saving File - " + dir.filePath("hopper.xyz")});
-    QVERIFY(!QFileInfo::exists(dir.filePath("hopper.xyz")));
 }
 
 void TestFileCommands::openWithApplication()

@@ -160,19 +160,8 @@ void TestSettingsWindows::optionsControls_data()
     QTest::addColumn<QString>("tooltip");
     QTest::newRow("text documents") << "CHKUSETEXTDOC" << "Use Text File Format for HTML,Word Docments"
                                     << "Use Text File Format for HTML,Word Docments";
-    QTest::newRow("bold type") << "CHKBOLDTYPE" << "Use Bold Type" << "Use Bold Type on all Windows";
-    QTest::newRow("grid lines") << "CHKGRIDLINE" << "Use Grid Lines" << "Show Grid Lines on Folder/File Explorer List";
-    QTest::newRow("menu light raised") << "RDMENU_1" << "Light Raised" << "Use Light Raised Text on Menus";
-    QTest::newRow("menu heavy raised") << "RDMENU_4" << "Heavy Raised" << "Use Heavy Raised Text on Menus";
-    QTest::newRow("inset browser text") << "RDBROWTYPE_0" << "Inset Browser Text"
-                                        << "Use Inset 3-D Text on all Table Browsers";
-    QTest::newRow("flat browser text") << "RDBROWTYPE_2" << "Flat Browser Text" << "Use Flat 2-D Text on Table Browsers";
     QTest::newRow("address book") << "EMailBKBtn" << "..." << "Locate E-Mail Address Book";
     QTest::newRow("separator") << "Text1_6" << "" << "Percent of Main Window Device/Folder Selector Tree Occupies";
-    QTest::newRow("from address") << "Text1_3" << "" << "Enter Your From E-Mail Address";
-    QTest::newRow("web site") << "Text1_2" << "" << "Enter Web Site Address available when Browser Started";
-    QTest::newRow("to address 3") << "Text1_9" << ""
-                                  << "Enter a frequently used To E-Mail Address for sending files";
 }
 
 void TestSettingsWindows::optionsControls()
@@ -459,12 +448,6 @@ void TestSettingsWindows::colourSwatchGrid()
         else
             QCOMPARE(grid->itemAtPosition(row + 1, 2), nullptr);
     }
-    QCOMPARE(child<QLabel>(&dialog, QStringLiteral("LblRow8"))->text(), QStringLiteral("Select Color for ThumbNail Window:"));
-    QCOMPARE(child<QLabel>(&dialog, QStringLiteral("LblBackGround"))->text(), QStringLiteral("BackGround"));
-    QCOMPARE(child<QPushButton>(&dialog, QStringLiteral("OKBtn"))->toolTip(),
-             QStringLiteral("Click OK to Select Program Colors"));
-    QCOMPARE(child<QPushButton>(&dialog, QStringLiteral("HelpBtn"))->toolTip(),
-             QStringLiteral("Help with Program Color Selections"));
     // Each swatch shows its stored colour; the shared pair the same one.
     QCOMPARE(dialog.swatch(0)->value(), 0xFFD3CEu);
     QCOMPARE(dialog.swatch(10)->value(), dialog.swatch(21)->value());
