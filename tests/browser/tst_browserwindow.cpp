@@ -13,7 +13,7 @@
 #include "ui/services/UiServices.h"
 
 #include "Fixtures.h"
-#include "TestDir.h"
+#include "UiFixture.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -44,27 +44,12 @@ using namespace tarnby::ui;
 
 namespace {
 
-// One browser window with scripted message boxes, a settings store of its own
-// and a folder of files to browse.
-struct Browser {
-    TestDir home;
+// One browser window on the shared set-up, and a folder of files to browse.
+struct Browser : UiFixture {
     TestDir files;
-    SettingsStore store{home.filePath(QStringLiteral("settings.ini"))};
-    AppState state;
-    UiServices services;
-    ScriptedResponder responder{services};
     std::unique_ptr<Tarnby1> window;
 
     Browser() { window = std::make_unique<Tarnby1>(state, services, store); }
-
-    // Options as a previous run saved them; start-up reads them back.
-    void saveOptions(const std::function<void(settings::ProgramOptions &)> &change)
-    {
-        settings::ProgramOptions options;
-        settings::readProgramOptions(home.path(), options);
-        change(options);
-        QVERIFY(settings::writeProgramOptions(home.path(), options, nullptr));
-    }
 
     void load()
     {

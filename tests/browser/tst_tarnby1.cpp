@@ -3,7 +3,6 @@
 #include "core/app/AppState.h"
 #include "core/app/SettingsStore.h"
 #include "core/catalogue/CommandTables.h"
-#include "core/catalogue/FileCatalogue.h"
 #include "ui/browser/Tarnby1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
@@ -12,7 +11,7 @@
 #include "ui/services/UiServices.h"
 #include "ui/tools/HelpWindow.h"
 
-#include "TestDir.h"
+#include "UiFixture.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -33,12 +32,9 @@ private slots:
     void init();
     void cleanup();
     void startupStepsInOrder();
-    void filterBoxAtStart();
     void badHomeIsReportedThenFallsBack();
     void menusAndToolbars();
     void clockTicks();
-    void categoryButtons_data();
-    void categoryButtons();
     void displayImageRouting_data();
     void displayImageRouting();
     void openCommandsGoThroughTheBrowser_data();
@@ -52,6 +48,7 @@ private slots:
 private:
     void start(const QString &commandLine = {});
 
+    std::unique_ptr<UiFixture> m_ui;
     TestDir *m_dir = nullptr;
     AppState *m_state = nullptr;
     UiServices *m_services = nullptr;
@@ -62,22 +59,19 @@ private:
 
 void TestTarnby1::init()
 {
-    m_dir = new TestDir;
-    m_state = new AppState;
-    m_services = new UiServices;
-    m_responder = new ScriptedResponder(*m_services);
-    m_store = new SettingsStore(m_dir->filePath(QStringLiteral("settings.ini")));
+    m_ui = std::make_unique<UiFixture>();
+    m_dir = &m_ui->home;
+    m_state = &m_ui->state;
+    m_services = &m_ui->services;
+    m_responder = &m_ui->responder;
+    m_store = &m_ui->store;
     m_browser = new Tarnby1(*m_state, *m_services, *m_store);
 }
 
 void TestTarnby1::cleanup()
 {
     delete m_browser;
-    delete m_store;
-    delete m_responder;
-    delete m_services;
-    delete m_state;
-    delete m_dir;
+    m_ui.reset();
 }
 
 void TestTarnby1::start(const QString &commandLine)
@@ -100,20 +94,6 @@ void TestTarnby1::startupStepsInOrder()
     QCOMPARE(m_state->programFolder, m_dir->filePath(QStringLiteral("home")));
     QCOMPARE(m_store->value("Registered", "TarnbyDIR").toString(), m_state->programFolder);
     QVERIFY(m_responder->messages().isEmpty());
-}
-
-void TestTarnby1::filterBoxAtStart()
-{
-    start();
-    QComboBox *box = m_browser->findChild<QComboBox *>(QStringLiteral("CMBFILEFLTR"));
-    QVERIFY(box);
-    QCOMPARE(box->count(), 40);
-    QCOMPARE(box->currentIndex(), 35);
-    QCOMPARE(box->currentText(), QStringLiteral("All Image and MultiMedia Files"));
-    for (int i = 0; i < box->count(); ++i) {
-        QCOMPARE(box->itemData(i).toInt(), i);
-        QCOMPARE(box->itemText(i), QLatin1String(catalogue::FilterDescriptions[i]));
-    }
 }
 
 void TestTarnby1::badHomeIsReportedThenFallsBack()
@@ -161,34 +141,6 @@ void TestTarnby1::clockTicks()
     date->clear();
     QTRY_VERIFY_WITH_TIMEOUT(!date->text().isEmpty(), 2000);
     QVERIFY(!time->text().isEmpty());
-}
-
-void TestTarnby1::categoryButtons_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<int>("startIndex");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("letter");
-    QTest::newRow("Pictures picks all pictures") << "ID_PicturesBtn" << 35 << 32 << "P";
-    QTest::newRow("Sounds picks wave files") << "ID_SoundsBtn" << 35 << 27 << "S";
-    QTest::newRow("Music picks music files") << "ID_MusicBtn" << 35 << 30 << "M";
-    QTest::newRow("Video keeps the entry") << "ID_VideoBtn" << 4 << 4 << "V";
-    QTest::newRow("Document keeps the entry") << "ID_DocumentBtn" << 36 << 36 << "T";
-    QTest::newRow("Table records the documents letter") << "ID_TableBtn" << 37 << 37 << "T";
-    QTest::newRow("All keeps the entry") << "ID_AllBtn" << 12 << 12 << "A";
-}
-
-void TestTarnby1::categoryButtons()
-{
-    QFETCH(QString, key);
-    QFETCH(int, startIndex);
-    QFETCH(int, index);
-    QFETCH(QString, letter);
-    start();
-    m_browser->filterBox()->setCurrentIndex(startIndex);
-    m_browser->findChild<QAction *>(key)->trigger();
-    QCOMPARE(m_browser->filterBox()->currentIndex(), index);
-    QCOMPARE(m_state->categoryLetter, letter);
 }
 
 void TestTarnby1::displayImageRouting_data()

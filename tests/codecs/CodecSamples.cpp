@@ -14,9 +14,6 @@ void le32(QByteArray &out, quint32 v)
     le16(out, v & 0xffff);
     le16(out, v >> 16);
 }
-
-namespace {
-
 void be16(QByteArray &out, quint32 v)
 {
     out.append(char((v >> 8) & 0xff)).append(char(v & 0xff));
@@ -26,6 +23,8 @@ void be32(QByteArray &out, quint32 v)
     be16(out, v >> 16);
     be16(out, v & 0xffff);
 }
+
+namespace {
 void putLe32At(QByteArray &out, qsizetype at, quint32 v)
 {
     for (int i = 0; i < 4; ++i)

@@ -9,9 +9,11 @@
 // were made from; the fuzz targets use them as seeds.
 namespace codecsamples {
 
-// Appends v to out as a little-endian 16- or 32-bit number.
+// Appends v to out as a little- or big-endian 16- or 32-bit number.
 void le16(QByteArray &out, quint32 v);
 void le32(QByteArray &out, quint32 v);
+void be16(QByteArray &out, quint32 v);
+void be32(QByteArray &out, quint32 v);
 
 // Microsoft Paint 1.x: rows stored plainly (picture converted to one bit).
 QByteArray mspVersion1(const QImage &image);

@@ -18,15 +18,8 @@ using tarnby::imaging::codecs::PsdHandler;
 // of the corpus; and damaged files, which must fail with a message.
 namespace {
 
-void be16(QByteArray &out, quint32 v)
-{
-    out.append(char((v >> 8) & 0xff)).append(char(v & 0xff));
-}
-void be32(QByteArray &out, quint32 v)
-{
-    be16(out, v >> 16);
-    be16(out, v & 0xffff);
-}
+using codecsamples::be16;
+using codecsamples::be32;
 
 QImage indexedPicture(int width, int height, int colours)
 {

@@ -1,7 +1,7 @@
 #include "ui/fileops/FileCommands.h"
 
 #include "Fixtures.h"
-#include "TestDir.h"
+#include "UiFixture.h"
 #include "ZipWriter.h"
 
 #include "core/app/AppState.h"
@@ -87,8 +87,8 @@ private slots:
     void saveAsDialogRequest();
     void saveAsCopy_data();
     void saveAsCopy();
+    void saveAsPicture_data();
     void saveAsPicture();
-    void saveAsPictureUnknownFormat();
 
     void openWithApplication();
 
@@ -96,20 +96,25 @@ private slots:
     void unzipOffer();
 
 private:
+    std::unique_ptr<UiFixture> m_ui;
+    AppState *m_state = nullptr;
+    UiServices *m_services = nullptr;
+    ScriptedResponder *m_responder = nullptr;
     std::unique_ptr<QWidget> m_window;
-    std::unique_ptr<AppState> m_state;
-    std::unique_ptr<UiServices> m_services;
     std::unique_ptr<FileCommands> m_commands;
-    std::unique_ptr<TestDir> m_dataHome;
+    QString m_dataHome;
 };
 
 void TestFileCommands::init()
 {
-    m_dataHome = std::make_unique<TestDir>();
-    qputenv("XDG_DATA_HOME", QFile::encodeName(m_dataHome->path()));
+    m_ui = std::make_unique<UiFixture>();
+    // The trash lives below the data folder; keep it inside the test's own folder.
+    m_dataHome = m_ui->home.createFolder(QStringLiteral("data"));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_dataHome));
+    m_state = &m_ui->state;
+    m_services = &m_ui->services;
+    m_responder = &m_ui->responder;
     m_window = std::make_unique<QWidget>();
-    m_state = std::make_unique<AppState>();
-    m_services = std::make_unique<UiServices>();
     m_commands = std::make_unique<FileCommands>(*m_state, *m_services, m_window.get());
     m_commands->setParent(nullptr);
 }
@@ -117,10 +122,8 @@ void TestFileCommands::init()
 void TestFileCommands::cleanup()
 {
     m_commands.reset();
-    m_services.reset();
-    m_state.reset();
     m_window.reset();
-    m_dataHome.reset();
+    m_ui.reset();
 }
 
 void TestFileCommands::deleteFile_data()
@@ -147,22 +150,21 @@ void TestFileCommands::deleteFile()
 
     TestDir dir;
     if (!trashUsable) {
-        QFile blocker(m_dataHome->path() + "/Trash"); // a file where the trash folder must be
+        QFile blocker(m_dataHome + "/Trash"); // a file where the trash folder must be
         QVERIFY(blocker.open(QIODevice::WriteOnly));
     }
     const QString path = dir.createFile("old photo.jpg", "jpeg");
-    ScriptedResponder responder(*m_services);
     for (MessageAnswer a : answers)
-        responder.answerMessage(a);
+        m_responder->answerMessage(a);
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
 
     m_commands->DeleteFile(path);
 
-    QCOMPARE(responder.messages().size(), questions);
-    QCOMPARE(responder.messageTexts().first(), "Move File to the Trash - " + path + "? ");
+    QCOMPARE(m_responder->messages().size(), questions);
+    QCOMPARE(m_responder->messageTexts().first(), "Move File to the Trash - " + path + "? ");
     if (questions == 2)
-        QVERIFY(responder.messageTexts().at(1).startsWith("The File cannot be moved to the Trash - " + path));
-    for (const MessageRequest &m : responder.messages()) {
+        QVERIFY(m_responder->messageTexts().at(1).startsWith("The File cannot be moved to the Trash - " + path));
+    for (const MessageRequest &m : m_responder->messages()) {
         QCOMPARE(m.buttons, MessageButtons::YesNo);
         QCOMPARE(m.title, QStringLiteral("Tarnby 3.0"));
     }
@@ -176,12 +178,11 @@ void TestFileCommands::deleteWhatIsNotAFile()
 {
     TestDir dir;
     dir.createFolder("album.jpg");
-    ScriptedResponder responder(*m_services);
-    responder.answerMessage(MessageAnswer::Yes);
-    responder.answerMessage(MessageAnswer::Yes);
+    m_responder->answerMessage(MessageAnswer::Yes);
+    m_responder->answerMessage(MessageAnswer::Yes);
     for (const QString &path : {dir.filePath("album.jpg"), dir.filePath("gone.jpg"), QStringLiteral("http://x/y.jpg")})
         m_commands->DeleteFile(path);
-    QCOMPARE(responder.messageTexts(), (QStringList{"File not Found - " + dir.filePath("album.jpg"),
+    QCOMPARE(m_responder->messageTexts(), (QStringList{"File not Found - " + dir.filePath("album.jpg"),
                                                     "File not Found - " + dir.filePath("gone.jpg"),
                                                     "File not Found - http://x/y.jpg"}));
     QVERIFY(QFileInfo(dir.filePath("album.jpg")).isDir());
@@ -191,14 +192,13 @@ void TestFileCommands::deletedFileCanBeRestored()
 {
     TestDir dir;
     const QString path = dir.createFile("letter.txt", "dear");
-    ScriptedResponder responder(*m_services);
-    responder.answerMessage(MessageAnswer::Yes);
+    m_responder->answerMessage(MessageAnswer::Yes);
     m_commands->DeleteFile(path);
     QVERIFY(!QFileInfo::exists(path));
 
-    const QStringList trashed = QDir(m_dataHome->path() + "/Trash/files").entryList(QDir::Files);
+    const QStringList trashed = QDir(m_dataHome + "/Trash/files").entryList(QDir::Files);
     QCOMPARE(trashed, QStringList{"letter.txt"});
-    const trash::RestoreResult restored = trash::restore(m_dataHome->path() + "/Trash/files/letter.txt");
+    const trash::RestoreResult restored = trash::restore(m_dataHome + "/Trash/files/letter.txt");
     QVERIFY2(restored.ok, qPrintable(restored.errorString));
     QCOMPARE(dir.read("letter.txt"), QByteArray("dear"));
 }
@@ -207,20 +207,19 @@ void TestFileCommands::moveDialogRequest()
 {
     TestDir dir;
     const QString path = dir.createFile("pics/beach.JPG", "x");
-    ScriptedResponder responder(*m_services);
-    responder.cancelDialog();
+    m_responder->cancelDialog();
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     m_commands->MoveFile(path, "JPG");
 
-    QCOMPARE(responder.dialogs().size(), 1);
-    const DialogRequest &r = responder.dialogs().first();
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    const DialogRequest &r = m_responder->dialogs().first();
     QCOMPARE(r.kind, DialogKind::SaveFile);
     QCOMPARE(r.title, QStringLiteral("Enter File Name and Folder to move To - beach.JPG"));
     QCOMPARE(r.filter, QStringLiteral("*.JPG|*.JPG"));
     QCOMPARE(r.defaultSuffix, QStringLiteral("JPG"));
     QCOMPARE(r.fileName, QStringLiteral("beach.JPG"));
     QCOMPARE(r.directory, dir.filePath("pics"));
-    QVERIFY(responder.messages().isEmpty());
+    QVERIFY(m_responder->messages().isEmpty());
     QCOMPARE(changed.size(), 0);
     QVERIFY(QFileInfo::exists(path));
 }
@@ -266,8 +265,7 @@ void TestFileCommands::moveFile()
     dir.createFolder("b");
     for (const QString &f : files)
         dir.createFile(f, f.toUtf8());
-    ScriptedResponder responder(*m_services);
-    responder.acceptFile(dir.filePath(target));
+    m_responder->acceptFile(dir.filePath(target));
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     QStringList shownFiles;
     QString shownLabel;
@@ -284,7 +282,8 @@ void TestFileCommands::moveFile()
 
     QVERIFY(shownLabel.contains(dir.filePath(target)));
     QCOMPARE(shownFiles, listed);
-    QCOMPARE(responder.messageTexts(), message.isEmpty() ? QStringList() : QStringList{message.replace("@", dir.path())});
+    QCOMPARE(m_responder->messageTexts(),
+             message.isEmpty() ? QStringList() : QStringList{message.replace("@", dir.path())});
     QCOMPARE(namesIn(dir.filePath("a")), sourceAfter);
     QCOMPARE(namesIn(dir.filePath("b")), targetAfter);
     const bool moved = message.startsWith("File Moved");
@@ -328,7 +327,6 @@ void TestFileCommands::renameFile()
         dir.createFile(f, f.toUtf8());
     const QString path = dir.filePath(source);
     m_state->currentFile = path;
-    ScriptedResponder responder(*m_services);
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     bool stillOpen = false;
     QString label;
@@ -347,7 +345,7 @@ void TestFileCommands::renameFile()
 
     QCOMPARE(label, path);
     QCOMPARE(listed, files.size());
-    QCOMPARE(responder.messageTexts(), QStringList{message});
+    QCOMPARE(m_responder->messageTexts(), QStringList{message});
     QCOMPARE(stillOpen, staysOpen);
     QCOMPARE(namesIn(dir.path()), after);
     QCOMPARE(changed.size(), staysOpen ? 0 : 1);
@@ -372,15 +370,14 @@ void TestFileCommands::saveAsDialogRequest()
     QFETCH(QString, filter);
     TestDir dir;
     m_state->currentFile = current.replace("@", dir.path());
-    ScriptedResponder responder(*m_services);
-    responder.cancelDialog();
+    m_responder->cancelDialog();
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     m_commands->SaveFileAs();
-    QCOMPARE(responder.dialogs().size(), 1);
-    QCOMPARE(responder.dialogs().first().title, title);
-    QCOMPARE(responder.dialogs().first().filter, filter);
-    QCOMPARE(responder.dialogs().first().kind, DialogKind::SaveFile);
-    QVERIFY(responder.messages().isEmpty());
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    QCOMPARE(m_responder->dialogs().first().title, title);
+    QCOMPARE(m_responder->dialogs().first().filter, filter);
+    QCOMPARE(m_responder->dialogs().first().kind, DialogKind::SaveFile);
+    QVERIFY(m_responder->messages().isEmpty());
     QCOMPARE(changed.size(), 0);
 }
 
@@ -404,34 +401,48 @@ void TestFileCommands::saveAsCopy()
     m_state->currentFile = dir.createFile("notes.txt", content);
     if (targetExists)
         dir.createFile(target, "keep");
-    ScriptedResponder responder(*m_services);
-    responder.acceptFile(dir.filePath(target));
+    m_responder->acceptFile(dir.filePath(target));
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     m_commands->SaveFileAs();
     if (message.isEmpty()) {
-        QVERIFY(responder.messages().isEmpty());
+        QVERIFY(m_responder->messages().isEmpty());
         QCOMPARE(dir.read(target), content);
         QCOMPARE(changed.size(), 1);
     } else {
-        QCOMPARE(responder.messageTexts(), QStringList{message.replace("@", dir.path())});
+        QCOMPARE(m_responder->messageTexts(), QStringList{message.replace("@", dir.path())});
         QCOMPARE(dir.read(target), targetExists ? QByteArray("keep") : QByteArray());
         QCOMPARE(changed.size(), 0);
     }
     QCOMPARE(dir.read("notes.txt"), content);
 }
 
+void TestFileCommands::saveAsPicture_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("message"); // @ stands for the target's path
+    QTest::newRow("BMP") << "hopper.bmp" << "";
+    QTest::newRow("extension without a writer") << "hopper.xyz" << "Error Saving File - @";
+}
+
 void TestFileCommands::saveAsPicture()
 {
     REQUIRE_FIXTURES();
+    QFETCH(QString, target);
+    QFETCH(QString, message);
     TestDir dir;
     const QString source = dir.filePath("hopper.png");
+    const QString path = dir.filePath(target);
     QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
     m_state->currentFile = source;
-    ScriptedResponder responder(*m_services);
-    responder.acceptFile(dir.filePath("hopper.bmp"));
+    m_responder->acceptFile(path);
     m_commands->SaveFileAs();
-    QCOMPARE(responder.messageTexts(), QStringList());
-    QImageReader reader(dir.filePath("hopper.bmp"));
+    if (!message.isEmpty()) {
+        QCOMPARE(m_responder->messageTexts(), QStringList{message.replace("@", path)});
+        QVERIFY(!QFileInfo::exists(path));
+        return;
+    }
+    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QImageReader reader(path);
     QCOMPARE(reader.format(), QByteArray("bmp")); // a real BMP, not a renamed PNG
     const QImage saved = reader.read();
     QCOMPARE(saved.size(), QSize(128, 128));
@@ -444,20 +455,6 @@ void TestFileCommands::saveAsPicture()
     QCOMPARE(differing, 0);
 }
 
-void TestFileCommands::saveAsPictureUnknownFormat()
-{
-    REQUIRE_FIXTURES();
-    TestDir dir;
-    const QString source = dir.filePath("hopper.png");
-    QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
-    m_state->currentFile = source;
-    ScriptedResponder responder(*m_services);
-    responder.acceptFile(dir.filePath("hopper.xyz"));
-    m_commands->SaveFileAs();
-    QCOMPARE(responder.messageTexts(), QStringList{"Error Saving File - " + dir.filePath("hopper.xyz")});
-    QVERIFY(!QFileInfo::exists(dir.filePath("hopper.xyz")));
-}
-
 void TestFileCommands::openWithApplication()
 {
     TestDir dir;
@@ -467,22 +464,21 @@ void TestFileCommands::openWithApplication()
         opened << url;
         return succeed;
     });
-    ScriptedResponder responder(*m_services);
     m_state->currentFile = dir.createFile("my letter.doc", "x");
     m_commands->OpenwithOLE();
     QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile(dir.filePath("my letter.doc"))});
-    QVERIFY(responder.messages().isEmpty());
+    QVERIFY(m_responder->messages().isEmpty());
 
     succeed = false;
     m_commands->OpenwithOLE();
-    QCOMPARE(responder.messageTexts(),
+    QCOMPARE(m_responder->messageTexts(),
              QStringList{"No Application could Open the File - " + dir.filePath("my letter.doc")});
 
-    responder.clear();
+    m_responder->clear();
     m_state->currentFile = dir.filePath("gone.doc");
     m_commands->OpenwithOLE();
     QCOMPARE(opened.size(), 2);
-    QCOMPARE(responder.messageTexts(), QStringList{"File not Found - " + dir.filePath("gone.doc")});
+    QCOMPARE(m_responder->messageTexts(), QStringList{"File not Found - " + dir.filePath("gone.doc")});
 }
 
 void TestFileCommands::unzipOffer_data()
@@ -536,8 +532,7 @@ void TestFileCommands::unzipOffer()
     }
     if (folderExists)
         dir.createFolder("PHOTOS");
-    ScriptedResponder responder(*m_services);
-    responder.answerMessage(answer);
+    m_responder->answerMessage(answer);
     QSignalSpy finished(m_commands.get(), &FileCommands::unzipFinished);
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
 
@@ -545,14 +540,14 @@ void TestFileCommands::unzipOffer()
     if (answer == MessageAnswer::Yes)
         QVERIFY(finished.size() == 1 || finished.wait(10000));
 
-    QCOMPARE(responder.messageTexts().first(), "Do You want to Un Zip File - " + zip + "? ");
-    QCOMPARE(responder.messages().first().buttons, MessageButtons::YesNo);
+    QCOMPARE(m_responder->messageTexts().first(), "Do You want to Un Zip File - " + zip + "? ");
+    QCOMPARE(m_responder->messages().first().buttons, MessageButtons::YesNo);
     if (message.isEmpty()) {
-        QCOMPARE(responder.messages().size(), 1);
+        QCOMPARE(m_responder->messages().size(), 1);
     } else {
-        QCOMPARE(responder.messages().size(), 2);
-        QVERIFY2(responder.messageTexts().at(1).startsWith(message.replace("@", zip)),
-                 qPrintable(responder.messageTexts().at(1)));
+        QCOMPARE(m_responder->messages().size(), 2);
+        QVERIFY2(m_responder->messageTexts().at(1).startsWith(message.replace("@", zip)),
+                 qPrintable(m_responder->messageTexts().at(1)));
     }
     QCOMPARE(namesIn(dir.path()), after);
     const bool unpacked = answer == MessageAnswer::Yes && message.isEmpty();

@@ -44,11 +44,7 @@ void TestFileOperations::databaseExtensions_data()
 {
     QTest::addColumn<QString>("ext");
     QTest::addColumn<bool>("database");
-    QTest::newRow("DB") << "DB" << true;
     QTest::newRow("dbf lower case") << "dbf" << true;
-    QTest::newRow("MDB") << "MDB" << true;
-    QTest::newRow("XLS") << "XLS" << true;
-    QTest::newRow("WK4") << "WK4" << true;
     QTest::newRow("ASX in the database band but plain here") << "ASX" << false;
     QTest::newRow("ZIP in the database band but plain here") << "ZIP" << false;
     QTest::newRow("TXT") << "TXT" << false;

@@ -1,5 +1,5 @@
 #include "Fixtures.h"
-#include "TestDir.h"
+#include "UiFixture.h"
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
 #include "core/catalogue/FileCatalogue.h"
@@ -118,7 +118,6 @@ private slots:
     void releaseBeforeOpeningWithAnotherProgram();
     void hugeTextFileKeepsTheInterfaceAlive();
     void binaryJunkNamedTxt();
-    void windowMenuListsTheDocuments();
     void everyFixtureOpens_data();
     void everyFixtureOpens();
 
@@ -126,21 +125,22 @@ private:
     ChildFrm1 *open(const QString &path, bool wait = true);
     QWidget *outer(ChildFrm1 *w) const { return w->parentWidget(); }
 
-    std::unique_ptr<AppState> m_state;
-    std::unique_ptr<UiServices> m_services;
-    std::unique_ptr<ScriptedResponder> m_responder;
+    std::unique_ptr<UiFixture> m_ui;
+    AppState *m_state = nullptr;
+    UiServices *m_services = nullptr;
+    ScriptedResponder *m_responder = nullptr;
+    TestDir *m_home = nullptr;
     std::unique_ptr<MDIForm1> m_frame;
-    std::unique_ptr<TestDir> m_home;
 };
 
 void TestChildFrm1::init()
 {
-    m_state = std::make_unique<AppState>();
-    m_home = std::make_unique<TestDir>();
-    m_state->programFolder = m_home->path();
+    m_ui = std::make_unique<UiFixture>();
+    m_state = &m_ui->state;
+    m_services = &m_ui->services;
+    m_responder = &m_ui->responder;
+    m_home = &m_ui->home;
     m_home->createFile("Close.Txt", "Close File\r\n");
-    m_services = std::make_unique<UiServices>();
-    m_responder = std::make_unique<ScriptedResponder>(*m_services);
     m_frame = std::make_unique<MDIForm1>(*m_state, *m_services);
     m_frame->resize(1200, 900);
     m_frame->show();
@@ -150,10 +150,7 @@ void TestChildFrm1::init()
 void TestChildFrm1::cleanup()
 {
     m_frame.reset();
-    m_responder.reset();
-    m_services.reset();
-    m_state.reset();
-    m_home.reset();
+    m_ui.reset();
 }
 
 ChildFrm1 *TestChildFrm1::open(const QString &path, bool wait)
@@ -716,19 +713,6 @@ void TestChildFrm1::binaryJunkNamedTxt()
     QVERIFY(text1->isVisible());
     QVERIFY(text1->toPlainText().size() > 50000);
     QVERIFY(m_responder->messages().isEmpty());
-}
-
-void TestChildFrm1::windowMenuListsTheDocuments()
-{
-    REQUIRE_FIXTURES();
-    QVERIFY(open(fixtures::path("PNG/hopper.png")));
-    QVERIFY(open(fixtures::path("TXT/testTXT.txt")));
-    QStringList entries;
-    for (QAction *a : m_frame->windowMenu()->actions()) {
-        if (a->objectName() == QLatin1String("WindowList"))
-            entries << a->text();
-    }
-    QCOMPARE(entries, (QStringList{"hopper.png", "testTXT.txt"}));
 }
 
 void TestChildFrm1::everyFixtureOpens_data()

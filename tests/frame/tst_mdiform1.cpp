@@ -18,7 +18,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include "TestDir.h"
+#include "UiFixture.h"
 
 using namespace tarnby;
 using namespace tarnby::ui;
@@ -53,6 +53,7 @@ private slots:
 private:
     DocumentDouble *open(const QString &kind, qint16 indexes = 0, const QString &name = QStringLiteral("doc.jpg"));
 
+    std::unique_ptr<UiFixture> m_ui;
     AppState *m_state = nullptr;
     UiServices *m_services = nullptr;
     ScriptedResponder *m_responder = nullptr;
@@ -61,9 +62,10 @@ private:
 
 void TestMDIForm1::init()
 {
-    m_state = new AppState;
-    m_services = new UiServices;
-    m_responder = new ScriptedResponder(*m_services);
+    m_ui = std::make_unique<UiFixture>();
+    m_state = &m_ui->state;
+    m_services = &m_ui->services;
+    m_responder = &m_ui->responder;
     m_frame = new MDIForm1(*m_state, *m_services);
     m_frame->show();
 }
@@ -71,9 +73,7 @@ void TestMDIForm1::init()
 void TestMDIForm1::cleanup()
 {
     delete m_frame;
-    delete m_responder;
-    delete m_services;
-    delete m_state;
+    m_ui.reset();
 }
 
 DocumentDouble *TestMDIForm1::open(const QString &kind, qint16 indexes, const QString &name)

