@@ -1,4 +1,4 @@
-#include "ui/viewer/AudioVideo1.h"
+#include "ui/player/AudioVideo1.h"
 
 #include "Fixtures.h"
 #include "TestDir.h"

@@ -1,12 +1,11 @@
 #include "ui/fileops/MoveFile1.h"
 
-#include "ui/fileops/FileCommands.h"
-
 #include "core/app/AppState.h"
 #include "core/fileops/FileOperations.h"
 #include "ui/services/DialogButtons.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/WindowColorsApplier.h"
+#include "ui/tools/HelpWindow.h"
 
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -50,7 +49,7 @@ MoveFile1::MoveFile1(AppState &state, UiServices &services, QWidget *parent)
 
     connect(ok, &QPushButton::clicked, this, &MoveFile1::okClicked);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, [this] { showFileCommandsHelp(m_state, this); });
+    connect(help, &QPushButton::clicked, this, [this] { showHelpContents(m_state.helpFolder(), this); });
 }
 
 void MoveFile1::okClicked()

@@ -1,12 +1,11 @@
 #include "ui/fileops/Rename1.h"
 
-#include "ui/fileops/FileCommands.h"
-
 #include "core/app/AppState.h"
 #include "core/fileops/FileOperations.h"
 #include "ui/services/DialogButtons.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/WindowColorsApplier.h"
+#include "ui/tools/HelpWindow.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -54,7 +53,7 @@ Rename1::Rename1(const QString &path, AppState &state, UiServices &services, QWi
 
     connect(ok, &QPushButton::clicked, this, &Rename1::okClicked);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, [this] { showFileCommandsHelp(m_state, this); });
+    connect(help, &QPushButton::clicked, this, [this] { showHelpContents(m_state.helpFolder(), this); });
 
     fillFileList();
     m_text->setFocus();
