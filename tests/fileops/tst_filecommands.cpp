@@ -1,13 +1,13 @@
 #include "ui/fileops/FileCommands.h"
 
 #include "Fixtures.h"
+#include "ScriptedResponder.h"
 #include "TestDir.h"
 #include "ZipWriter.h"
 
 #include "core/app/AppState.h"
 #include "core/platform/imaging/PictureLayer.h"
 #include "core/platform/trash/Trash.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QApplication>

@@ -1,4 +1,5 @@
 #include "Fixtures.h"
+#include "ScriptedResponder.h"
 #include "TestDir.h"
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
@@ -6,7 +7,6 @@
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 #include "ui/viewer/Magnifier.h"
 #include "ui/viewer/PanWindow.h"

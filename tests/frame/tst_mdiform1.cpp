@@ -1,11 +1,11 @@
 #include "DocumentDouble.h"
+#include "ScriptedResponder.h"
 
 #include "core/app/AppState.h"
 #include "core/app/ProgramFolder.h"
 #include "core/catalogue/CommandTables.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QAction>

@@ -1,11 +1,11 @@
 #include "ui/player/AudioVideo1.h"
 
 #include "Fixtures.h"
+#include "ScriptedResponder.h"
 #include "TestDir.h"
 
 #include "core/app/AppState.h"
 #include "ui/fileops/FileCommands.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QLabel>
