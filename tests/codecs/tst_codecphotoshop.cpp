@@ -18,28 +18,14 @@ using tarnby::imaging::codecs::PsdHandler;
 // of the corpus; and damaged files, which must fail with a message.
 namespace {
 
-void be16(QByteArray &out, quint32 v)
-{
-    out.append(char((v >> 8) & 0xff)).append(char(v & 0xff));
-}
-void be32(QByteArray &out, quint32 v)
-{
-    be16(out, v >> 16);
-    be16(out, v & 0xffff);
-}
+using codecsamples::be16;
+using codecsamples::be32;
 
 QImage indexedPicture(int width, int height, int colours)
 {
-    QImage image(width, height, QImage::Format_Indexed8);
-    QList<QRgb> table;
-    for (int i = 0; i < colours; ++i)
-        table.append(qRgb((i * 97) & 0xff, (i * 53) & 0xff, (i * 31) & 0xff));
-    image.setColorTable(table);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            // Long flat stretches give runs longer than one PackBits packet.
-            image.setPixel(x, y, x < width / 2 ? (y % colours) : ((x * 7 + y) % colours));
-    return image;
+    // Long flat stretches give runs longer than one PackBits packet.
+    return codecsamples::indexedPicture(width, height, colours,
+                                        [width](int x, int y) { return x < width / 2 ? y : x * 7 + y; });
 }
 
 QImage greyPicture(int width, int height, QImage::Format format)
