@@ -2,13 +2,14 @@
 #
 # Every test is a Qt Test executable that links the libraries (never the app's
 # sources), runs headless on the offscreen platform and finds the sample corpus
-# through TARNBY_FIXTURES. UI marks a test that needs the widget library.
+# through TARNBY_FIXTURES. UI marks a test that needs the widget library; it
+# gets the window tests' helpers (tarnby_ui_test_support) too.
 function(tarnby_add_test name)
   cmake_parse_arguments(ARG "UI" "TIMEOUT" "LIBS;ENV" ${ARGN})
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE Qt6::Test tarnby_test_support ${ARG_LIBS})
   if(ARG_UI)
-    target_link_libraries(${name} PRIVATE tarnby_ui tarnby_test_ui)
+    target_link_libraries(${name} PRIVATE tarnby_ui_test_support)
   else()
     target_link_libraries(${name} PRIVATE tarnby_core)
   endif()

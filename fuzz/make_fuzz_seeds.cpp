@@ -2,41 +2,18 @@
 // sub-folder per target, small files made by our own sample builders.
 //   make_fuzz_seeds <seeds folder>
 #include "CodecSamples.h"
+#include "CodecTestUtil.h"
 #include "FlashPixSamples.h"
 
-#include "core/platform/imaging/codecs/OwnCodecs.h"
-
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QImageIOHandler>
-#include <QImageWriter>
 
 namespace {
 
 QImage indexedPicture(int width, int height, int colours)
 {
-    QImage image(width, height, QImage::Format_Indexed8);
-    QList<QRgb> table;
-    for (int i = 0; i < colours; ++i)
-        table.append(qRgb((i * 97) & 0xff, (i * 53) & 0xff, (i * 31) & 0xff));
-    image.setColorTable(table);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixel(x, y, ((x / 3) ^ (y / 2)) % colours);
-    return image;
-}
-
-QByteArray written(const QByteArray &format, const QImage &image)
-{
-    QByteArray out;
-    QBuffer buffer(&out);
-    buffer.open(QIODevice::WriteOnly);
-    auto handler = tarnby::imaging::codecs::createHandler(format);
-    handler->setDevice(&buffer);
-    handler->write(image);
-    return out;
+    return codecsamples::indexedPicture(width, height, colours, [](int x, int y) { return (x / 3) ^ (y / 2); });
 }
 
 void save(const QString &folder, const QString &name, const QByteArray &data)
@@ -64,7 +41,7 @@ int main(int argc, char **argv)
             rgb.setPixel(x, y, qRgb(x * 28, y * 40, (x * y) & 0xff));
 
     save(root + "/msp", "v1.msp", codecsamples::mspVersion1(mono));
-    save(root + "/msp", "v2.msp", written("msp", mono));
+    save(root + "/msp", "v2.msp", codectest::encode("msp", mono));
     save(root + "/img", "mono.img", codecsamples::gemImg(mono, 1, false));
     save(root + "/img", "four-planes.img", codecsamples::gemImg(sixteen, 4, false));
     save(root + "/img", "ximg.img", codecsamples::gemImg(sixteen, 4, true));
@@ -91,8 +68,8 @@ int main(int argc, char **argv)
                              sixteen, black},
                             100, false));
     save(root + "/flc", "fli.flc", codecsamples::flic({sixteen, black}, 5, true));
-    save(root + "/cut", "sixteen.cut", written("cut", sixteen));
-    save(root + "/mac", "picture.mac", written("mac", mono));
+    save(root + "/cut", "sixteen.cut", codectest::encode("cut", sixteen));
+    save(root + "/mac", "picture.mac", codectest::encode("mac", mono));
     codecsamples::PsdOptions psdRaw;
     psdRaw.packBits = false;
     psdRaw.extraChannels = 1;
@@ -127,16 +104,9 @@ int main(int argc, char **argv)
     for (int y = 0; y < large.height(); ++y)
         for (int x = 0; x < large.width(); ++x)
             large.setPixel(x, y, qRgb(x / 2, y / 2, (x ^ y) & 0xff));
-    for (const bool progressive : {false, true}) {
-        QByteArray jpeg;
-        QBuffer buffer(&jpeg);
-        buffer.open(QIODevice::WriteOnly);
-        QImageWriter writer(&buffer, "JPEG");
-        writer.setQuality(40);
-        writer.setProgressiveScanWrite(progressive);
-        writer.write(progressive ? large : large.convertToFormat(QImage::Format_Grayscale8));
-        save(root + "/thumbs", progressive ? "progressive.jpg" : "baseline-grey.jpg", jpeg);
-    }
+    save(root + "/thumbs", "baseline-grey.jpg",
+         codecsamples::encoded(large.convertToFormat(QImage::Format_Grayscale8), "JPEG", 40));
+    save(root + "/thumbs", "progressive.jpg", codecsamples::encoded(large, "JPEG", 40, true));
     for (const QString &folder : {"msp", "img", "iff", "ani", "clp", "flc", "cut", "mac", "psd", "dcm"}) {
         for (const QFileInfo &info : QDir(root + '/' + folder).entryInfoList(QDir::Files)) {
             QFile in(info.filePath());

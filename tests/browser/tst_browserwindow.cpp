@@ -9,7 +9,6 @@
 #include "ui/browser/ThumbnailView.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include "Fixtures.h"

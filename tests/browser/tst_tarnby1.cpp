@@ -1,4 +1,5 @@
 #include "DocumentDouble.h"
+#include "ScriptedResponder.h"
 
 #include "core/app/AppState.h"
 #include "core/app/SettingsStore.h"
@@ -7,7 +8,6 @@
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 #include "ui/tools/HelpWindow.h"
 

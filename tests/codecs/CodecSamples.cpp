@@ -14,6 +14,7 @@ void le32(QByteArray &out, quint32 v)
     le16(out, v & 0xffff);
     le16(out, v >> 16);
 }
+
 void be16(QByteArray &out, quint32 v)
 {
     out.append(char((v >> 8) & 0xff)).append(char(v & 0xff));
@@ -22,6 +23,30 @@ void be32(QByteArray &out, quint32 v)
 {
     be16(out, v >> 16);
     be16(out, v & 0xffff);
+}
+
+QImage indexedPicture(int width, int height, int colours, const std::function<int(int x, int y)> &index)
+{
+    QImage image(width, height, QImage::Format_Indexed8);
+    QList<QRgb> table;
+    for (int i = 0; i < colours; ++i)
+        table.append(qRgb((i * 97) & 0xff, (i * 53) & 0xff, (i * 31) & 0xff));
+    image.setColorTable(table);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, index(x, y) % colours);
+    return image;
+}
+
+QByteArray encoded(const QImage &image, const char *format, int quality, bool progressive)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    writer.setQuality(quality);
+    writer.setProgressiveScanWrite(progressive);
+    return writer.write(image) ? bytes : QByteArray();
 }
 
 namespace {
@@ -320,11 +345,7 @@ QByteArray ani(const QList<QImage> &frames, const QList<quint32> &sequence, cons
     list("seq ", sequence);
     QByteArray fram("fram");
     for (const QImage &frame : frames) {
-        QByteArray icon;
-        QBuffer buffer(&icon);
-        buffer.open(QIODevice::WriteOnly);
-        QImageWriter writer(&buffer, "ico");
-        writer.write(frame);
+        const QByteArray icon = encoded(frame, "ico");
         fram.append("icon");
         le32(fram, quint32(icon.size()));
         fram.append(icon);
@@ -341,12 +362,7 @@ QByteArray ani(const QList<QImage> &frames, const QList<quint32> &sequence, cons
 
 QByteArray clp(const QImage &image, bool win3Layout)
 {
-    QByteArray bmp;
-    QBuffer buffer(&bmp);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "bmp");
-    writer.write(image);
-    const QByteArray dib = bmp.mid(14);
+    const QByteArray dib = encoded(image, "bmp").mid(14);
     const QByteArray text("a picture\r\n");
 
     QByteArray out;

@@ -4,6 +4,8 @@
 #include <QImage>
 #include <QList>
 
+#include <functional>
+
 // Builders of small files in our formats, laid out from the formats' own
 // descriptions. The tests decode them and compare with the pictures they
 // were made from; the fuzz targets use them as seeds.
@@ -14,6 +16,15 @@ void le16(QByteArray &out, quint32 v);
 void le32(QByteArray &out, quint32 v);
 void be16(QByteArray &out, quint32 v);
 void be32(QByteArray &out, quint32 v);
+
+// An indexed picture with a table of colours entries spread over the colour
+// cube; pixel x, y takes entry index(x, y) % colours (index is never negative).
+QImage indexedPicture(int width, int height, int colours, const std::function<int(int x, int y)> &index);
+
+// image as Qt's writer for format writes it, in memory: at quality when that
+// is not -1, progressive where the format has such a layout (JPEG). Empty
+// when the writer fails.
+QByteArray encoded(const QImage &image, const char *format, int quality = -1, bool progressive = false);
 
 // Microsoft Paint 1.x: rows stored plainly (picture converted to one bit).
 QByteArray mspVersion1(const QImage &image);

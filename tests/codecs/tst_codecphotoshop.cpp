@@ -23,16 +23,9 @@ using codecsamples::be32;
 
 QImage indexedPicture(int width, int height, int colours)
 {
-    QImage image(width, height, QImage::Format_Indexed8);
-    QList<QRgb> table;
-    for (int i = 0; i < colours; ++i)
-        table.append(qRgb((i * 97) & 0xff, (i * 53) & 0xff, (i * 31) & 0xff));
-    image.setColorTable(table);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            // Long flat stretches give runs longer than one PackBits packet.
-            image.setPixel(x, y, x < width / 2 ? (y % colours) : ((x * 7 + y) % colours));
-    return image;
+    // Long flat stretches give runs longer than one PackBits packet.
+    return codecsamples::indexedPicture(width, height, colours,
+                                        [width](int x, int y) { return x < width / 2 ? y : x * 7 + y; });
 }
 
 QImage greyPicture(int width, int height, QImage::Format format)

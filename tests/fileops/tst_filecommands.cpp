@@ -7,7 +7,6 @@
 #include "core/app/AppState.h"
 #include "core/platform/imaging/PictureLayer.h"
 #include "core/platform/trash/Trash.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QApplication>

@@ -7,7 +7,6 @@
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 #include "ui/viewer/Magnifier.h"
 #include "ui/viewer/PanWindow.h"

@@ -1,4 +1,5 @@
 #include "DocumentDouble.h"
+#include "ScriptedResponder.h"
 
 #include "core/app/AppState.h"
 #include "core/app/ProgramFolder.h"
@@ -7,7 +8,6 @@
 #include "core/viewer/DocumentRules.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QAction>

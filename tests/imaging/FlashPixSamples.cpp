@@ -1,7 +1,7 @@
 #include "FlashPixSamples.h"
 
-#include <QBuffer>
-#include <QImageWriter>
+#include "CodecSamples.h"
+
 #include <QList>
 #include <QString>
 #include <QtEndian>
@@ -127,13 +127,7 @@ QByteArray propertySet(const QList<std::pair<quint32, quint32>> &numbers,
 
 QByteArray jpegOf(const QImage &image)
 {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "JPEG");
-    writer.setQuality(95);
-    writer.write(image);
-    return bytes;
+    return codecsamples::encoded(image, "JPEG", 95);
 }
 
 // A 64 x 64 JPEG of three channels per pixel, stored as they are: the coder

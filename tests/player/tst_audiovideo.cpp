@@ -1,11 +1,10 @@
-#include "ui/viewer/AudioVideo1.h"
+#include "ui/player/AudioVideo1.h"
 
 #include "Fixtures.h"
 #include "UiFixture.h"
 
 #include "core/app/AppState.h"
 #include "ui/fileops/FileCommands.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <QLabel>

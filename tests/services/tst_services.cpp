@@ -1,4 +1,5 @@
-#include "ui/services/ScriptedResponder.h"
+#include "ScriptedResponder.h"
+
 #include "ui/services/UiServices.h"
 
 #include <QTest>

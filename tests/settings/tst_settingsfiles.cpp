@@ -570,7 +570,8 @@ void TestSettingsFiles::startupReadKeepsBoldFromOptions()
     QVERIFY(writeProgramOptions(dir.path(), o, &error));
     AppState state;
     state.programFolder = dir.path();
-    const SettingsLoadReport report = loadSettings(state);
+    const SettingsLoadReport report =
+        loadSettings(state.programFolder, state.options, state.colors, state.workingFolders);
     QCOMPARE(report.warnings, QStringList());
     QVERIFY(state.options.boldType);
     QCOMPARE(state.colors.swatch(Swatch::EntryFieldsBack), 0xC0C0C0u);

@@ -8,7 +8,6 @@
 #include "core/settings/WorkingFolders.h"
 #include "ui/browser/Tarnby1.h"
 #include "ui/frame/MDIForm1.h"
-#include "ui/services/ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/SetColor1.h"
 #include "ui/settings/SetFoldr1.h"

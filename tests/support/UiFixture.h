@@ -4,7 +4,7 @@
 
 #include "core/app/AppState.h"
 #include "core/app/SettingsStore.h"
-#include "ui/services/ScriptedResponder.h"
+#include "ScriptedResponder.h"
 #include "ui/services/UiServices.h"
 
 #include <functional>

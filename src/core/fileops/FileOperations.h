@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/files/NoReplace.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -17,21 +19,10 @@
 // filesystems copies the data.
 namespace tarnby::fileops {
 
-enum class Outcome {
-    Done,
-    EmptyName,     // the new name is empty after trimming
-    InvalidName,   // the new name holds a "/" or is "." or ".."
-    SourceMissing, // the file to work on is not there (or is not a file)
-    TargetExists,  // a file of the new name is already there
-    Failed,        // the file system refused; errorString says why
-};
-
-struct Result {
-    Outcome outcome = Outcome::Done;
-    QString path;        // the file the outcome is about (the existing target, the file that failed)
-    QString errorString; // the system's reason when outcome is Failed
-    bool ok() const { return outcome == Outcome::Done; }
-};
+// The outcome of each operation: Done, or why it did not happen
+// (core/platform/files/NoReplace.h).
+using files::Outcome;
+using files::Result;
 
 // The extensions whose files carry companions along (indexes, memo files):
 // DB, DBF, MDB, XLS and WK4. ASX and ZIP share the catalogue's database band but
@@ -79,14 +70,9 @@ Plan planMove(const QString &path, const QString &target);
 // in reverse order and the result names the file that failed.
 Result execute(const Plan &plan);
 
-// Moves one file; fails with TargetExists rather than replace anything. Within
-// one filesystem this is an atomic rename; across filesystems a copy followed
-// by removing the source (the copy is removed again if the source cannot be).
-Result moveWithoutOverwrite(const QString &from, const QString &to);
-
-// Copies one regular file byte for byte, with its permissions and modification
-// time; fails with TargetExists rather than replace anything. A failed copy
-// leaves no partial file behind.
-Result copyWithoutOverwrite(const QString &from, const QString &to);
+// Moving and copying one file without replacing anything, as the steps above
+// do (core/platform/files/NoReplace.h).
+using files::copyWithoutOverwrite;
+using files::moveWithoutOverwrite;
 
 } // namespace tarnby::fileops

@@ -1,6 +1,5 @@
 #include "core/settings/SettingsFiles.h"
 
-#include "core/app/AppState.h"
 #include "core/settings/ProgramOptions.h"
 #include "core/settings/WindowColors.h"
 #include "core/settings/WorkingFolders.h"
@@ -44,27 +43,28 @@ QStringList seedSettingsFiles(const QString &folder, QStringList *warnings)
     return written;
 }
 
-SettingsLoadReport loadSettings(AppState &state)
+SettingsLoadReport loadSettings(const QString &programFolder, ProgramOptions &options, WindowColors &colors,
+                                QStringList &workingFolders)
 {
     SettingsLoadReport report;
     // The defaults come first so that they hold wherever a file is missing
     // or short.
-    setDefaultColors(state.colors, state.options);
-    if (state.programFolder.isEmpty())
+    setDefaultColors(colors, options);
+    if (programFolder.isEmpty())
         return report;
 
-    report.seeded = seedSettingsFiles(state.programFolder, &report.warnings);
+    report.seeded = seedSettingsFiles(programFolder, &report.warnings);
 
-    const TableReadReport options = readProgramOptions(state.programFolder, state.options);
-    for (const QString &name : options.keptDefault)
+    const TableReadReport optionsRead = readProgramOptions(programFolder, options);
+    for (const QString &name : optionsRead.keptDefault)
         report.keptDefault << QStringLiteral("Options: ") + name;
 
-    const ColorsReadReport colors = readWindowColors(state.programFolder, state.colors);
-    for (const QString &name : colors.keptDefault)
+    const ColorsReadReport colorsRead = readWindowColors(programFolder, colors);
+    for (const QString &name : colorsRead.keptDefault)
         report.keptDefault << ColorsFileName + QStringLiteral(": ") + name;
 
-    const WorkingFoldersRead folders = readWorkingFolders(state.programFolder);
-    state.workingFolders = folders.lines;
+    const WorkingFoldersRead folders = readWorkingFolders(programFolder);
+    workingFolders = folders.lines;
     if (!folders.stoppedBecause.isEmpty())
         report.keptDefault << WorkingFoldersFileName + QStringLiteral(": ") + folders.stoppedBecause;
 

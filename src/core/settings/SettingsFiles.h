@@ -3,13 +3,12 @@
 #include <QString>
 #include <QStringList>
 
-namespace tarnby {
-class AppState;
-}
-
 // The settings files of a program folder as a whole: seeding a new folder and
 // the browser's start-up step that reads them.
 namespace tarnby::settings {
+
+struct ProgramOptions;
+class WindowColors;
 
 // Writes the settings files that folder lacks ("Options.INI",
 // "Options2.INI", "Colors.INI") from their tables' defaults; an existing file
@@ -26,11 +25,13 @@ struct SettingsLoadReport {
 
 // The browser's start-up step: sets the default colours (which also clears
 // bold type), seeds missing files, then reads "Options.INI", "Options2.INI",
-// "Colors.INI" and "FoldFile.INI" from state.programFolder into
-// state.options, state.colors and state.workingFolders. Never fails and never
-// blocks on a bad file: what cannot be read keeps its default. The colour
-// routine runs before "Options.INI" is read, so that the bold type the user
-// chose in the options window holds against the routine's clearing of it.
-SettingsLoadReport loadSettings(AppState &state);
+// "Colors.INI" and "FoldFile.INI" from programFolder into options, colors and
+// workingFolders. Without a program folder only the defaults are set. Never
+// fails and never blocks on a bad file: what cannot be read keeps its
+// default. The colour routine runs before "Options.INI" is read, so that the
+// bold type the user chose in the options window holds against the routine's
+// clearing of it.
+SettingsLoadReport loadSettings(const QString &programFolder, ProgramOptions &options, WindowColors &colors,
+                                QStringList &workingFolders);
 
 } // namespace tarnby::settings

@@ -306,7 +306,8 @@ void Tarnby1::load(const StartupRequest &request)
 
     // 5. The settings files: default colours first, then the options, the
     // colours and the working folders.
-    const settings::SettingsLoadReport loaded = settings::loadSettings(m_state);
+    const settings::SettingsLoadReport loaded =
+        settings::loadSettings(m_state.programFolder, m_state.options, m_state.colors, m_state.workingFolders);
     for (const QString &warning : loaded.warnings)
         m_services.messages.inform(warning, this);
     applyMainWindowColors(this, m_state);

@@ -10,8 +10,7 @@
 #include "core/platform/imaging/PictureLayer.h"
 #include "core/platform/trash/Trash.h"
 #include "ui/services/UiServices.h"
-#include "ui/tools/HelpWindow.h"
-#include "ui/viewer/AudioVideo1.h"
+#include "ui/player/AudioVideo1.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -62,15 +61,6 @@ QString unzipProblem(const archive::ExtractResult &r, const QString &target)
 }
 
 } // namespace
-
-void showFileCommandsHelp(AppState &state, QWidget *parent)
-{
-    auto *help = new HelpWindow(state.helpFolder(), parent);
-    help->setWindowFlag(Qt::Window);
-    help->setAttribute(Qt::WA_DeleteOnClose);
-    help->showContents();
-    help->show();
-}
 
 FileCommands::FileCommands(AppState &state, UiServices &services, QWidget *window)
     : QObject(window)

@@ -79,8 +79,4 @@ private:
     std::function<bool(const QUrl &)> m_openUrl;
 };
 
-// Opens the help window at its contents, for the Help buttons of the file
-// command dialogs and the player.
-void showFileCommandsHelp(AppState &state, QWidget *parent);
-
 } // namespace tarnby::ui

@@ -1,59 +1,26 @@
 #include "ui/fileops/MoveFile1.h"
 
-#include "ui/fileops/FileCommands.h"
-
 #include "core/app/AppState.h"
 #include "core/fileops/FileOperations.h"
-#include "ui/services/DialogButtons.h"
 #include "ui/services/UiServices.h"
-#include "ui/settings/WindowColorsApplier.h"
 
 #include <QFileInfo>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QListWidget>
-#include <QPushButton>
-#include <QVBoxLayout>
 
 namespace tarnby::ui {
 
 MoveFile1::MoveFile1(const QString &source, const QString &target, AppState &state, UiServices &services,
                      QWidget *parent)
-    : QDialog(parent)
-    , m_state(state)
-    , m_services(services)
+    : FileCommandDialog(QStringLiteral("MoveFile1"), QStringLiteral("Move File"), QStringLiteral("Move to - ") + target,
+                        state, services, parent)
     , m_source(source)
     , m_target(target)
 {
-    setObjectName(QStringLiteral("MoveFile1"));
-    installWindowColors(this, m_state);
-    setWindowTitle(QStringLiteral("Move File"));
-    setModal(true);
-
-    m_label = new QLabel(QStringLiteral("Move to - ") + m_target, this);
-    m_label->setObjectName(QStringLiteral("Label1"));
-    m_label->setWordWrap(true);
-    m_files = new QListWidget(this);
-    m_files->setObjectName(QStringLiteral("File1"));
-    m_files->setSelectionMode(QAbstractItemView::NoSelection);
+    addFileListAndButtons();
     // The list shows what OK will move, companions included.
     const fileops::Plan plan = fileops::planMove(m_source, m_target);
     for (const fileops::Step &step : plan.steps)
         m_files->addItem(QFileInfo(step.from).fileName());
-
-    const DialogButtons row = makeDialogButtons(this);
-    QPushButton *ok = row.ok;
-    QPushButton *cancel = row.cancel;
-    QPushButton *help = row.help;
-    QHBoxLayout *buttons = row.row;
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_label);
-    layout->addWidget(m_files, 1);
-    layout->addLayout(buttons);
-
-    connect(ok, &QPushButton::clicked, this, &MoveFile1::okClicked);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, [this] { showFileCommandsHelp(m_state, this); });
 }
 
 void MoveFile1::okClicked()

@@ -1,25 +1,15 @@
 #pragma once
 
-#include <QDialog>
-#include <QString>
-
-class QLabel;
-class QListWidget;
-
-namespace tarnby {
-class AppState;
-}
+#include "ui/fileops/FileCommandDialog.h"
 
 namespace tarnby::ui {
-
-struct UiServices;
 
 // Confirms and carries out the move of source to target (the path chosen in
 // the move command's save dialog). Label1 names the target, File1
 // lists the files that will move (a database takes its companions along). OK
 // moves, reports "File Moved to - " and the target, and closes; a refused move
 // is reported and the dialog closes without changing anything. Run with exec().
-class MoveFile1 : public QDialog
+class MoveFile1 : public FileCommandDialog
 {
     Q_OBJECT
 public:
@@ -30,15 +20,11 @@ public:
     QString movedPath() const { return m_movedPath; }
 
 private:
-    void okClicked();
+    void okClicked() override;
 
-    AppState &m_state;
-    UiServices &m_services;
     QString m_source;
     QString m_target;
     QString m_movedPath;
-    QLabel *m_label = nullptr;
-    QListWidget *m_files = nullptr;
 };
 
 } // namespace tarnby::ui

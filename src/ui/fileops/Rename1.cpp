@@ -1,60 +1,24 @@
 #include "ui/fileops/Rename1.h"
 
-#include "ui/fileops/FileCommands.h"
-
-#include "core/app/AppState.h"
 #include "core/fileops/FileOperations.h"
-#include "ui/services/DialogButtons.h"
 #include "ui/services/UiServices.h"
-#include "ui/settings/WindowColorsApplier.h"
 
-#include <QDialogButtonBox>
 #include <QDir>
 #include <QFileInfo>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPushButton>
-#include <QVBoxLayout>
 
 namespace tarnby::ui {
 
 Rename1::Rename1(const QString &path, AppState &state, UiServices &services, QWidget *parent)
-    : QDialog(parent)
+    : FileCommandDialog(QStringLiteral("Rename1"), QStringLiteral("Rename File"), path, state, services, parent)
     , m_path(path)
-    , m_state(state)
-    , m_services(services)
 {
-    setObjectName(QStringLiteral("Rename1"));
-    installWindowColors(this, m_state);
-    setWindowTitle(QStringLiteral("Rename File"));
-    setModal(true);
-
-    m_label = new QLabel(path, this);
-    m_label->setObjectName(QStringLiteral("Label1"));
-    m_label->setWordWrap(true);
+    auto *prompt = new QLabel(QStringLiteral("New name:"), this);
     m_text = new QLineEdit(this);
     m_text->setObjectName(QStringLiteral("Text1"));
-    m_files = new QListWidget(this);
-    m_files->setObjectName(QStringLiteral("File1"));
-    m_files->setSelectionMode(QAbstractItemView::NoSelection);
-
-    const DialogButtons row = makeDialogButtons(this);
-    QPushButton *ok = row.ok;
-    QPushButton *cancel = row.cancel;
-    QPushButton *help = row.help;
-    QHBoxLayout *buttons = row.row;
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_label);
-    layout->addWidget(new QLabel(QStringLiteral("New name:"), this));
-    layout->addWidget(m_text);
-    layout->addWidget(m_files, 1);
-    layout->addLayout(buttons);
-
-    connect(ok, &QPushButton::clicked, this, &Rename1::okClicked);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, [this] { showFileCommandsHelp(m_state, this); });
+    addFileListAndButtons({prompt, m_text});
 
     fillFileList();
     m_text->setFocus();

@@ -1,26 +1,17 @@
 #pragma once
 
-#include <QDialog>
+#include "ui/fileops/FileCommandDialog.h"
 
-class QLabel;
 class QLineEdit;
-class QListWidget;
-class QPushButton;
-
-namespace tarnby {
-class AppState;
-}
 
 namespace tarnby::ui {
-
-struct UiServices;
 
 // Asks for a new name for one file and renames it (with its companion files
 // when it is a database). Label1 shows the file, Text1 takes the new name
 // (without extension: the extension cannot change), File1 lists the folder's
 // files so that the user sees the names already taken. OK renames and closes;
 // a refused name is reported and the dialog stays open. Run with exec().
-class Rename1 : public QDialog
+class Rename1 : public FileCommandDialog
 {
     Q_OBJECT
 public:
@@ -30,16 +21,12 @@ public:
     QString renamedPath() const { return m_renamedPath; }
 
 private:
-    void okClicked();
+    void okClicked() override;
     void fillFileList();
 
     QString m_path;
     QString m_renamedPath;
-    AppState &m_state;
-    UiServices &m_services;
-    QLabel *m_label = nullptr;
     QLineEdit *m_text = nullptr;
-    QListWidget *m_files = nullptr;
 };
 
 } // namespace tarnby::ui

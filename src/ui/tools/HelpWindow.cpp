@@ -104,6 +104,15 @@ void HelpWindow::showContents()
     openPage(QStringLiteral("index.html"));
 }
 
+void showHelpContents(const QString &helpFolder, QWidget *parent)
+{
+    auto *help = new HelpWindow(helpFolder, parent);
+    help->setWindowFlag(Qt::Window);
+    help->setAttribute(Qt::WA_DeleteOnClose);
+    help->showContents();
+    help->show();
+}
+
 void HelpWindow::showSearch()
 {
     m_searchField->setFocus();

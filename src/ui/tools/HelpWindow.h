@@ -33,4 +33,9 @@ private:
     QTextBrowser *m_page = nullptr;
 };
 
+// Opens a help window of its own at the contents of helpFolder, for the Help
+// buttons of the dialogs. The window stays above parent and deletes itself
+// when it is closed.
+void showHelpContents(const QString &helpFolder, QWidget *parent);
+
 } // namespace tarnby::ui

@@ -194,8 +194,7 @@ QRgb pixelOf(const Layout &layout, const uchar *p, const PhotoYcc &ycc)
 }
 
 using detail::JpegError;
-using detail::jpegErrorExit;
-using detail::jpegMessage;
+using detail::useJpegError;
 
 // One JPEG tile as the layout's image format. The tile's channels are those
 // of the picture (grey, NIF RGB or PhotoYCC); when converted is set, the JPEG
@@ -209,10 +208,7 @@ QImage decodeJpegTile(const QByteArray &jpeg, const Layout &layout, bool convert
     // buffer of a whole tile, and the image is made once libjpeg is done.
     jpeg_decompress_struct cinfo;
     JpegError error;
-    cinfo.err = jpeg_std_error(&error.pub);
-    error.pub.error_exit = jpegErrorExit;
-    error.pub.emit_message = jpegMessage;
-    error.message[0] = 0;
+    useJpegError(cinfo, error);
     static_assert(TileSize * TileSize * 3 <= 16 * 1024);
     uchar samples[TileSize * TileSize * 3];
     if (setjmp(error.jump)) {

@@ -14,8 +14,8 @@
 
 namespace tarnby::imaging::detail {
 
-// Set pub.error_exit to jpegErrorExit and pub.emit_message to jpegMessage;
-// setjmp(jump) before the first libjpeg call.
+// Handed to libjpeg by useJpegError(); setjmp(jump) before the first libjpeg
+// call.
 struct JpegError {
     jpeg_error_mgr pub;
     std::jmp_buf jump;
@@ -33,6 +33,16 @@ inline void jpegMessage(j_common_ptr cinfo, int level)
 {
     if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF)
         (*cinfo->err->error_exit)(cinfo);
+}
+
+// Makes error the error manager of cinfo, with the two handlers above, and
+// clears its message.
+inline void useJpegError(jpeg_decompress_struct &cinfo, JpegError &error)
+{
+    cinfo.err = jpeg_std_error(&error.pub);
+    error.pub.error_exit = jpegErrorExit;
+    error.pub.emit_message = jpegMessage;
+    error.message[0] = 0;
 }
 
 } // namespace tarnby::imaging::detail

@@ -181,8 +181,7 @@ QImage oriented(const QImage &image, int orientation)
 // --- JPEG through libjpeg ----------------------------------------------------
 
 using detail::JpegError;
-using detail::jpegErrorExit;
-using detail::jpegMessage;
+using detail::useJpegError;
 
 enum class JpegOutcome { Decoded, Failed, NotHandled };
 
@@ -219,10 +218,7 @@ JpegOutcome decodeJpeg(const uchar *data, qsizetype size, int box, QImage *out, 
 {
     jpeg_decompress_struct cinfo;
     JpegError error;
-    cinfo.err = jpeg_std_error(&error.pub);
-    error.pub.error_exit = jpegErrorExit;
-    error.pub.emit_message = jpegMessage;
-    error.message[0] = 0;
+    useJpegError(cinfo, error);
     QImage image;
     if (setjmp(error.jump)) {
         jpeg_destroy_decompress(&cinfo);

@@ -1,7 +1,5 @@
 #include "core/platform/media/Playlist.h"
 
-#include "core/catalogue/FileCatalogue.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -69,6 +67,16 @@ QString attribute(const QXmlStreamAttributes &attributes, QLatin1String name)
 bool named(const QXmlStreamReader &xml, QLatin1String name)
 {
     return xml.name().compare(name, Qt::CaseInsensitive) == 0;
+}
+
+// The extension of path in upper case, as the catalogue spells extensions; a
+// dot in a folder's name is not the file's extension.
+QString extensionOf(const QString &path)
+{
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
+    if (dot < 0 || dot < path.lastIndexOf(QLatin1Char('/')))
+        return QString();
+    return path.mid(dot + 1).toUpper();
 }
 
 } // namespace
@@ -160,7 +168,7 @@ Playlist parseAsx(const QByteArray &data, const QString &baseFolder)
 
 Playlist readPlaylist(const QString &path)
 {
-    const QString ext = catalogue::GetFileExt(path);
+    const QString ext = extensionOf(path);
     if (ext != QLatin1String("M3U") && ext != QLatin1String("ASX")) {
         Playlist single;
         single.items.append({path, QString(), -1});

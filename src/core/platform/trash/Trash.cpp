@@ -1,6 +1,6 @@
 #include "core/platform/trash/Trash.h"
 
-#include "core/fileops/FileOperations.h"
+#include "core/platform/files/NoReplace.h"
 
 #include <QDir>
 #include <QFile>
@@ -118,9 +118,9 @@ RestoreResult restore(const QString &pathInTrash)
         result.errorString = QStringLiteral("The folder %1 cannot be created.").arg(folder);
         return result;
     }
-    const fileops::Result moved = fileops::moveWithoutOverwrite(pathInTrash, original);
+    const files::Result moved = files::moveWithoutOverwrite(pathInTrash, original);
     if (!moved.ok()) {
-        result.errorString = moved.outcome == fileops::Outcome::TargetExists
+        result.errorString = moved.outcome == files::Outcome::TargetExists
             ? QStringLiteral("A file named %1 is already there.").arg(original)
             : moved.errorString;
         return result;

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <optional>
+#include <utility>
 
 #include "core/platform/imaging/PictureLayer.h"
 
@@ -139,6 +140,27 @@ protected:
     // error, takes the only frame and reads the whole file (bounded) into
     // data. False, with the error set, when there is nothing to read.
     bool readWholePicture(QByteArray *data);
+
+    // The start of read() for a format whose one picture follows a header of
+    // fixed layout: readWholePicture() into data, then the Header (as
+    // peekHeader() wants it) parsed from the start of data into header, with
+    // cursor viewing data just past it. False, with the error set, when there
+    // is nothing to read, when the file ends inside the header ("<what> is
+    // shorter than its header") or when problem(header), what is wrong with
+    // the header, is not empty.
+    template<typename Header, typename Problem>
+    bool readPictureHeader(QByteArray *data, ByteCursor *cursor, Header *header, const QString &what,
+                           Problem problem)
+    {
+        if (!readWholePicture(data))
+            return false;
+        *cursor = ByteCursor(*data);
+        *header = Header::parse(*cursor);
+        if (!cursor->ok())
+            return fail(what + QStringLiteral(" is shorter than its header"));
+        const QString why = problem(std::as_const(*header));
+        return why.isEmpty() || fail(why);
+    }
 
     // Number of frames; 1 for still pictures. May parse the header on demand.
     virtual int frameCount() const { return 1; }

@@ -161,15 +161,15 @@ std::optional<QSize> CutHandler::headerSize() const
 bool CutHandler::read(QImage *image)
 {
     QByteArray data;
-    if (!readWholePicture(&data))
+    ByteCursor cursor;
+    Header h;
+    if (!readPictureHeader(&data, &cursor, &h, QStringLiteral("The Dr. Halo picture"), [](const Header &header) {
+            return header.isValid()
+                ? QString()
+                : QStringLiteral("Not a valid Dr. Halo picture (%1 x %2)").arg(header.width).arg(header.height);
+        }))
         return false;
 
-    ByteCursor cursor(data);
-    const Header h = Header::parse(cursor);
-    if (!cursor.ok())
-        return fail(QStringLiteral("The Dr. Halo picture is shorter than its header"));
-    if (!h.isValid())
-        return fail(QStringLiteral("Not a valid Dr. Halo picture (%1 x %2)").arg(h.width).arg(h.height));
     // Every line costs at least its 2-byte count and an end code, so the
     // file's size bounds the height before we allocate.
     if (cursor.remaining() < qint64(h.height) * 3)

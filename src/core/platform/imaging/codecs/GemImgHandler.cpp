@@ -60,15 +60,16 @@ std::optional<QSize> GemImgHandler::headerSize() const
 bool GemImgHandler::read(QImage *image)
 {
     QByteArray data;
-    if (!readWholePicture(&data))
+    ByteCursor cursor;
+    Header h;
+    if (!readPictureHeader(&data, &cursor, &h, QStringLiteral("The GEM picture"), [](const Header &header) {
+            return header.isValid() ? QString()
+                                    : QStringLiteral("Not a valid GEM picture (%1 x %2, %3 planes)")
+                                          .arg(header.lineWidth)
+                                          .arg(header.lines)
+                                          .arg(header.planes);
+        }))
         return false;
-
-    ByteCursor cursor(data);
-    const Header h = Header::parse(cursor);
-    if (!cursor.ok())
-        return fail(QStringLiteral("The GEM picture is shorter than its header"));
-    if (!h.isValid())
-        return fail(QStringLiteral("Not a valid GEM picture (%1 x %2, %3 planes)").arg(h.lineWidth).arg(h.lines).arg(h.planes));
 
     const int width = h.lineWidth;
     const int height = h.lines;

@@ -57,19 +57,18 @@ std::optional<QSize> MspHandler::headerSize() const
 bool MspHandler::read(QImage *image)
 {
     QByteArray data;
-    if (!readWholePicture(&data))
+    ByteCursor cursor;
+    Header h;
+    if (!readPictureHeader(&data, &cursor, &h, QStringLiteral("The Paint file"), [](const Header &header) {
+            if (!header.isVersion1() && !header.isVersion2())
+                return QStringLiteral("Not a Microsoft Paint file");
+            if (!header.isValid())
+                return QStringLiteral("The Paint file gives no width or height");
+            if (!header.checksumMatches())
+                return QStringLiteral("The Paint file header is damaged (checksum mismatch)");
+            return QString();
+        }))
         return false;
-
-    ByteCursor cursor(data);
-    const Header h = Header::parse(cursor);
-    if (!cursor.ok())
-        return fail(QStringLiteral("The Paint file is shorter than its header"));
-    if (!h.isVersion1() && !h.isVersion2())
-        return fail(QStringLiteral("Not a Microsoft Paint file"));
-    if (!h.isValid())
-        return fail(QStringLiteral("The Paint file gives no width or height"));
-    if (!h.checksumMatches())
-        return fail(QStringLiteral("The Paint file header is damaged (checksum mismatch)"));
 
     const int bytesPerRow = (h.width + 7) / 8;
     // Version 1 rows are stored plainly, so the size of the file bounds the

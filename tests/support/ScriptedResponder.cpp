@@ -1,4 +1,4 @@
-#include "ui/services/ScriptedResponder.h"
+#include "ScriptedResponder.h"
 
 #include "ui/services/UiServices.h"
 

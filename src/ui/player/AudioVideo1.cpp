@@ -1,10 +1,10 @@
-#include "ui/viewer/AudioVideo1.h"
+#include "ui/player/AudioVideo1.h"
 
 #include "core/app/AppState.h"
 #include "core/catalogue/FileCatalogue.h"
-#include "ui/fileops/FileCommands.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/WindowColorsApplier.h"
+#include "ui/tools/HelpWindow.h"
 
 #include <QAudioOutput>
 #include <QDir>
@@ -206,7 +206,7 @@ AudioVideo1::AudioVideo1(AppState &state, UiServices &services, QWidget *parent)
 
     connect(ok, &QPushButton::clicked, this, &AudioVideo1::playAgain);
     connect(cancel, &QPushButton::clicked, this, &AudioVideo1::stopAndClose);
-    connect(help, &QPushButton::clicked, this, [this] { showFileCommandsHelp(m_state, this); });
+    connect(help, &QPushButton::clicked, this, [this] { showHelpContents(m_state.helpFolder(), this); });
 }
 
 AudioVideo1::~AudioVideo1()
