@@ -65,7 +65,7 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     }
 
     m_factory = [this](const QString &path, const QString &kind) -> QWidget * {
-        return new ChildFrm1(m_state, m_services, path, kind);
+        return new ChildFrm1(m_state, m_services, path, viewer::kindFromLetter(kind));
     };
 
     // The table entries start disabled; only a table window enables them.
