@@ -77,6 +77,8 @@ private slots:
     void kindDispatch_data();
     void kindDispatch();
     void copyRules();
+    void commandsOutsideTheirKind_data();
+    void commandsOutsideTheirKind();
     void viewModeEdges();
     void activationShowsEachWindowsOwnMode();
     void magnifierFollowsThePointer();
@@ -318,6 +320,40 @@ void TestChildFrm1::copyRules()
     m_frame->toolClick("ID_CopyBtn");
     QVERIFY(clipboard->text().contains(QLatin1String("Test Indexation Html")));
     QVERIFY(m_responder->messages().isEmpty());
+}
+
+void TestChildFrm1::commandsOutsideTheirKind_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QStringList>("keys");
+    QTest::addColumn<QStringList>("messages");
+    const QStringList viewModes = {"ID_NormalBtn", "ID_StretchBtn", "ID_mnuPanImage", "ID_mnuMagnifyingGlass"};
+    QTest::newRow("view modes in a text window do nothing") << "TXT/testTXT.txt" << viewModes << QStringList();
+    QTest::newRow("view modes in a web window do nothing") << "HTML/testHTML.html" << viewModes << QStringList();
+    QTest::newRow("view modes in a table window do nothing") << "DBF/dbase_03.dbf" << viewModes << QStringList();
+    QTest::newRow("copy in a table window is not available yet")
+        << "DBF/dbase_03.dbf" << QStringList{"ID_CopyBtn"}
+        << QStringList{"Copying from a database table is not available in this version of Tarnby."};
+    QTest::newRow("choosing a table is not available yet")
+        << "DBF/dbase_03.dbf" << QStringList{"ID_TableBtn"}
+        << QStringList{"Choosing a database table is not available in this version of Tarnby."};
+    QTest::newRow("flip in a picture window is not available yet")
+        << "PNG/hopper.png" << QStringList{"ID_mnuFlip"} << QStringList{"Flip is not available in this version of Tarnby."};
+}
+
+void TestChildFrm1::commandsOutsideTheirKind()
+{
+    REQUIRE_FIXTURES();
+    QFETCH(QString, file);
+    QFETCH(QStringList, keys);
+    QFETCH(QStringList, messages);
+    ChildFrm1 *w = open(fixtures::path(file));
+    QVERIFY(w);
+    for (const QString &key : keys)
+        m_frame->toolClick(key);
+    QCOMPARE(m_responder->messageTexts(), messages);
+    QVERIFY(m_responder->dialogs().isEmpty());
+    QCOMPARE(m_frame->documentCount(), 1);
 }
 
 void TestChildFrm1::viewModeEdges()
