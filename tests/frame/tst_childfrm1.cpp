@@ -1,4 +1,5 @@
 #include "Fixtures.h"
+#include "LocalHttpServer.h"
 #include "UiFixture.h"
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
@@ -10,6 +11,7 @@
 #include "ui/services/UiServices.h"
 #include "ui/viewer/Magnifier.h"
 #include "ui/viewer/PanWindow.h"
+#include "ui/viewer/PictureDocumentView.h"
 #include "ui/viewer/PictureView.h"
 #include "ui/viewer/WebView.h"
 
@@ -25,8 +27,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include "ModalCloser.h"
 
 #include <QTest>
@@ -49,42 +49,17 @@ QByteArray pngBytes(QSize size, QColor color)
     return png;
 }
 
-// A server on this machine that answers every request with one canned reply,
-// or never answers at all.
-class LocalServer : public QTcpServer
+// The views of a window, by kind.
+PictureDocumentView *pictureDocument(ChildFrm1 *w)
 {
-public:
-    explicit LocalServer(QByteArray body = {}, bool answer = true)
-        : m_body(std::move(body))
-        , m_answer(answer)
-    {
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket *socket = nextPendingConnection()) {
-                ++connections;
-                m_sockets << socket;
-                connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-                    socket->readAll();
-                    if (!m_answer)
-                        return;
-                    socket->write("HTTP/1.1 200 OK\r\nContent-Type: image/png\r\nContent-Length: "
-                                  + QByteArray::number(m_body.size()) + "\r\nConnection: close\r\n\r\n" + m_body);
-                    socket->disconnectFromHost();
-                });
-            }
-        });
-        listen(QHostAddress::LocalHost);
-    }
-    QString url(const QString &name) const
-    {
-        return QStringLiteral("http://127.0.0.1:%1/%2").arg(serverPort()).arg(name);
-    }
-    int connections = 0;
+    return qobject_cast<PictureDocumentView *>(w->documentView());
+}
 
-private:
-    QByteArray m_body;
-    bool m_answer;
-    QList<QTcpSocket *> m_sockets;
-};
+PictureView *pictureOf(ChildFrm1 *w)
+{
+    PictureDocumentView *view = pictureDocument(w);
+    return view ? view->pictureView() : nullptr;
+}
 
 } // namespace
 
@@ -102,6 +77,8 @@ private slots:
     void kindDispatch_data();
     void kindDispatch();
     void copyRules();
+    void commandsOutsideTheirKind_data();
+    void commandsOutsideTheirKind();
     void viewModeEdges();
     void activationShowsEachWindowsOwnMode();
     void magnifierFollowsThePointer();
@@ -114,6 +91,7 @@ private slots:
     void internetPictureWaitRule();
     void internetPictureArrives();
     void webViewReachesNoNetwork();
+    void releaseBeforeOpeningWithAnotherProgram_data();
     void releaseBeforeOpeningWithAnotherProgram();
     void hugeTextFileKeepsTheInterfaceAlive();
     void binaryJunkNamedTxt();
@@ -178,8 +156,9 @@ void TestChildFrm1::pictureWindowReportsIntoTheFrame()
     QCOMPARE(m_frame->statusPanel(2), QStringLiteral("30,605  Bytes"));
     QVERIFY(m_frame->commandBar()->isChecked("ID_mnuNormalImageView"));
     QVERIFY(m_frame->commandBar()->isEnabled("ID_mnuMagnifyingGlass"));
-    QVERIFY(w->pictureView()->isVisible());
-    QVERIFY(!w->findChild<QTextEdit *>("Text1")->isVisible());
+    QVERIFY(pictureOf(w)->isVisible());
+    const QTextEdit *text1 = w->findChild<QTextEdit *>("Text1");
+    QVERIFY(!text1 || !text1->isVisible());
 
     // A second window takes the panels; closing it gives them back.
     ChildFrm1 *text = open(fixtures::path("TXT/testTXT.txt"));
@@ -204,7 +183,7 @@ void TestChildFrm1::pictureWindowIsSizedToThePicture()
     // The window's inner area is the picture: its outer size is the picture
     // in twips plus the non-client part, converted back to pixels.
     QCOMPARE(w->size(), QSize(201, 97));
-    QCOMPARE(w->pictureView()->pictureSize(), QSize(201, 97));
+    QCOMPARE(pictureOf(w)->pictureSize(), QSize(201, 97));
 
     // A picture larger than the frame is clipped to the frame's client area.
     const QString big = dir.createFile("big.png", pngBytes(QSize(3000, 2500), Qt::blue));
@@ -213,7 +192,7 @@ void TestChildFrm1::pictureWindowIsSizedToThePicture()
     const QSize area = m_frame->mdiArea()->viewport()->size();
     QVERIFY(outer(large)->width() <= area.width());
     QVERIFY(outer(large)->height() <= area.height());
-    QVERIFY(large->pictureView()->horizontalScrollBar()->maximum() > 0);
+    QVERIFY(pictureOf(large)->horizontalScrollBar()->maximum() > 0);
 }
 
 void TestChildFrm1::textWindowPlacementAndStatus()
@@ -290,10 +269,14 @@ void TestChildFrm1::kindDispatch()
     QVERIFY(w);
     QCOMPARE(w->FILE_TYPE(), kind);
     QCOMPARE(w->isWebView(), webFlag);
+    // The window holds the controls of its own kind's view only, and the one
+    // that shows the document is visible.
     for (const char *name : {"Image1", "Text1", "WebBrowser1", "TableNotice"}) {
         QWidget *control = w->findChild<QWidget *>(QLatin1String(name));
-        QVERIFY2(control, name);
-        QCOMPARE(control->isVisible(), visible == QLatin1String(name));
+        if (visible == QLatin1String(name))
+            QVERIFY2(control && control->isVisible(), name);
+        else
+            QVERIFY2(!control || !control->isVisible(), name);
     }
     if (file.endsWith(QLatin1String(".rtf"))) {
         // Rich text keeps the document's fonts rather than the box's Arial.
@@ -336,13 +319,47 @@ void TestChildFrm1::copyRules()
     QVERIFY(m_responder->messages().isEmpty());
 }
 
+void TestChildFrm1::commandsOutsideTheirKind_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QStringList>("keys");
+    QTest::addColumn<QStringList>("messages");
+    const QStringList viewModes = {"ID_NormalBtn", "ID_StretchBtn", "ID_mnuPanImage", "ID_mnuMagnifyingGlass"};
+    QTest::newRow("view modes in a text window do nothing") << "TXT/testTXT.txt" << viewModes << QStringList();
+    QTest::newRow("view modes in a web window do nothing") << "HTML/testHTML.html" << viewModes << QStringList();
+    QTest::newRow("view modes in a table window do nothing") << "DBF/dbase_03.dbf" << viewModes << QStringList();
+    QTest::newRow("copy in a table window is not available yet")
+        << "DBF/dbase_03.dbf" << QStringList{"ID_CopyBtn"}
+        << QStringList{"Copying from a database table is not available in this version of Tarnby."};
+    QTest::newRow("choosing a table is not available yet")
+        << "DBF/dbase_03.dbf" << QStringList{"ID_TableBtn"}
+        << QStringList{"Choosing a database table is not available in this version of Tarnby."};
+    QTest::newRow("flip in a picture window is not available yet")
+        << "PNG/hopper.png" << QStringList{"ID_mnuFlip"} << QStringList{"Flip is not available in this version of Tarnby."};
+}
+
+void TestChildFrm1::commandsOutsideTheirKind()
+{
+    REQUIRE_FIXTURES();
+    QFETCH(QString, file);
+    QFETCH(QStringList, keys);
+    QFETCH(QStringList, messages);
+    ChildFrm1 *w = open(fixtures::path(file));
+    QVERIFY(w);
+    for (const QString &key : keys)
+        m_frame->toolClick(key);
+    QCOMPARE(m_responder->messageTexts(), messages);
+    QVERIFY(m_responder->dialogs().isEmpty());
+    QCOMPARE(m_frame->documentCount(), 1);
+}
+
 void TestChildFrm1::viewModeEdges()
 {
     REQUIRE_FIXTURES();
     ChildFrm1 *w = open(fixtures::path("PNG/hopper.png"));
     QVERIFY(w);
     CommandBar *bar = m_frame->commandBar();
-    PictureView *view = w->pictureView();
+    PictureView *view = pictureOf(w);
 
     // Normal while already normal changes nothing in the control.
     const int changes = view->paintModeChanges();
@@ -360,7 +377,7 @@ void TestChildFrm1::viewModeEdges()
     // The checks the window made came back as clicks; the guard kept them from
     // switching the glass straight off again.
     QVERIFY(view->isMagnifierOn());
-    QVERIFY(w->viewModes().isMagnifierOn());
+    QVERIFY(pictureDocument(w)->viewModes().isMagnifierOn());
     QVERIFY(bar->isChecked("ID_mnuMagnifyingGlass"));
     QVERIFY(bar->isChecked("ID_mnuNormalImageView"));
     QVERIFY(bar->isChecked("ID_NormalBtn"));
@@ -381,7 +398,7 @@ void TestChildFrm1::viewModeEdges()
     QVERIFY(!view->isMagnifierOn());
     QVERIFY(!bar->isChecked("ID_mnuMagnifyingGlass"));
     QVERIFY(bar->isChecked("ID_mnuPanImage"));
-    PanWindow *pan = w->panWindow();
+    PanWindow *pan = pictureDocument(w)->panWindow();
     QVERIFY(pan);
     QVERIFY(pan->isVisible());
     QCOMPARE(pan->windowTitle(), QStringLiteral("Pan Window"));
@@ -392,7 +409,7 @@ void TestChildFrm1::viewModeEdges()
     // The pan window closed with its own box clears the frame's check.
     pan->close();
     QVERIFY(!bar->isChecked("ID_mnuPanImage"));
-    QVERIFY(!w->viewModes().isPanWindowShown());
+    QVERIFY(!pictureDocument(w)->viewModes().isPanWindowShown());
 
     // Closing the window ends the glass with it.
     m_frame->toolClick("ID_mnuMagnifyingGlass");
@@ -411,8 +428,8 @@ void TestChildFrm1::activationShowsEachWindowsOwnMode()
     CommandBar *bar = m_frame->commandBar();
     m_frame->toolClick("ID_StretchBtn");
     m_frame->toolClick("ID_mnuPanImage");
-    QCOMPARE(second->pictureView()->paintMode(), PaintMode::Stretch);
-    QVERIFY(second->viewModes().isPanWindowShown());
+    QCOMPARE(pictureOf(second)->paintMode(), PaintMode::Stretch);
+    QVERIFY(pictureDocument(second)->viewModes().isPanWindowShown());
 
     m_frame->toolClick("WindowList", "hopper.png");
     QTRY_COMPARE(m_frame->activeDocumentWidget(), first);
@@ -421,16 +438,16 @@ void TestChildFrm1::activationShowsEachWindowsOwnMode()
     QVERIFY(!bar->isChecked("ID_mnuPanImage"));
     QCOMPARE(m_frame->statusPanel(2), QStringLiteral("30,605  Bytes"));
     // Showing the first window's state ran nothing on either window.
-    QCOMPARE(first->pictureView()->paintMode(), PaintMode::Normal);
-    QVERIFY(!first->viewModes().isPanWindowShown());
-    QCOMPARE(second->pictureView()->paintMode(), PaintMode::Stretch);
-    QVERIFY(second->viewModes().isPanWindowShown());
+    QCOMPARE(pictureOf(first)->paintMode(), PaintMode::Normal);
+    QVERIFY(!pictureDocument(first)->viewModes().isPanWindowShown());
+    QCOMPARE(pictureOf(second)->paintMode(), PaintMode::Stretch);
+    QVERIFY(pictureDocument(second)->viewModes().isPanWindowShown());
 
     m_frame->toolClick("WindowList", "hopper.jpg");
     QTRY_COMPARE(m_frame->activeDocumentWidget(), second);
     QVERIFY(bar->isChecked("ID_mnuStretchImageView"));
     QVERIFY(bar->isChecked("ID_mnuPanImage"));
-    QVERIFY(second->viewModes().isPanWindowShown());
+    QVERIFY(pictureDocument(second)->viewModes().isPanWindowShown());
 }
 
 void TestChildFrm1::magnifierFollowsThePointer()
@@ -443,7 +460,7 @@ void TestChildFrm1::magnifierFollowsThePointer()
     ChildFrm1 *w = open(dir.filePath("dot.png"));
     QVERIFY(w);
     m_frame->toolClick("ID_mnuMagnifyingGlass");
-    PictureView *view = w->pictureView();
+    PictureView *view = pictureOf(w);
     Magnifier *glass = view->magnifier();
     QTest::mouseMove(view->viewport(), QPoint(100, 80));
     QTRY_VERIFY(glass->isVisible());
@@ -465,9 +482,9 @@ void TestChildFrm1::panWindowScrollsTheView()
     ChildFrm1 *w = open(path);
     QVERIFY(w);
     m_frame->toolClick("ID_mnuPanImage");
-    PanWindow *pan = w->panWindow();
+    PanWindow *pan = pictureDocument(w)->panWindow();
     QVERIFY(pan && pan->isVisible());
-    PictureView *view = w->pictureView();
+    PictureView *view = pictureOf(w);
     QCOMPARE(pan->visibleRect(), view->visiblePictureRect());
     // Clicking the middle of the overview centres the view on the middle.
     const QRectF area = pan->overviewRect();
@@ -572,7 +589,7 @@ void TestChildFrm1::failedPictureStaysOpenAndEmpty()
     QVERIFY(w);
     QCOMPARE(m_responder->messageTexts(), QStringList{"Error Loading Picture"});
     QCOMPARE(m_frame->documentCount(), 1);
-    QVERIFY(!w->pictureView()->hasPicture());
+    QVERIFY(!pictureOf(w)->hasPicture());
     QCOMPARE(w->document()->loadingState(), viewer::Document::LoadingState::Failed);
     // The empty window still answers every command without crashing.
     m_responder->clear();
@@ -584,7 +601,7 @@ void TestChildFrm1::failedPictureStaysOpenAndEmpty()
 
 void TestChildFrm1::internetPictureWaitRule()
 {
-    LocalServer server({}, false);
+    LocalHttpServer server({}, false);
     QVERIFY(server.isListening());
     qint64 now = 1'000'000;
     ChildFrm1 *w = open(server.url("never.png"), false);
@@ -615,7 +632,7 @@ void TestChildFrm1::internetPictureWaitRule()
 
 void TestChildFrm1::internetPictureArrives()
 {
-    LocalServer server(pngBytes(QSize(64, 48), Qt::magenta));
+    LocalHttpServer server(pngBytes(QSize(64, 48), Qt::magenta));
     QVERIFY(server.isListening());
     qint64 now = 5000;
     ChildFrm1 *w = open(server.url("pics/arrives.png"), false);
@@ -623,7 +640,7 @@ void TestChildFrm1::internetPictureArrives()
     w->setInternetClock([&now] { return now; });
     QSignalSpy shown(w, &ChildFrm1::documentShown);
     QVERIFY(shown.wait(20000));
-    QCOMPARE(w->pictureView()->pictureSize(), QSize(64, 48));
+    QCOMPARE(pictureOf(w)->pictureSize(), QSize(64, 48));
     QCOMPARE(w->windowTitle(), QStringLiteral("arrives.png"));
     now += 60;
     w->Timer1_Timer();
@@ -638,7 +655,7 @@ void TestChildFrm1::internetPictureArrives()
 
 void TestChildFrm1::webViewReachesNoNetwork()
 {
-    LocalServer server(pngBytes(QSize(8, 8), Qt::red));
+    LocalHttpServer server(pngBytes(QSize(8, 8), Qt::red));
     TestDir dir;
     dir.createFile("local.png", pngBytes(QSize(5, 5), Qt::blue));
     const QString page = dir.createFile(
@@ -658,13 +675,29 @@ void TestChildFrm1::webViewReachesNoNetwork()
     QVERIFY(!web->document()->resource(QTextDocument::ImageResource, QUrl("local.png")).isNull());
 }
 
+void TestChildFrm1::releaseBeforeOpeningWithAnotherProgram_data()
+{
+    QTest::addColumn<bool>("useTextDoc");
+    QTest::newRow("HTM in the text box gives way to Close.Txt") << true;
+    QTest::newRow("HTM in the web view holds no file and keeps its page") << false;
+}
+
 void TestChildFrm1::releaseBeforeOpeningWithAnotherProgram()
 {
     REQUIRE_FIXTURES();
+    QFETCH(bool, useTextDoc);
+    m_state->options.useTextDoc = useTextDoc;
     ChildFrm1 *w = open(fixtures::path("HTM/lorem-ipsum.htm"));
     QVERIFY(w);
+    QCOMPARE(w->isWebView(), !useTextDoc);
     m_frame->toolClick("ID_mnuOpenFileApplication");
-    QCOMPARE(w->findChild<QTextEdit *>("Text1")->toPlainText(), QStringLiteral("Close File\n"));
+    if (useTextDoc) {
+        QCOMPARE(w->findChild<QTextEdit *>("Text1")->toPlainText(), QStringLiteral("Close File\n"));
+    } else {
+        const QString page = w->findChild<WebView *>("WebBrowser1")->toPlainText();
+        QVERIFY(!page.isEmpty());
+        QVERIFY(page != QStringLiteral("Close File\n"));
+    }
     QCOMPARE(m_state->currentFile, fixtures::path("HTM/lorem-ipsum.htm"));
 }
 
@@ -738,7 +771,7 @@ void TestChildFrm1::everyFixtureOpens()
     QCOMPARE(m_frame->documentCount(), 1);
     if (w->FILE_TYPE() == QLatin1String("I")) {
         // Either the picture shows, or the window says so and stays open.
-        if (w->pictureView()->hasPicture())
+        if (pictureOf(w)->hasPicture())
             QVERIFY(m_responder->messages().isEmpty());
         else
             QCOMPARE(m_responder->messageTexts(), QStringList{"Error Loading Picture"});

@@ -1,21 +1,11 @@
 #pragma once
 
 #include "core/viewer/DocumentRules.h"
-#include "core/viewer/ViewModes.h"
 #include "ui/frame/DocumentWindow.h"
+#include "ui/viewer/DocumentView.h"
 
 #include <QPointer>
 #include <QWidget>
-
-class QFrame;
-class QLabel;
-class QListWidget;
-class QNetworkAccessManager;
-class QNetworkReply;
-class QPushButton;
-class QTemporaryDir;
-class QTextEdit;
-class QTimer;
 
 namespace tarnby {
 class AppState;
@@ -29,25 +19,24 @@ namespace tarnby::ui {
 
 class FileCommands;
 class MDIForm1;
-class PanWindow;
-class PictureView;
-class WebView;
 struct UiServices;
 
 // The document window: one per opened file, hosted by the viewing frame. It
-// takes its kind letter ("I", "T", "D") when it is created, loads its
-// document in the background once the event loop runs, and offers every
-// operation the frame calls by name. It reports into the frame (caption,
-// status panels, checked view modes) whenever it becomes the active window.
-class ChildFrm1 : public QWidget, public DocumentWindow
+// takes its kind when it is created, chooses the view for that kind once
+// (picture, text box, web view or table), loads its document in the
+// background once the event loop runs, and offers every operation the frame
+// calls by name, forwarding what depends on the kind to the view. It reports
+// into the frame (caption, status panels, checked view modes) whenever it
+// becomes the active window.
+class ChildFrm1 : public QWidget, public DocumentWindow, private DocumentViewHost
 {
     Q_OBJECT
 public:
-    ChildFrm1(AppState &state, UiServices &services, const QString &path, const QString &kind,
+    ChildFrm1(AppState &state, UiServices &services, const QString &path, viewer::DocumentKind kind,
               QWidget *parent = nullptr);
     ~ChildFrm1() override;
 
-    QString FILE_TYPE() const override { return m_fileType; }
+    QString FILE_TYPE() const override { return viewer::kindLetter(m_kind); }
     qint16 NUMINDEXES() const override { return m_numIndexes; }
     bool SHUTOFFCLICK_FLG() const override { return m_shutOffClick; }
     QString filePath() const override { return m_path; }
@@ -57,10 +46,9 @@ public:
 #undef TARNBY_OVERRIDE_OPERATION
 
     viewer::Document *document() const { return m_document; }
-    const viewer::ViewModes &viewModes() const { return m_modes; }
-    PictureView *pictureView() const { return m_image; }
-    PanWindow *panWindow() const { return m_pan; }
-    bool isWebView() const { return m_webViewFlag; }
+    // The view of this window's kind, made with the window.
+    DocumentView *documentView() const { return m_view; }
+    bool isWebView() const;
 
     // Before the shown file is handed to another window of the program: asks
     // whether to save a changed picture and saves it on Yes. Returns false
@@ -89,68 +77,33 @@ protected:
     bool event(QEvent *event) override;
 
 private:
+    // DocumentViewHost
+    QWidget *outerWindow() const override;
+    void setFrameCheck(const QString &key, bool checked) override;
+    void copyFileAs() override;
+
     void loadDocument();
     void onLoaded();
     void onLoadFailed(const QString &error);
-    void showPicture();
-    void showText();
-    void showTextPage();
-    void startInternetFetch();
-    void onFetchFinished();
-    void layoutControls();
-    void sizeToPicture();
-    void placeTextWindow();
-    void applySteps(const viewer::ViewSteps &steps);
-    void setFrameCheck(const QString &key, bool checked);
-    void showPanWindow();
     void notYetAvailable(const QString &what);
     void connectToFrame();
     MDIForm1 *frame() const;
-    QWidget *outerWindow() const;
-    bool isPicture() const { return m_fileType == QLatin1String("I"); }
     FileCommands *fileCommands();
 
     AppState &m_state;
     UiServices &m_services;
     QString m_path;
-    QString m_fileType;
+    viewer::DocumentKind m_kind;
     QString m_extension;
     qint16 m_numIndexes = 0;
     bool m_shutOffClick = false;
-    bool m_webViewFlag = false;
-    bool m_animationFlag = false;
     // Set while this window changes a checked state in the frame, whose
     // resulting click must not run the operation again.
     bool m_toolbarGuard = false;
     bool m_closing = false;
-    QSize m_textBoxTwips;
 
     viewer::Document *m_document = nullptr;
-    viewer::ViewModes m_modes;
-    viewer::InternetFetchWatch m_fetchWatch;
-
-    PictureView *m_image = nullptr;
-    QTextEdit *m_text = nullptr;
-    WebView *m_web = nullptr;
-    QTimer *m_timer = nullptr;
-    QFrame *m_frame3 = nullptr;
-    QLabel *m_label1 = nullptr;
-    QFrame *m_frame2 = nullptr;
-    QTextEdit *m_text2 = nullptr;
-    QFrame *m_frame1 = nullptr;
-    QPushButton *m_exitDBaseBtn = nullptr;
-    QListWidget *m_list1 = nullptr;
-    QListWidget *m_list2 = nullptr;
-    QLabel *m_tableNotice = nullptr;
-    QWidget *m_pageBar = nullptr;
-    QLabel *m_pageLabel = nullptr;
-    QPushButton *m_prevPage = nullptr;
-    QPushButton *m_nextPage = nullptr;
-    PanWindow *m_pan = nullptr;
-
-    QNetworkAccessManager *m_network = nullptr;
-    QPointer<QNetworkReply> m_reply;
-    QTemporaryDir *m_download = nullptr;
+    DocumentView *m_view = nullptr;
     FileCommands *m_fileCommands = nullptr;
     QPointer<MDIForm1> m_connectedFrame;
 };

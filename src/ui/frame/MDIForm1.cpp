@@ -66,7 +66,7 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     }
 
     m_factory = [this](const QString &path, viewer::DocumentKind kind) -> QWidget * {
-        return new ChildFrm1(m_state, m_services, path, viewer::kindLetter(kind));
+        return new ChildFrm1(m_state, m_services, path, kind);
     };
 
     // The table entries start disabled; only a table window enables them.

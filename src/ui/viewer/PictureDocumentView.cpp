@@ -1,0 +1,300 @@
+#include "ui/viewer/PictureDocumentView.h"
+
+#include "core/app/Twips.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/viewer/Document.h"
+#include "core/viewer/InternetDownload.h"
+#include "ui/services/UiServices.h"
+#include "ui/viewer/PanWindow.h"
+#include "ui/viewer/PictureView.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QFrame>
+#include <QLabel>
+#include <QLayout>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace tarnby::ui {
+
+using viewer::ViewStep;
+
+PictureDocumentView::PictureDocumentView(viewer::Document &document, UiServices &services,
+                                         DocumentViewHost &host, QWidget *parent)
+    : DocumentView(document, services, host, parent)
+{
+    m_image = new PictureView(this);
+    m_image->setFrameShape(QFrame::NoFrame);
+    m_image->hide();
+
+    m_timer = new QTimer(this);
+    m_timer->setObjectName(QStringLiteral("Timer1"));
+    m_timer->setInterval(1000);
+    connect(m_timer, &QTimer::timeout, this, &PictureDocumentView::internetTick);
+
+    m_frame3 = new QFrame(this);
+    m_frame3->setObjectName(QStringLiteral("Frame3"));
+    m_frame3->setFrameShape(QFrame::Box);
+    auto *label1 = new QLabel(QStringLiteral("Loading Picture from the Internet. Please wait."), m_frame3);
+    label1->setObjectName(QStringLiteral("Label1"));
+    (new QVBoxLayout(m_frame3))->addWidget(label1);
+    m_frame3->hide();
+}
+
+PictureDocumentView::~PictureDocumentView() = default;
+
+void PictureDocumentView::start()
+{
+    m_image->show();
+    m_image->setFocus();
+    if (viewer::isInternetAddress(document().path())) {
+        startInternetFetch();
+        return;
+    }
+    DocumentView::start();
+}
+
+void PictureDocumentView::showDocument()
+{
+    m_frame3->hide();
+    m_image->setPicture(document().picture(), document().overview());
+    m_image->show();
+    sizeToPicture();
+    if (m_pan)
+        m_pan->setOverview(document().overview().isNull() ? document().picture().image() : document().overview(),
+                           m_image->pictureSize());
+}
+
+void PictureDocumentView::showFailure(const QString &error)
+{
+    Q_UNUSED(error)
+    endInternetWait();
+    services().messages.inform(QStringLiteral("Error Loading Picture"), this);
+}
+
+viewer::StatusPanels PictureDocumentView::statusPanels() const
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded)
+        return DocumentView::statusPanels();
+    const imaging::PictureInfo &info = document().picture().info;
+    return viewer::pictureStatusPanels(info.width, info.height, info.bitsPerPixel, info.sizeOnDisk);
+}
+
+void PictureDocumentView::activate()
+{
+    applySteps(m_modes.activationChecks());
+}
+
+void PictureDocumentView::closing()
+{
+    applySteps(m_modes.teardown());
+    m_timer->stop();
+    if (m_download)
+        m_download->cancel();
+}
+
+void PictureDocumentView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_image->setGeometry(rect());
+    placeWaitNotice();
+}
+
+void PictureDocumentView::placeWaitNotice()
+{
+    const QSize notice = m_frame3->sizeHint();
+    m_frame3->setGeometry(
+        QRect(QPoint((width() - notice.width()) / 2, (height() - notice.height()) / 2), notice));
+}
+
+void PictureDocumentView::sizeToPicture()
+{
+    const QSize picture = m_image->pictureSize();
+    if (picture.isEmpty())
+        return;
+    QWidget *outer = host().outerWindow();
+    QWidget *window = parentWidget() ? parentWidget() : this;
+    const double dpiX = logicalDpiX();
+    const double dpiY = logicalDpiY();
+    // The hosting window places this one through its layout; settle it first
+    // so that outer minus inner is the real non-client size.
+    if (outer != window && outer->layout())
+        outer->layout()->activate();
+    const QSize nonClientPixels = outer == window ? QSize(0, 0) : outer->size() - window->size();
+    const QSize nonClientTwips(int(std::lround(pixelsToTwips(nonClientPixels.width(), dpiX))),
+                               int(std::lround(pixelsToTwips(nonClientPixels.height(), dpiY))));
+    const QSize twips = viewer::pictureWindowTwips(picture, 1440.0 / dpiX, 1440.0 / dpiY, nonClientTwips);
+    QSize pixels(twipsToPixels(twips.width(), dpiX), twipsToPixels(twips.height(), dpiY));
+    // A picture larger than the frame gets a window as large as the frame's
+    // client area, with scroll bars.
+    if (outer != window && outer->parentWidget() && !outer->parentWidget()->size().isEmpty())
+        pixels = pixels.boundedTo(outer->parentWidget()->size());
+    outer->resize(pixels);
+    if (outer != window && outer->layout()) {
+        outer->layout()->activate();
+        // Some window decorations only settle their size on the resize itself;
+        // correct once by what the inner area still lacks.
+        const QSize lacking =
+            picture.boundedTo(outer->parentWidget() ? outer->parentWidget()->size() : picture) - window->size();
+        if (!lacking.isNull() && (lacking.width() > 0 || lacking.height() > 0))
+            outer->resize((outer->size() + lacking.expandedTo(QSize(0, 0)))
+                              .boundedTo(outer->parentWidget() ? outer->parentWidget()->size() : QSize(1 << 20, 1 << 20)));
+    }
+}
+
+// ---------------------------------------------------------------- the Internet
+
+void PictureDocumentView::setInternetClock(viewer::InternetFetchWatch::Clock clock)
+{
+    m_fetchWatch = viewer::InternetFetchWatch(std::move(clock));
+}
+
+bool PictureDocumentView::isFetchingFromInternet() const
+{
+    return m_fetchWatch.isRunning();
+}
+
+void PictureDocumentView::startInternetFetch()
+{
+    m_frame3->show();
+    m_frame3->raise();
+    placeWaitNotice();
+    m_fetchWatch.start();
+    m_timer->start();
+    if (!m_download) {
+        m_download = new viewer::InternetDownload(this);
+        connect(m_download, &viewer::InternetDownload::finished, this, &PictureDocumentView::onDownloaded);
+    }
+    m_download->start(document().path());
+}
+
+void PictureDocumentView::onDownloaded(const viewer::DownloadResult &result)
+{
+    // A failed transfer is not reported here: the picture simply never
+    // arrives, and the timer's rule tells the user.
+    if (result.ok())
+        document().load(result.localPath);
+}
+
+void PictureDocumentView::endInternetWait()
+{
+    m_frame3->hide();
+    m_fetchWatch.stop();
+    m_timer->stop();
+}
+
+void PictureDocumentView::internetTick()
+{
+    using Verdict = viewer::InternetFetchWatch::Verdict;
+    const Verdict verdict = m_fetchWatch.check(document().loadingState() == viewer::Document::LoadingState::Loaded);
+    switch (verdict) {
+    case Verdict::Waiting:
+        return;
+    case Verdict::Completed:
+    case Verdict::Idle:
+        m_timer->stop();
+        m_frame3->hide();
+        return;
+    case Verdict::TimedOut:
+        m_timer->stop();
+        m_frame3->hide();
+        if (m_download)
+            m_download->cancel();
+        services().messages.inform(QStringLiteral("Picture Not found on the Internet"), this);
+        return;
+    }
+}
+
+// ---------------------------------------------------------------- view modes
+
+void PictureDocumentView::viewNormal() { applySteps(m_modes.normal()); }
+void PictureDocumentView::viewStretch() { applySteps(m_modes.stretch()); }
+void PictureDocumentView::togglePanWindow() { applySteps(m_modes.togglePanWindow()); }
+void PictureDocumentView::toggleMagnifier() { applySteps(m_modes.toggleMagnifier()); }
+
+void PictureDocumentView::applySteps(const viewer::ViewSteps &steps)
+{
+    for (const ViewStep &step : steps) {
+        switch (step.action) {
+        case ViewStep::Action::SetPaintMode:
+            m_image->setPaintMode(step.mode);
+            break;
+        case ViewStep::Action::StartMagnifier:
+            m_image->setMagnifierOn(true);
+            break;
+        case ViewStep::Action::StopMagnifier:
+            m_image->setMagnifierOn(false);
+            break;
+        case ViewStep::Action::ShowPanWindow:
+            showPanWindow();
+            break;
+        case ViewStep::Action::HidePanWindow:
+            if (m_pan)
+                m_pan->hide();
+            break;
+        case ViewStep::Action::Check:
+            host().setFrameCheck(step.key, step.checked);
+            break;
+        }
+    }
+}
+
+void PictureDocumentView::showPanWindow()
+{
+    if (!m_pan) {
+        m_pan = new PanWindow(this);
+        connect(m_image, &PictureView::visibleRectChanged, m_pan, &PanWindow::setVisibleRect);
+        connect(m_pan, &PanWindow::panRequested, m_image, &PictureView::centreOn);
+        connect(m_pan, &PanWindow::closedByUser, this, [this] { applySteps(m_modes.panWindowClosed()); });
+    }
+    QWidget *outer = host().outerWindow();
+    m_pan->setWindowIcon(outer->windowIcon());
+    const QImage overview = document().overview();
+    m_pan->setOverview(overview.isNull() ? document().picture().image() : overview, m_image->pictureSize());
+    m_pan->setVisibleRect(m_image->visiblePictureRect());
+    // Both offsets come from the document window's left edge, in the frame's
+    // client area.
+    QRect place = viewer::PanWindowSettings::geometry(outer->x());
+    if (QWidget *area = outer->parentWidget())
+        place.moveTopLeft(area->mapToGlobal(place.topLeft()));
+    m_pan->setGeometry(place);
+    m_pan->show();
+    m_pan->raise();
+}
+
+// ---------------------------------------------------------------- operations
+
+void PictureDocumentView::copySelection()
+{
+    services().messages.inform(
+        QStringLiteral("You can only Copy Text for Pasting into Text Box to Add Text to a Picture"), this);
+}
+
+void PictureDocumentView::saveAs()
+{
+    const QString path = document().path();
+    const QString extension = document().extension();
+    const QString name = viewer::saveAsFileName(path);
+    DialogRequest request;
+    request.kind = DialogKind::SaveFile;
+    request.title = QStringLiteral("Enter New File Name for - ") + name;
+    const QString pattern = QStringLiteral("*.") + extension;
+    request.filter = pattern + QLatin1Char('|') + pattern;
+    request.defaultSuffix = extension;
+    request.fileName = name;
+    request.directory = viewer::isInternetAddress(path) ? QDir::currentPath() : QFileInfo(path).absolutePath();
+    const DialogAnswer answer = services().dialogs.run(request, this);
+    if (!answer.accepted || answer.path.isEmpty())
+        return;
+    const int formatCode = catalogue::GetSaveFormatCode(catalogue::GetFileExt(answer.path));
+    const imaging::SaveResult result = formatCode == 0
+                                           ? imaging::SaveResult{false, QStringLiteral("No picture format")}
+                                           : document().savePicture(answer.path, formatCode, 0, 0);
+    if (!result.ok)
+        services().messages.inform(QStringLiteral("Error Saving File - ") + answer.path, this);
+}
+
+} // namespace tarnby::ui

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "core/viewer/DocumentRules.h"
+#include "core/viewer/ViewModes.h"
+#include "ui/viewer/DocumentView.h"
+
+class QFrame;
+class QTimer;
+
+namespace tarnby::viewer {
+class InternetDownload;
+struct DownloadResult;
+}
+
+namespace tarnby::ui {
+
+class PanWindow;
+class PictureView;
+
+// The view of a picture window: the picture view with its view modes (normal
+// or stretched, the pan window and the magnifying glass), Save As in a picture
+// format, and the wait for a picture named by Internet address. The window is
+// sized to the picture once it has loaded.
+class PictureDocumentView : public DocumentView
+{
+    Q_OBJECT
+public:
+    PictureDocumentView(viewer::Document &document, UiServices &services, DocumentViewHost &host,
+                        QWidget *parent = nullptr);
+    ~PictureDocumentView() override;
+
+    PictureView *pictureView() const { return m_image; }
+    // Made when first shown.
+    PanWindow *panWindow() const { return m_pan; }
+    const viewer::ViewModes &viewModes() const { return m_modes; }
+
+    void start() override;
+    void showDocument() override;
+    void showFailure(const QString &error) override;
+    viewer::StatusPanels statusPanels() const override;
+    void activate() override;
+    void closing() override;
+
+    // Asks for a new name and format and saves the picture there.
+    void saveAs() override;
+    // Says that only text can be copied, for adding text to a picture.
+    void copySelection() override;
+    void viewNormal() override;
+    void viewStretch() override;
+    void togglePanWindow() override;
+    void toggleMagnifier() override;
+
+    void setInternetClock(viewer::InternetFetchWatch::Clock clock) override;
+    bool isFetchingFromInternet() const override;
+    // The 51-second rule: once the wait has run that long without the
+    // picture, the transfer ends and the user is told.
+    void internetTick() override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void startInternetFetch();
+    void onDownloaded(const viewer::DownloadResult &result);
+    void endInternetWait();
+    void sizeToPicture();
+    void placeWaitNotice();
+    void applySteps(const viewer::ViewSteps &steps);
+    void showPanWindow();
+
+    viewer::ViewModes m_modes;
+    viewer::InternetFetchWatch m_fetchWatch;
+
+    PictureView *m_image = nullptr;
+    PanWindow *m_pan = nullptr;
+    QFrame *m_frame3 = nullptr;
+    QTimer *m_timer = nullptr;
+    viewer::InternetDownload *m_download = nullptr;
+};
+
+} // namespace tarnby::ui
