@@ -1,4 +1,5 @@
 #include "CodecSamples.h"
+#include "CodecTestUtil.h"
 #include "TestDir.h"
 
 #include "core/platform/imaging/PictureFormats.h"
@@ -270,19 +271,6 @@ QByteArray wpg2File(const QImage &indexed, quint8 depthCode)
     return out;
 }
 
-int largestDifference(const QImage &a, const QImage &b)
-{
-    if (a.size() != b.size())
-        return -1;
-    int worst = 0;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x) {
-            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
-            worst = std::max({worst, qAbs(qRed(p) - qRed(q)), qAbs(qGreen(p) - qGreen(q)), qAbs(qBlue(p) - qBlue(q))});
-        }
-    return worst;
-}
-
 } // namespace
 
 class TestPictureBuilt : public QObject
@@ -367,7 +355,7 @@ private slots:
         QCOMPARE(QSize(info.width, info.height), expected.size());
         QCOMPARE(info.bitsPerPixel, bits);
         QCOMPARE(tarnby::imaging::formatName(info.formatCode), formatName);
-        QCOMPARE(largestDifference(result.picture.image(), expected), 0);
+        QCOMPARE(codectest::maxChannelDifference(result.picture.image(), expected), 0);
         QList<QRgb> colours;
         for (int y = 0; y < expected.height(); ++y)
             for (int x = 0; x < expected.width(); ++x)
