@@ -275,35 +275,6 @@ private slots:
         QCOMPARE(loaded.picture.image().pixel(0, 7), loaded.picture.image().pixel(w - 1, 7));
     }
 
-    // A block is drawn wherever it is inserted: here a bar at the bottom and
-    // one at the top of the drawing, nothing between.
-    void drawingBlocksAreInserted()
-    {
-        const QByteArray drawing = "0\nSECTION\n2\nBLOCKS\n"
-                                   "0\nBLOCK\n8\n0\n2\nBAR\n70\n0\n10\n0\n20\n0\n"
-                                   "0\nLINE\n8\n0\n10\n0\n20\n0\n11\n10\n21\n0\n"
-                                   "0\nENDBLK\n0\nENDSEC\n"
-                                   "0\nSECTION\n2\nENTITIES\n"
-                                   "0\nINSERT\n8\n0\n2\nBAR\n10\n0\n20\n0\n"
-                                   "0\nINSERT\n8\n0\n2\nBAR\n10\n0\n20\n100\n"
-                                   "0\nENDSEC\n0\nEOF\n";
-        TestDir dir;
-        const LoadResult loaded = loadPicture(dir.createFile(QStringLiteral("bars.dxf"), drawing));
-        QVERIFY2(loaded.ok(), qPrintable(loaded.errorString));
-        const QImage image = loaded.picture.image();
-        QCOMPARE(image.height(), 1024);
-        const auto darkInRows = [&](int from, int to) {
-            int dark = 0;
-            for (int y = from; y < to; ++y)
-                for (int x = 0; x < image.width(); ++x)
-                    dark += qGray(image.pixel(x, y)) < 128;
-            return dark;
-        };
-        QVERIFY(darkInRows(0, 16) > 0);
-        QVERIFY(darkInRows(image.height() - 16, image.height()) > 0);
-        QCOMPARE(darkInRows(100, image.height() - 100), 0);
-    }
-
     // Windows load pictures on worker threads: the libraries' one-time set-up
     // and their process-wide state must hold when loads run side by side.
     void concurrentLoads()
