@@ -56,11 +56,7 @@ void TestCliType::typeRows_data()
     QTest::addColumn<QByteArray>("line");
     QTest::newRow("picture") << QByteArray("photo.jpg") << QByteArray("photo.jpg\tJPG\t0\t0\t0\tPicture\t10\n");
     QTest::newRow("no dot") << QByteArray("readme") << QByteArray("readme\t\t71\t0\t0\tMiscellaneous\t0\n");
-    QTest::newRow("trailing dot") << QByteArray("x.") << QByteArray("x.\t\t71\t0\t0\tMiscellaneous\t0\n");
     QTest::newRow("zip in the database band") << QByteArray("archive.zip") << QByteArray("archive.zip\tZIP\t70\t0\t1\tDatabase\t0\n");
-    QTest::newRow("ini is system text") << QByteArray("setup.ini") << QByteArray("setup.ini\tINI\t47\t1\t0\tSystem\t0\n");
-    QTest::newRow("dic unknown with a save code") << QByteArray("scan.dic") << QByteArray("scan.dic\tDIC\t71\t0\t0\tMiscellaneous\t90\n");
-    QTest::newRow("pbm shares the png code") << QByteArray("a.PBM") << QByteArray("a.PBM\tPBM\t19\t0\t0\tPicture\t75\n");
     QTest::newRow("blank in the name") << QByteArray("my file.msp") << QByteArray("my file.msp\tMSP\t44\t0\t0\tMultimedia\t53\n");
 }
 

@@ -19,7 +19,6 @@ private slots:
     void trashAndRestore_data();
     void trashAndRestore();
     void restoreNeverReplaces();
-    void unusableTrashLeavesFileInPlace();
     void recordedPath_data();
     void recordedPath();
 
@@ -91,20 +90,6 @@ void TestTrash::restoreNeverReplaces()
     QVERIFY(!restored.errorString.isEmpty());
     QCOMPARE(dir.read("report.txt"), QByteArray("new"));
     QVERIFY(QFileInfo::exists(trashed.pathInTrash));
-}
-
-void TestTrash::unusableTrashLeavesFileInPlace()
-{
-    // A file where the trash folder must be: the trash cannot be made.
-    TestDir dir;
-    QFile blocker(m_dataHome->path() + "/Trash");
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
-    const QString path = dir.createFile("keep.txt", "still here");
-    const trash::TrashResult trashed = trash::moveToTrash(path);
-    QVERIFY(!trashed.ok);
-    QVERIFY(!trashed.errorString.isEmpty());
-    QCOMPARE(dir.read("keep.txt"), QByteArray("still here"));
 }
 
 void TestTrash::recordedPath_data()

@@ -182,23 +182,24 @@ private slots:
                      qPrintable(QStringLiteral("ink at (%1, %2) off the arc").arg(p.x()).arg(p.y())));
     }
 
-    // Text of a block is drawn at every insert, moved, scaled and turned with
-    // it, and not where the block was defined.
-    void blockTextFollowsItsInserts_data()
+    // Lines and text of a block are drawn at every insert, moved, scaled and
+    // turned with it, and not where the block was defined.
+    void blockFollowsItsInserts_data()
     {
-        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("line") << line(5, 5, 55, 15);
         QTest::newRow("single-line text")
             << QByteArray("0\nTEXT\n8\n0\n10\n0\n20\n0\n40\n20\n1\nMMMM\n");
         QTest::newRow("paragraph text")
             << QByteArray("0\nMTEXT\n8\n0\n10\n0\n20\n20\n40\n20\n71\n1\n1\n{\\fArial;MMMM}\n");
     }
-    void blockTextFollowsItsInserts()
+    void blockFollowsItsInserts()
     {
-        QFETCH(QByteArray, text);
-        const QByteArray block = "0\nBLOCK\n8\n0\n2\nLABEL\n70\n0\n10\n0\n20\n0\n" + text + "0\nENDBLK\n";
+        QFETCH(QByteArray, content);
+        const QByteArray block = "0\nBLOCK\n8\n0\n2\nLABEL\n70\n0\n10\n0\n20\n0\n" + content + "0\nENDBLK\n";
         // Once plainly at (100, 0); once twice as large, turned a quarter
-        // turn counter-clockwise, at (400, 100): its text then runs upwards
-        // and stands to the left of the insertion point.
+        // turn counter-clockwise, at (400, 100): its content then runs
+        // upwards and stands to the left of the insertion point.
         const QByteArray inserts = "0\nINSERT\n8\n0\n2\nLABEL\n10\n100\n20\n0\n"
                                    "0\nINSERT\n8\n0\n2\nLABEL\n10\n400\n20\n100\n41\n2\n42\n2\n50\n90\n";
         const QImage image = load(drawing(block, inserts));
@@ -206,8 +207,8 @@ private slots:
         const Placement placement = Placement::of(image);
         QVERIFY(inkWithin(image, placement, QRectF(100, 2, 60, 16)) > 20);
         QVERIFY(inkWithin(image, placement, QRectF(362, 104, 36, 100)) > 20);
-        // Scaled: the second label's letters reach further than one plain
-        // text height from their baseline.
+        // Scaled: the second copy reaches further than one plain text height
+        // from its baseline.
         QVERIFY(inkWithin(image, placement, QRectF(364, 104, 12, 100)) > 0);
         QCOMPARE(inkWithin(image, placement, QRectF(0, 2, 60, 16)), 0); // the definition itself is not drawn
         QCOMPARE(inkWithin(image, placement, QRectF(200, 200, 100, 100)), 0);

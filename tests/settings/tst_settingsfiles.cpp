@@ -116,8 +116,6 @@ private slots:
     void colourDefaults();
     void colourDefaultsKeepThumbNailWindowGap();
     void coloursRoundTrip();
-    void sharedSwatch_data();
-    void sharedSwatch();
     void colourLines_data();
     void colourLines();
     void shortColoursFileKeepsDefaults();
@@ -376,41 +374,6 @@ void TestSettingsFiles::coloursRoundTrip()
     const ColorsReadReport report = readWindowColors(dir.path(), read);
     QCOMPARE(report.keptDefault, QStringList());
     QVERIFY(read == c);
-}
-
-void TestSettingsFiles::sharedSwatch_data()
-{
-    QTest::addColumn<int>("changed");
-    QTest::addColumn<quint32>("expected10");
-    QTest::addColumn<quint32>("expected21");
-    // Stored beforehand: 0x8080FF in the shared value.
-    QTest::newRow("new Selection Item colour also changes ThumbNail Window text")
-        << int(Swatch::SelectionItemBack) << 0x00FF00u << 0x00FF00u;
-    QTest::newRow("new ThumbNail Window text alone is lost to the Selection Item")
-        << int(Swatch::ThumbNailWindowText) << 0x8080FFu << 0x8080FFu;
-}
-
-void TestSettingsFiles::sharedSwatch()
-{
-    QFETCH(int, changed);
-    QFETCH(quint32, expected10);
-    QFETCH(quint32, expected21);
-    WindowColors c;
-    ProgramOptions o;
-    setDefaultColors(c, o);
-    auto shown = c.swatches();
-    QCOMPARE(shown[10], shown[21]);
-    shown[changed] = 0x00FF00;
-    c.storeSwatches(shown);
-
-    TestDir dir;
-    QString error;
-    QVERIFY(writeWindowColors(dir.path(), c, &error));
-    WindowColors reopened;
-    readWindowColors(dir.path(), reopened);
-    QCOMPARE(reopened.swatch(Swatch::SelectionItemBack), expected10);
-    QCOMPARE(reopened.swatch(Swatch::ThumbNailWindowText), expected21);
-    QCOMPARE(dir.read(ColorsFileName).split('\n').at(19), QByteArray::number(expected21) + '\r');
 }
 
 void TestSettingsFiles::colourLines_data()

@@ -133,10 +133,7 @@ void TestDocument::textViews_data()
     QTest::addColumn<TextView>("view");
     QTest::addColumn<QString>("contains");
     QTest::newRow("TXT") << "TXT/testTXT.txt" << false << TextView::PlainText << "Test d'indexation de Txt";
-    QTest::newRow("UTF-16 LOG") << "LOG/example.log" << false << TextView::PlainText << "Exact Audio Copy";
     QTest::newRow("RTF as rich text") << "RTF/testRTF.rtf" << false << TextView::RichText << "indexation Word";
-    QTest::newRow("RTF as rich text with the option") << "RTF/testRTF.rtf" << true << TextView::RichText
-                                                     << "indexation Word";
     QTest::newRow("DOC through the converter") << "DOC/word_document.doc" << false << TextView::WebView
                                                << "Streng Geheim";
     QTest::newRow("short Word 6 DOC") << "DOC/testWORD6.doc" << false << TextView::WebView

@@ -33,13 +33,10 @@ void TestDocumentRules::textView_data()
     QTest::newRow("DOC with the option goes to the text box") << "DOC" << true << TextView::PlainText;
     QTest::newRow("RTF is rich text without the option") << "RTF" << false << TextView::RichText;
     QTest::newRow("RTF is rich text whatever the option") << "RTF" << true << TextView::RichText;
-    QTest::newRow("HTM") << "HTM" << false << TextView::WebView;
-    QTest::newRow("HTML") << "HTML" << false << TextView::WebView;
     QTest::newRow("SHTML") << "SHTML" << false << TextView::WebView;
     QTest::newRow("WPS") << "WPS" << false << TextView::WebView;
     QTest::newRow("WPS with the option") << "WPS" << true << TextView::PlainText;
     QTest::newRow("lower-case html") << "html" << false << TextView::WebView;
-    QTest::newRow("TXT") << "TXT" << false << TextView::PlainText;
     QTest::newRow("WRI is plain text") << "WRI" << false << TextView::PlainText;
     QTest::newRow("INI") << "INI" << true << TextView::PlainText;
 }
