@@ -21,6 +21,8 @@ PACKAGES=(
   gstreamer1.0-libav fluid-soundfont-gm
   # tests and screenshots
   xvfb xauth poppler-utils netpbm
+  # the icon (rendered at build time)
+  librsvg2-bin
 )
 
 missing=()
