@@ -1,5 +1,5 @@
-# What `cmake --install` puts where: the freedesktop and Debian layout below
-# the prefix.
+# What `cmake --install` puts where (freedesktop and Debian layout below the
+# prefix), and the Debian package that CPack builds from it.
 #
 #   bin/tarnby, bin/tarnby-cli
 #   share/tarnby/...                       files a new program folder is given
@@ -36,3 +36,37 @@ foreach(page tarnby.1 tarnby-cli.1)
 endforeach()
 add_custom_target(tarnby_man_pages ALL DEPENDS ${manPages})
 install(FILES ${manPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# The Debian package: `cpack -G DEB` in the build folder (scripts/package.sh).
+# dpkg-shlibdeps computes the libraries' packages; the list below names what
+# the program needs at run time that no library link shows: Qt's and
+# GStreamer's plugins, the sound font for MIDI, the Word converters.
+set(TARNBY_PACKAGE_MAINTAINER "Tarnby developers <tarnby@example.org>" CACHE STRING
+    "The Maintainer field of the Debian package")
+set(CPACK_PACKAGE_NAME tarnby)
+set(CPACK_PACKAGE_VENDOR Tarnby)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT ${TARNBY_PACKAGE_MAINTAINER})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "desktop disk-file utility")
+set(CPACK_PACKAGE_DESCRIPTION
+    "Tarnby finds files on local disks and mounted network folders, shows them\n"
+    "(pictures in about forty formats, text and rich text, web pages, database\n"
+    "and spreadsheet tables, sound and video), edits pictures, prints, sends\n"
+    "files by e-mail and receives attachments, and gathers files into named\n"
+    "groups kept in an organizer database. tarnby-cli offers its file services\n"
+    "from a terminal.")
+string(REPLACE ";" "" CPACK_PACKAGE_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION}")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "qt6-image-formats-plugins, gstreamer1.0-plugins-base, gstreamer1.0-plugins-good, gstreamer1.0-plugins-bad, gstreamer1.0-libav, fluid-soundfont-gm, antiword | catdoc")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland")
+set(CPACK_DEBIAN_COMPRESSION_TYPE gzip)
+set(CPACK_GENERATOR DEB)
+set(CPACK_SOURCE_GENERATOR "")
+include(CPack)
