@@ -4,7 +4,8 @@ and offered by the desktop entry: a small file of each kind, with the header
 its format begins with where it has one, is given to `xdg-mime query
 filetype` with Tarnby's MIME XML installed into a temporary XDG data folder,
 and the type found must be one the entry offers. The old kinds need the XML:
-without it they are not recognised as their type.
+without it they are not recognised as their type. When the real sample files
+are there (TARNBY_FIXTURES), the first few of each kind must be offered too.
 Usage: check_mime.py PREFIX SOURCE_DIR WORK_DIR"""
 
 import os
@@ -101,8 +102,24 @@ def test():
             without = query(path, bare)
             if without == found:
                 problems.append("%s is %s even without tarnby.xml" % (ext, found))
+
+    # Real files of each kind, read in place.
+    fixtures = os.environ.get("TARNBY_FIXTURES", "")
+    real = 0
+    if os.path.isdir(fixtures):
+        for ext in catalogue_extensions(source):
+            folder = os.path.join(fixtures, ext)
+            if ext in NOT_OFFERED or not os.path.isdir(folder):
+                continue
+            names = sorted(n for n in os.listdir(folder) if n.upper().endswith("." + ext))
+            for name in names[:3]:
+                found = query(os.path.join(folder, name), with_xml)
+                real += 1
+                if found not in offered:
+                    problems.append("the sample %s/%s is %s, which the entry does not offer" % (ext, name, found))
     check(not problems, "\n  ".join(["the MIME types do not match:"] + problems))
-    print("%d kinds of the catalogue recognised and offered" % checked)
+    print("%d kinds of the catalogue recognised and offered; %d real samples offered%s"
+          % (checked, real, "" if real else " (TARNBY_FIXTURES is not there)"))
 
 
 main(test)
