@@ -81,7 +81,8 @@ def test():
     os.makedirs(packages)
     os.makedirs(os.path.join(work, "bare"))
     shutil.copy(os.path.join(prefix, "share/mime/packages/tarnby.xml"), packages)
-    run(["update-mime-database", os.path.join(work, "data", "mime")])
+    database = run(["update-mime-database", os.path.join(work, "data", "mime")], env=with_xml)
+    check(not database.stderr.strip(), "update-mime-database complains about tarnby.xml:\n" + database.stderr)
 
     offered = set(desktop_mime_types(os.path.join(prefix, "share/applications/tarnby.desktop")))
     problems = []
