@@ -17,14 +17,25 @@ function(tarnby_add_test name)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 300)
   endif()
-  # Each test gets cache, data and config folders of its own below the build
-  # folder, so that thumbnails, the trash and settings never touch the
-  # user's (or root's) real ones.
+  tarnby_test_environment(${name} env)
+  # A test's own entries come last and win over the common ones.
+  list(APPEND env ${ARG_ENV})
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${env}" TIMEOUT ${ARG_TIMEOUT})
+endfunction()
+
+# tarnby_test_environment(NAME OUT_VAR)
+#
+# The environment every test runs in: headless, with cache, data and config
+# folders of its own below the build folder, so that thumbnails, the trash and
+# settings never touch the user's (or root's) real ones, and with the
+# sanitizers' options. Tests that are scripts rather than Qt Test programs
+# (tests/install) take it too.
+function(tarnby_test_environment name out)
   set(home ${CMAKE_BINARY_DIR}/test-home/${name})
   file(MAKE_DIRECTORY ${home}/cache ${home}/data ${home}/config ${home}/runtime)
   # Qt wants a private runtime folder and warns on standard error without one.
   file(CHMOD ${home}/runtime DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
-  set(env
+  set(${out}
     "QT_QPA_PLATFORM=offscreen"
     "XDG_RUNTIME_DIR=${home}/runtime"
     "XDG_CACHE_HOME=${home}/cache"
@@ -34,8 +45,6 @@ function(tarnby_add_test name)
     "TARNBY_BINARY_DIR=${CMAKE_BINARY_DIR}"
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
     "UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1"
-    "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1")
-  # A test's own entries come last and win over the defaults above.
-  list(APPEND env ${ARG_ENV})
-  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${env}" TIMEOUT ${ARG_TIMEOUT})
+    "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1"
+    PARENT_SCOPE)
 endfunction()

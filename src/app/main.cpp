@@ -2,6 +2,7 @@
 #include "core/app/SettingsStore.h"
 #include "core/catalogue/CommandLine.h"
 #include "ui/browser/Tarnby1.h"
+#include "ui/services/ApplicationIcon.h"
 #include "ui/services/UiServices.h"
 
 #include <QApplication>
@@ -13,6 +14,9 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Tarnby"));
     QApplication::setOrganizationName(QStringLiteral("Tarnby"));
     QApplication::setApplicationVersion(QStringLiteral("3.0"));
+    QApplication::setWindowIcon(tarnby::ui::applicationIcon());
+    // Lets the desktop match the windows to tarnby.desktop (Wayland's app id).
+    QGuiApplication::setDesktopFileName(QStringLiteral("tarnby"));
 
     tarnby::ui::StartupRequest request;
     request.homeVariable = qEnvironmentVariable("TARNBY_HOME");

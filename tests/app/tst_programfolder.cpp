@@ -23,6 +23,7 @@ private slots:
     void seedsDeliveredFiles();
     void neverOverwrites();
     void recordsTheFolder();
+    void installedFilesComeFirst();
 };
 
 namespace {
@@ -153,6 +154,33 @@ void TestProgramFolder::recordsTheFolder()
     // The recorded folder is found again without the option.
     const ProgramFolderResult again = resolve(dir, QString(), QString(), QString());
     QCOMPARE(again.path, r.path);
+}
+
+void TestProgramFolder::installedFilesComeFirst()
+{
+    // An installed program: bin/ beside share/tarnby/.
+    TestDir dir;
+    dir.createFolder("prefix/bin");
+    dir.createFile("prefix/share/tarnby/TIPHELP.TXT", "an installed tip\r\n");
+    dir.createFile("prefix/share/tarnby/Help/index.html", "<p>installed</p>");
+    const QString source = deliveredFilesSource(dir.filePath("prefix/bin"));
+    QCOMPARE(source, QDir::cleanPath(dir.filePath("prefix/share/tarnby")));
+    QCOMPARE(deliveredFiles(source), (QStringList{"Help/index.html", "TIPHELP.TXT"}));
+
+    QStringList warnings;
+    const QStringList written = seedProgramFolder(dir.filePath("home"), &warnings, source);
+    QVERIFY(warnings.isEmpty());
+    QCOMPARE(written, deliveredFiles(source));
+    QCOMPARE(dir.read("home/TIPHELP.TXT"), QByteArray("an installed tip\r\n"));
+    QCOMPARE(dir.read("home/Help/index.html"), QByteArray("<p>installed</p>"));
+
+    // Without the data folder (a build folder), the built-in copies serve, and
+    // they are the whole delivered set.
+    const QString builtIn = deliveredFilesSource(dir.filePath("elsewhere/bin"));
+    QVERIFY(builtIn.startsWith(QLatin1Char(':')));
+    QVERIFY(deliveredFiles(builtIn).contains("BMPS/Check.BMP"));
+    // This test runs from the build folder, which has no data folder either.
+    QCOMPARE(deliveredFilesSource(), builtIn);
 }
 
 QTEST_GUILESS_MAIN(TestProgramFolder)

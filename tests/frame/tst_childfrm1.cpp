@@ -8,6 +8,7 @@
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/services/ApplicationIcon.h"
 #include "ui/services/UiServices.h"
 #include "ui/viewer/Magnifier.h"
 #include "ui/viewer/PanWindow.h"
@@ -97,6 +98,7 @@ private slots:
     void binaryJunkNamedTxt();
     void everyFixtureOpens_data();
     void everyFixtureOpens();
+    void windowsShowTheProgramIcon();
 
 private:
     ChildFrm1 *open(const QString &path, bool wait = true);
@@ -781,6 +783,35 @@ void TestChildFrm1::everyFixtureOpens()
     QPointer<ChildFrm1> guard(w);
     m_frame->toolClick("ID_CloseBtn");
     QTRY_VERIFY(!guard);
+}
+
+void TestChildFrm1::windowsShowTheProgramIcon()
+{
+    // The icon comes in the sizes of the icon theme, 16 to 256 pixels.
+    const QIcon icon = applicationIcon();
+    QList<int> sides;
+    for (const QSize &size : icon.availableSizes())
+        sides << size.width();
+    std::sort(sides.begin(), sides.end());
+    QVERIFY(!sides.isEmpty());
+    QCOMPARE(sides.first(), 16);
+    QCOMPARE(sides.last(), 256);
+
+    // The program sets it for the application; the frame and the document
+    // windows of every kind show it, none an icon of its own.
+    QApplication::setWindowIcon(icon);
+    QImage picture(40, 30, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    QVERIFY(picture.save(m_home->filePath("picture.png")));
+    ChildFrm1 *pictureWindow = open(m_home->filePath("picture.png"));
+    ChildFrm1 *textWindow = open(m_home->createFile("notes.txt", "a line\r\n"));
+    QVERIFY(pictureWindow && textWindow);
+    QCOMPARE(m_frame->windowIcon().cacheKey(), icon.cacheKey());
+    for (ChildFrm1 *w : {pictureWindow, textWindow}) {
+        QCOMPARE(outer(w)->windowIcon().cacheKey(), icon.cacheKey());
+        QCOMPARE(w->windowIcon().cacheKey(), icon.cacheKey());
+    }
+    QApplication::setWindowIcon(QIcon());
 }
 
 QTEST_MAIN(TestChildFrm1)

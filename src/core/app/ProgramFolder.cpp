@@ -2,6 +2,7 @@
 
 #include "core/app/SettingsStore.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -14,7 +15,13 @@ namespace tarnby {
 
 namespace {
 
-const QString ResourceRoot = QStringLiteral(":/programfolder");
+const QString BuiltInSource = QStringLiteral(":/programfolder");
+
+// The installed data folder relative to the installed bin folder; the build
+// computes it from its install directories.
+#ifndef TARNBY_DATA_FROM_BIN
+#define TARNBY_DATA_FROM_BIN "../share/tarnby"
+#endif
 
 // Whether folder exists (after trying to create it) and takes new files.
 bool usable(const QString &folder, QString *why)
@@ -48,23 +55,42 @@ QString defaultDataFolder()
     return QDir(base).filePath(QStringLiteral("Tarnby"));
 }
 
-QStringList deliveredFiles()
+QString deliveredFilesSource(const QString &executableFolder)
+{
+    if (!executableFolder.isEmpty()) {
+        const QString installed = QDir::cleanPath(QDir(executableFolder).filePath(QStringLiteral(TARNBY_DATA_FROM_BIN)));
+        if (QFileInfo(installed).isDir())
+            return installed;
+    }
+    return BuiltInSource;
+}
+
+QString deliveredFilesSource()
+{
+    // applicationDirPath() warns without an application object; a program
+    // that has none has no installed folder to prefer either.
+    if (!QCoreApplication::instance())
+        return BuiltInSource;
+    return deliveredFilesSource(QCoreApplication::applicationDirPath());
+}
+
+QStringList deliveredFiles(const QString &source)
 {
     QStringList files;
-    QDirIterator it(ResourceRoot, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator it(source, QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         it.next();
-        files << it.filePath().mid(ResourceRoot.size() + 1);
+        files << it.filePath().mid(source.size() + 1);
     }
     files.sort();
     return files;
 }
 
-QStringList seedProgramFolder(const QString &folder, QStringList *warnings)
+QStringList seedProgramFolder(const QString &folder, QStringList *warnings, const QString &source)
 {
     QStringList written;
     const QDir dir(folder);
-    for (const QString &relative : deliveredFiles()) {
+    for (const QString &relative : deliveredFiles(source)) {
         const QString target = dir.filePath(relative);
         if (QFileInfo::exists(target))
             continue;
@@ -72,10 +98,13 @@ QStringList seedProgramFolder(const QString &folder, QStringList *warnings)
             warnings->append(QStringLiteral("Tarnby could not create the folder for %1.").arg(target));
             continue;
         }
-        QFile source(ResourceRoot + QLatin1Char('/') + relative);
+        QFile input(source + QLatin1Char('/') + relative);
+        if (!input.open(QIODevice::ReadOnly)) {
+            warnings->append(QStringLiteral("Tarnby could not read %1: %2").arg(input.fileName(), input.errorString()));
+            continue;
+        }
         QSaveFile out(target);
-        if (!source.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly)
-            || out.write(source.readAll()) < 0 || !out.commit()) {
+        if (!out.open(QIODevice::WriteOnly) || out.write(input.readAll()) < 0 || !out.commit()) {
             warnings->append(QStringLiteral("Tarnby could not write %1: %2").arg(target, out.errorString()));
             continue;
         }

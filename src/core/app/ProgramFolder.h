@@ -30,12 +30,25 @@ struct ProgramFolderRequest {
 
 ProgramFolderResult resolveProgramFolder(const ProgramFolderRequest &request, SettingsStore &store);
 
-// Writes the delivered files that folder lacks; returns the ones written and
-// appends a warning for each one that could not be written.
-QStringList seedProgramFolder(const QString &folder, QStringList *warnings);
+// Where the delivered files are read from. An installed Tarnby finds them in
+// the data folder beside its bin folder (executableFolder + "/../share/tarnby"
+// for the standard layout); when that folder does not exist, as for a program
+// run from its build folder, the copies built into the program are used
+// (":/programfolder"). The result is a folder path QFile and QDirIterator read.
+QString deliveredFilesSource(const QString &executableFolder);
 
-// The files that a program folder is given, relative to it.
-QStringList deliveredFiles();
+// The source for the running program: deliveredFilesSource() of the folder of
+// its executable, or the built-in copies when there is no application object.
+QString deliveredFilesSource();
+
+// Writes the delivered files that folder lacks, reading them from source;
+// returns the ones written and appends a warning for each one that could not
+// be written.
+QStringList seedProgramFolder(const QString &folder, QStringList *warnings,
+                              const QString &source = deliveredFilesSource());
+
+// The files that a program folder is given, relative to it, as source holds them.
+QStringList deliveredFiles(const QString &source = deliveredFilesSource());
 
 // The per-user data folder: ~/.local/share/Tarnby (XDG_DATA_HOME honoured).
 QString defaultDataFolder();
