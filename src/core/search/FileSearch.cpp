@@ -148,7 +148,10 @@ SearchOutcome FileSearch::step()
     if (m_progress && m_index < m_tree.nodeCount())
         m_progress({m_index, m_examined, m_tree.nodePath(m_index)});
 
+    const auto deadline = std::chrono::steady_clock::now() + m_budget;
     for (int slice = 0; slice < SliceSize; ++slice) {
+        if (m_budget.count() > 0 && slice > 0 && std::chrono::steady_clock::now() >= deadline)
+            break;
         if (m_index >= m_tree.nodeCount()) {
             // The whole tree has been walked (or the position pointed past a
             // tree that has since shrunk): the next search starts at the top.

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <utility>
 
@@ -77,6 +78,10 @@ public:
 
     // Starts a walk from the saved position. Does not examine anything yet.
     void start(const SearchOptions &options);
+    // A slice also ends, before its SliceSize nodes, once it has run for
+    // budget (0, the default: no limit). A window sets one so that a few
+    // huge folders in a row cannot hold its events off for long.
+    void setSliceBudget(std::chrono::milliseconds budget) { m_budget = budget; }
     // Examines up to SliceSize nodes. Running means "call again"; once the
     // walk has ended, returns how it ended.
     SearchOutcome step();
@@ -117,6 +122,7 @@ private:
     std::function<void(const SearchProgress &)> m_progress;
     ReportSink m_sink;
     std::atomic_bool m_cancel{false};
+    std::chrono::milliseconds m_budget{0};
     bool m_running = false;
     SearchOutcome m_outcome = SearchOutcome::EndOfTree;
     bool m_networkAnswer = false;
