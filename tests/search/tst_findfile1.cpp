@@ -78,6 +78,7 @@ private slots:
     void cancelSaysNoFileTypes();
     void helpOpensTheSearchTopic();
     void walkShowsFoundFolderAndFindNextGoesOn();
+    void thumbnailsWaitForTheEnd();
     void stopButtonAndEscapeCancel_data();
     void stopButtonAndEscapeCancel();
     void continueQuestionThroughMessages();
@@ -300,6 +301,31 @@ void TestFindFile1::walkShowsFoundFolderAndFindNextGoesOn()
     QCOMPARE(b.find(QString()), SearchOutcome::Found);
     QCOMPARE(b.state.searchPattern, QStringLiteral("*.BMP"));
     QCOMPARE(b.window->currentFolder(), b.files.filePath(QStringLiteral("c")));
+}
+
+void TestFindFile1::thumbnailsWaitForTheEnd()
+{
+    // With thumbnails shown, the folders the walk passes through (no
+    // pictures in them) do not each ask for thumbnails.
+    Browser b;
+    QImage picture(16, 16, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    QVERIFY(picture.save(b.files.filePath(QStringLiteral("start.png"))));
+    for (int i = 0; i < 5; ++i)
+        b.files.createFile(QStringLiteral("f%1/notes.txt").arg(i));
+    b.files.createFolder(QStringLiteral("g"));
+    QVERIFY(picture.save(b.files.filePath(QStringLiteral("g/found.png"))));
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    QVERIFY(b.window->goToFolder(b.files.path()));
+    QVERIFY(loaded.wait(5000));
+    b.window->runCommand(commands::BrowserAction::ViewThumbnails);
+    QVERIFY(b.window->thumbnailsShown());
+    b.responder.clear();
+    QCOMPARE(b.find(QStringLiteral("*.PNG;*.TXT")), SearchOutcome::Found);
+    QCOMPARE(b.find(QStringLiteral("*.PNG"), true), SearchOutcome::Found);
+    QCOMPARE(b.window->currentFolder(), b.files.filePath(QStringLiteral("g")));
+    QVERIFY(!b.responder.messageTexts().contains(QStringLiteral("No Thumbnails to Display")));
+    QVERIFY(b.window->thumbnailsShown());
 }
 
 void TestFindFile1::stopButtonAndEscapeCancel_data()

@@ -259,6 +259,10 @@ void Tarnby1::buildCentralArea()
     connect(m_listView, &FileListView::currentRowChanged, this, &Tarnby1::listCurrentChanged);
     connect(m_listView, &FileListView::activated, this, &Tarnby1::listActivated);
     connect(m_listModel, &FileListModel::folderLoaded, this, [this] {
+        // A walk lists hundreds of folders a second through this model; the
+        // status and thumbnails follow once it stops (finishSearch).
+        if (m_searchRunning)
+            return;
         updateStatus();
         if (thumbnailsShown())
             showThumbnails();
@@ -994,6 +998,8 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
         fillDriveBox();
     }
     updateStatus();
+    if (outcome == SearchOutcome::Found && thumbnailsShown())
+        showThumbnails();
     switch (outcome) {
     case SearchOutcome::Cancelled:
         m_services.messages.inform(QStringLiteral("   Search Cancelled"), this);
