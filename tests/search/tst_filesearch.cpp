@@ -287,13 +287,17 @@ void TestFileSearch::cancelStopsAtNextNode()
 void TestFileSearch::networkQuestion_data()
 {
     QTest::addColumn<bool>("answer");
-    QTest::newRow("no: the network's folders are never expanded") << false;
-    QTest::newRow("yes: they are examined like any other") << true;
+    QTest::addColumn<bool>("startBelow");
+    QTest::newRow("no: the network's folders are never expanded") << false << false;
+    QTest::newRow("yes: they are examined like any other") << true << false;
+    QTest::newRow("no, asked at a share when the walk starts below the node") << false << true;
+    QTest::newRow("yes, asked at a share when the walk starts below the node") << true << true;
 }
 
 void TestFileSearch::networkQuestion()
 {
     QFETCH(bool, answer);
+    QFETCH(bool, startBelow);
     TestDir local;
     local.createFile(QStringLiteral("a/x.txt"));
     TestDir share; // stands in for a mounted network share
@@ -301,10 +305,13 @@ void TestFileSearch::networkQuestion()
     const MountEntry mount{QStringLiteral("//nas/share"), share.path(), QStringLiteral("cifs")};
     Walk walk(rootsOf({local.path()}, {}, {mount}));
     walk.answers.networkAnswer = answer;
-    const SearchOutcome outcome = walk.run(QStringLiteral("*.BMP"));
-    QCOMPARE(walk.answers.networkAsked, 1);
     const int shareNode = walk.tree.findPath(share.path());
     QVERIFY(shareNode >= 0);
+    QCOMPARE(walk.tree.nodeParent(shareNode), walk.tree.networkNode());
+    if (startBelow)
+        walk.search.setPosition(shareNode);
+    const SearchOutcome outcome = walk.run(QStringLiteral("*.BMP"));
+    QCOMPARE(walk.answers.networkAsked, 1);
     if (answer) {
         QCOMPARE(outcome, SearchOutcome::Found);
         QCOMPARE(walk.search.foundFolder(), share.filePath(QStringLiteral("pictures")));

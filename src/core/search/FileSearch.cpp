@@ -45,7 +45,7 @@ void FileSearch::start(const SearchOptions &options)
     m_running = true;
     m_networkAnswer = false;
     m_examinedFolders.clear();
-    m_declined.clear();
+    m_networkDeclined = false;
     m_start = m_position;
     m_index = m_position;
     m_limit = m_options.initialCount + m_options.nextCount;
@@ -79,17 +79,28 @@ bool FileSearch::alreadyExamined(const QString &path)
     return false;
 }
 
+bool FileSearch::onNetwork(int node, const QString &text) const
+{
+    if (text == QLatin1String(NetworkNodeText))
+        return true;
+    for (int up = m_tree.nodeParent(node); up >= 0; up = m_tree.nodeParent(up)) {
+        if (m_tree.nodeText(up) == QLatin1String(NetworkNodeText))
+            return true;
+    }
+    return false;
+}
+
 FileSearch::NodeResult FileSearch::examine(int node)
 {
-    const int parent = m_tree.nodeParent(node);
-    if (parent >= 0 && m_declined.contains(parent)) {
-        m_declined.insert(node);
-        return NodeResult::Next;
-    }
     const QString text = m_tree.nodeText(node);
-    if (text == QLatin1String(NetworkNodeText) && !m_networkAnswer) {
+    if (!m_networkAnswer && onNetwork(node, text)) {
+        // Asked once a walk, at the network node or, for a walk that starts
+        // below it, at the first network folder. No leaves every network
+        // folder of this walk unexamined (and unexpanded).
+        if (m_networkDeclined)
+            return NodeResult::Next;
         if (!m_questions.searchNetwork()) {
-            m_declined.insert(node);
+            m_networkDeclined = true;
             return NodeResult::Next;
         }
         m_networkAnswer = true;

@@ -111,6 +111,7 @@ public:
 private:
     enum class NodeResult { Next, Found, Failed };
     NodeResult examine(int node);
+    bool onNetwork(int node, const QString &text) const;
     bool alreadyExamined(const QString &path);
     bool appendReport(const QString &folder, const QStringList &names);
     SearchOutcome finish(SearchOutcome outcome);
@@ -126,6 +127,7 @@ private:
     bool m_running = false;
     SearchOutcome m_outcome = SearchOutcome::EndOfTree;
     bool m_networkAnswer = false;
+    bool m_networkDeclined = false;
     int m_position = 0;
     int m_index = 0;
     int m_start = 0;
@@ -140,9 +142,7 @@ private:
     QString m_errorString;
     // The folders examined in this walk, by device and inode.
     QSet<std::pair<quint64, quint64>> m_examinedFolders;
-    // The network node when the network question was answered No, and every
-    // node below it: none of them is examined in this walk.
-    QSet<int> m_declined;
+
 };
 
 // Appends one found folder to a report: "##" + folder, then one line per
