@@ -309,10 +309,12 @@ void Tarnby1::buildShortcuts()
     // document window holds them off too.
     windowKey(QKeySequence(Qt::Key_F5), [this] { toolClick(commands::keys::RefreshBtn); });
     windowKey(QKeySequence(QStringLiteral("Ctrl+F")), [this] { toolClick(commands::keys::FindBtn); });
-    windowKey(QKeySequence(Qt::Key_Escape), [this] {
-        if (m_searchRunning)
-            cancelSearch();
-    });
+    // Esc stops a running walk. The key is taken only while one runs, so
+    // that it still closes an editor or a menu at other times.
+    m_escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    m_escape->setContext(Qt::WindowShortcut);
+    m_escape->setEnabled(false);
+    connect(m_escape, &QShortcut::activated, this, &Tarnby1::cancelSearch);
 }
 
 void Tarnby1::load(const StartupRequest &request)
@@ -932,6 +934,7 @@ void Tarnby1::FindFileRoutine()
     if (m_quickHiddenBySearch)
         m_quick->hide();
     m_searchRunning = true;
+    m_escape->setEnabled(true);
     m_state.cancelFlag = false;
     m_bar->setEnabled(commands::keys::StopBtn, true);
 
@@ -976,6 +979,7 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
 {
     using search::SearchOutcome;
     m_searchRunning = false;
+    m_escape->setEnabled(false);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     if (m_quickHiddenBySearch && m_quick)
         m_quick->show();

@@ -15,6 +15,7 @@ class QFrame;
 class QLabel;
 class QListWidget;
 class QProgressBar;
+class QShortcut;
 class QSplitter;
 class QStackedWidget;
 class QTimer;
@@ -208,6 +209,7 @@ private:
     std::unique_ptr<search::SearchQuestions> m_searchQuestions;
     std::unique_ptr<search::FileSearch> m_search;
     bool m_searchRunning = false;
+    QShortcut *m_escape = nullptr;
     bool m_quickHiddenBySearch = false;
     QString m_dialogFilter;
     QString m_pictureDialogFilter;
