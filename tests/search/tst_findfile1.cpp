@@ -69,6 +69,7 @@ class TestFindFile1 : public QObject
 private slots:
     void controls();
     void tabsShowTheirFrames();
+    void windowColours();
     void okUsesTheTabShowingAndTheSharedIndex();
     void enterOnOptionActsAsOk();
     void typedName_data();
@@ -126,6 +127,26 @@ void TestFindFile1::tabsShowTheirFrames()
         for (int j = 0; j < 5; ++j)
             QCOMPARE(window.frame(SearchTab(j))->isVisible(), i == j);
     }
+}
+
+void TestFindFile1::windowColours()
+{
+    using settings::Swatch;
+    UiFixture ui;
+    ui.state.colors.setSwatch(Swatch::SelectionWindowsBack, 0x0000FF); // red
+    ui.state.colors.setSwatch(Swatch::SelectionWindowsText, 0x00FF00); // green
+    ui.state.colors.setSwatch(Swatch::EntryFieldsBack, 0xFF0000);      // blue
+    ui.state.options.boldType = true;
+    FindFile1 window(ui.state);
+    window.show();
+    QCOMPARE(window.frame(SearchTab::Text)->palette().color(QPalette::Window), QColor(Qt::red));
+    QRadioButton *option = window.option(SearchTab::Database, 2);
+    QCOMPARE(option->palette().color(QPalette::WindowText), QColor(Qt::green));
+    QVERIFY(option->font().bold());
+    QCOMPARE(option->font().family(), QStringLiteral("Small Fonts"));
+    QCOMPARE(window.findChild<QLabel *>("Label1")->palette().color(QPalette::WindowText), QColor(Qt::green));
+    QCOMPARE(window.findChild<QLineEdit *>("Text1")->palette().color(QPalette::Base), QColor(Qt::blue));
+    QCOMPARE(window.findChild<QPushButton *>("OKBtn")->palette().color(QPalette::ButtonText), QColor(Qt::green));
 }
 
 void TestFindFile1::okUsesTheTabShowingAndTheSharedIndex()
