@@ -10,6 +10,8 @@
 #include "core/catalogue/CommandLine.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/catalogue/OpenRouting.h"
+#include "core/search/BrowserSearchSources.h"
+#include "core/search/FileSearch.h"
 #include "core/settings/SettingsFiles.h"
 #include "core/settings/WorkingFolders.h"
 #include "core/viewer/DocumentRules.h"
@@ -22,6 +24,7 @@
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/search/FindFile1.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/SetColor1.h"
 #include "ui/settings/SetFoldr1.h"
@@ -69,6 +72,30 @@ catalogue::FileType lookUpCurrentFile(AppState &state, const QString &path)
     state.databaseFileFlag = type.databaseFile;
     return type;
 }
+
+// The walk's questions, asked in the program's message boxes.
+class MessageQuestions : public search::SearchQuestions
+{
+public:
+    MessageQuestions(MessageService &messages, QWidget *parent)
+        : m_messages(messages)
+        , m_parent(parent)
+    {
+    }
+    bool continueSearch(const QString &pattern) override
+    {
+        return m_messages.ask(QStringLiteral("Do you want to continue the Search for - ") + pattern + QStringLiteral(" ?"),
+                              m_parent);
+    }
+    bool searchNetwork() override
+    {
+        return m_messages.ask(QStringLiteral("Do You want to Search the Network?"), m_parent);
+    }
+
+private:
+    MessageService &m_messages;
+    QWidget *m_parent;
+};
 
 } // namespace
 
@@ -232,6 +259,10 @@ void Tarnby1::buildCentralArea()
     connect(m_listView, &FileListView::currentRowChanged, this, &Tarnby1::listCurrentChanged);
     connect(m_listView, &FileListView::activated, this, &Tarnby1::listActivated);
     connect(m_listModel, &FileListModel::folderLoaded, this, [this] {
+        // A walk lists hundreds of folders a second through this model; the
+        // status and thumbnails follow once it stops (finishSearch).
+        if (m_searchRunning)
+            return;
         updateStatus();
         if (thumbnailsShown())
             showThumbnails();
@@ -278,6 +309,12 @@ void Tarnby1::buildShortcuts()
     // document window holds them off too.
     windowKey(QKeySequence(Qt::Key_F5), [this] { toolClick(commands::keys::RefreshBtn); });
     windowKey(QKeySequence(QStringLiteral("Ctrl+F")), [this] { toolClick(commands::keys::FindBtn); });
+    // Esc stops a running walk. The key is taken only while one runs, so
+    // that it still closes an editor or a menu at other times.
+    m_escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    m_escape->setContext(Qt::WindowShortcut);
+    m_escape->setEnabled(false);
+    connect(m_escape, &QShortcut::activated, this, &Tarnby1::cancelSearch);
 }
 
 void Tarnby1::load(const StartupRequest &request)
@@ -730,7 +767,12 @@ void Tarnby1::toolClick(const QString &key)
 {
     if (frameIsBusy())
         return;
-    if (const std::optional<BrowserAction> action = commands::browserDispatch(key))
+    const std::optional<BrowserAction> action = commands::browserDispatch(key);
+    // While a walk runs, only the stop button is heard: every other command
+    // would move the tree or the list under it.
+    if (action && m_searchRunning && *action != BrowserAction::StopThumbnails)
+        return;
+    if (action)
         runCommand(*action);
 }
 
@@ -782,8 +824,8 @@ void Tarnby1::runCommand(BrowserAction action)
     }
     case BrowserAction::OpenWithApplication: m_files->OpenwithOLE(); return;
     case BrowserAction::OpenInternetPicture: notYetAvailable(QStringLiteral("Open File Located on the Internet")); return;
-    case BrowserAction::FindFiles: notYetAvailable(QStringLiteral("Find Files")); return;
-    case BrowserAction::FindNext: notYetAvailable(QStringLiteral("Find Next File of Same Type")); return;
+    case BrowserAction::FindFiles: showFindWindow(); return;
+    case BrowserAction::FindNext: FindNext(); return;
     case BrowserAction::SaveFileAs: m_files->SaveFileAs(); return;
     case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, catalogue::GetFileExt(m_state.currentFile)); return;
     case BrowserAction::RenameFile: m_files->RenameFile(m_state.currentFile); return;
@@ -841,8 +883,145 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::UpFolder: upFolder(); return;
     case BrowserAction::QuickView: showQuickView(); return;
     case BrowserAction::SetFolder: goToWorkingFolder(); return;
-    case BrowserAction::StopThumbnails: stopThumbnails(); return;
+    case BrowserAction::StopThumbnails:
+        if (m_searchRunning)
+            cancelSearch();
+        else
+            stopThumbnails();
+        return;
     }
+}
+
+void Tarnby1::showFindWindow()
+{
+    if (m_searchRunning)
+        return;
+    FindFile1 window(m_state, this);
+    connect(&window, &FindFile1::filterChosen, this, [this](int filter) {
+        m_filterBox->setCurrentIndex(filter);
+        applyFilter(filter);
+    });
+    connect(&window, &FindFile1::helpRequested, this, [this] {
+        showHelp(false);
+        m_help->showTopic(QStringLiteral("search.html"));
+    });
+    if (window.exec() != QDialog::Accepted) {
+        m_status->setText(QStringLiteral("No File Types Selected"));
+        return;
+    }
+    FindFileRoutine();
+}
+
+void Tarnby1::FindFileRoutine()
+{
+    if (m_searchRunning)
+        return;
+    if (m_state.searchPattern.isEmpty())
+        m_state.searchPattern = QLatin1String(search::DefaultPattern);
+    if (!m_search) {
+        m_searchTree = std::make_unique<search::FolderTreeSearchTree>(*m_treeModel);
+        m_searchList = std::make_unique<search::FileListSearchList>(*m_listModel);
+        m_searchQuestions = std::make_unique<MessageQuestions>(m_services.messages, this);
+        m_search = std::make_unique<search::FileSearch>(*m_searchTree, *m_searchList, *m_searchQuestions);
+        // The window's events wait at most this long for a slice of the walk.
+        m_search->setSliceBudget(std::chrono::milliseconds(40));
+        m_search->setProgressCallback([this](const search::SearchProgress &progress) {
+            m_status->setText(QStringLiteral("Searching %1  -  %2 Folders").arg(progress.folder).arg(progress.examined));
+        });
+    }
+    // The preview frame gives way while the walk runs.
+    m_quickHiddenBySearch = m_quick && m_quick->isVisible();
+    if (m_quickHiddenBySearch)
+        m_quick->hide();
+    m_searchRunning = true;
+    m_escape->setEnabled(true);
+    m_state.cancelFlag = false;
+    m_bar->setEnabled(commands::keys::StopBtn, true);
+
+    search::SearchOptions options;
+    options.pattern = m_state.searchPattern;
+    if (m_state.options.initialSearchCount > 0)
+        options.initialCount = m_state.options.initialSearchCount;
+    if (m_state.options.nextSearchCount > 0)
+        options.nextCount = m_state.options.nextSearchCount;
+    options.reportMode = m_state.reportMode;
+    options.reportFile = m_state.reportFile();
+    m_search->start(options);
+    QTimer::singleShot(0, this, &Tarnby1::searchSlice);
+}
+
+void Tarnby1::FindNext()
+{
+    // The saved position is where the last walk stopped; a walk starts there.
+    FindFileRoutine();
+}
+
+void Tarnby1::cancelSearch()
+{
+    m_state.cancelFlag = true;
+    if (m_search)
+        m_search->cancel();
+}
+
+void Tarnby1::searchSlice()
+{
+    // One slice of the walk, then back to the event loop: the window
+    // repaints and the stop button can be pressed between slices.
+    const search::SearchOutcome outcome = m_search->step();
+    if (outcome == search::SearchOutcome::Running) {
+        QTimer::singleShot(0, this, &Tarnby1::searchSlice);
+        return;
+    }
+    finishSearch(outcome);
+}
+
+void Tarnby1::finishSearch(search::SearchOutcome outcome)
+{
+    using search::SearchOutcome;
+    m_searchRunning = false;
+    m_escape->setEnabled(false);
+    m_bar->setEnabled(commands::keys::StopBtn, false);
+    if (m_quickHiddenBySearch && m_quick)
+        m_quick->show();
+    m_quickHiddenBySearch = false;
+
+    // The list was left on the last folder the walk examined (the found one
+    // when it stopped on a find): the browser shows that folder.
+    const QString shown = m_search->lastFolder();
+    if (!shown.isEmpty()) {
+        m_folder = shown;
+        const int node = outcome == SearchOutcome::Found ? m_search->foundNode() : m_treeModel->findPath(shown);
+        const QModelIndex index = m_treeModel->indexForNode(node);
+        if (index.isValid()) {
+            m_followTree = false;
+            m_tree->setCurrentIndex(index);
+            m_tree->scrollTo(index);
+            m_followTree = true;
+        }
+        setSelectionCommands(false);
+        fillDriveBox();
+    }
+    updateStatus();
+    if (outcome == SearchOutcome::Found && thumbnailsShown())
+        showThumbnails();
+    switch (outcome) {
+    case SearchOutcome::Cancelled:
+        m_services.messages.inform(QStringLiteral("   Search Cancelled"), this);
+        break;
+    case SearchOutcome::EndOfTree:
+        m_services.messages.inform(QStringLiteral(" End of Search . . ."), this);
+        break;
+    case SearchOutcome::ReportFailed:
+        m_services.messages.inform(m_search->errorString(), this);
+        break;
+    case SearchOutcome::Found:
+    case SearchOutcome::Declined:
+    case SearchOutcome::Running:
+        break;
+    }
+    setWindowTitle(m_folder.isEmpty() || shown.isEmpty() ? QStringLiteral("Tarnby 3.0")
+                                                         : QStringLiteral("Tarnby 3.0 - ") + m_folder);
+    emit searchFinished(outcome);
 }
 
 void Tarnby1::CreateOpenFileExt()

@@ -8,11 +8,14 @@
 #include <QMainWindow>
 #include <QStringList>
 
+#include <memory>
+
 class QComboBox;
 class QFrame;
 class QLabel;
 class QListWidget;
 class QProgressBar;
+class QShortcut;
 class QSplitter;
 class QStackedWidget;
 class QTimer;
@@ -23,6 +26,14 @@ class AppState;
 class FileListModel;
 class FolderTreeModel;
 class SettingsStore;
+}
+
+namespace tarnby::search {
+class FileSearch;
+class SearchFileList;
+class SearchQuestions;
+class SearchTree;
+enum class SearchOutcome;
 }
 
 namespace tarnby::ui {
@@ -108,6 +119,26 @@ public:
     // Rebuilds the working-folder list (List1) from the program-wide lines.
     void refreshWorkingFolderList();
 
+    // ---- the file search ------------------------------------------------
+    // Opens the search window; OK there starts FindFileRoutine.
+    void showFindWindow();
+    // Starts a walk for the program-wide search pattern ("*.BMP" when it is
+    // empty) from the saved search position. The walk runs in slices between
+    // which the window's events run: these return at once, and the walk ends
+    // later with its message and searchFinished(). Does nothing while a walk
+    // is running.
+    void FindFileRoutine();
+    // The same, continuing from where the last walk stopped.
+    void FindNext();
+    bool searchRunning() const { return m_searchRunning; }
+    // Stops the running walk at its next folder (the stop button, Esc).
+    void cancelSearch();
+    // The walk's saved position, for tests and the organizer.
+    search::FileSearch *fileSearch() const { return m_search.get(); }
+
+signals:
+    void searchFinished(search::SearchOutcome outcome);
+
 protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
@@ -141,6 +172,8 @@ private:
     void updateStatus();
     void deleteSelected();
     void renameSelected();
+    void searchSlice();
+    void finishSearch(search::SearchOutcome outcome);
 
     AppState &m_state;
     UiServices &m_services;
@@ -171,6 +204,13 @@ private:
     QuikPict1 *m_quick = nullptr;
     QString m_folder;
     bool m_followTree = true; // false while the window itself moves the tree
+    std::unique_ptr<search::SearchTree> m_searchTree;
+    std::unique_ptr<search::SearchFileList> m_searchList;
+    std::unique_ptr<search::SearchQuestions> m_searchQuestions;
+    std::unique_ptr<search::FileSearch> m_search;
+    bool m_searchRunning = false;
+    QShortcut *m_escape = nullptr;
+    bool m_quickHiddenBySearch = false;
     QString m_dialogFilter;
     QString m_pictureDialogFilter;
 };

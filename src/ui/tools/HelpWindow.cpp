@@ -113,6 +113,11 @@ void showHelpContents(const QString &helpFolder, QWidget *parent)
     help->show();
 }
 
+void HelpWindow::showTopic(const QString &fileName)
+{
+    openPage(fileName);
+}
+
 void HelpWindow::showSearch()
 {
     m_searchField->setFocus();

@@ -19,6 +19,8 @@ public:
 
     void showContents();
     void showSearch();
+    // Opens one page of the Help folder ("search.html").
+    void showTopic(const QString &fileName);
     // Lists the topics whose text holds query (case-insensitive); all topics
     // for an empty query. Returns the number listed.
     int search(const QString &query);
