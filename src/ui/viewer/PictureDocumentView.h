@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/edit/EditHistory.h"
 #include "core/viewer/DocumentRules.h"
 #include "core/viewer/ViewModes.h"
 #include "ui/viewer/DocumentView.h"
@@ -50,6 +51,23 @@ public:
     void togglePanWindow() override;
     void toggleMagnifier() override;
 
+    // The picture operations of the Image menu that take no parameters. Each
+    // changes every frame of the picture, marks the document modified and
+    // can be undone.
+    void flip() override;
+    void reverse() override;
+    void invertColors() override;
+    void stretchColorIntensity() override;
+
+    // Undo and redo of the operations above (Ctrl+Z and Ctrl+Shift+Z in the
+    // window). The history is bounded as EditHistory says; a picture of
+    // several frames keeps none, since it records the first frame only.
+    // Undoing marks the picture changed too: it differs from what was shown
+    // before.
+    void undo();
+    void redo();
+    const edit::EditHistory &editHistory() const { return m_history; }
+
     void setInternetClock(viewer::InternetFetchWatch::Clock clock) override;
     bool isFetchingFromInternet() const override;
     // The 51-second rule: once the wait has run that long without the
@@ -67,9 +85,12 @@ private:
     void placeWaitNotice();
     void applySteps(const viewer::ViewSteps &steps);
     void showPanWindow();
+    void runEdit(const edit::EditOperation &operation);
+    void showEditedPicture(imaging::Picture picture);
 
     viewer::ViewModes m_modes;
     viewer::InternetFetchWatch m_fetchWatch;
+    edit::EditHistory m_history;
 
     PictureView *m_image = nullptr;
     PanWindow *m_pan = nullptr;

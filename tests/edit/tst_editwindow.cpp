@@ -1,0 +1,129 @@
+#include "UiFixture.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/edit/PictureEdits.h"
+#include "core/viewer/Document.h"
+#include "ui/frame/ChildFrm1.h"
+#include "ui/frame/MDIForm1.h"
+#include "ui/viewer/PictureDocumentView.h"
+#include "ui/viewer/PictureView.h"
+
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace tarnby;
+using namespace tarnby::ui;
+
+namespace {
+
+QImage pattern()
+{
+    QImage image(45, 31, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb((x * 11) & 0xff, (y * 17) & 0xff, (x * y) & 0xff));
+    return image;
+}
+
+} // namespace
+
+class TestEditWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_ui = std::make_unique<UiFixture>();
+        m_ui->home.createFile("Close.Txt", "Close File\r\n");
+        m_frame = std::make_unique<MDIForm1>(m_ui->state, m_ui->services);
+        m_frame->resize(1000, 800);
+        m_frame->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_frame.get()));
+        m_path = m_ui->home.filePath(QStringLiteral("edit.png"));
+        QVERIFY(pattern().save(m_path));
+        m_window = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(m_path, viewer::kindOf(catalogue::GetFileTypeFlag(m_path))));
+        QVERIFY(m_window);
+        QSignalSpy shown(m_window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(60000));
+    }
+    void cleanup()
+    {
+        m_frame.reset();
+        m_ui.reset();
+    }
+
+    void menuOperationsChangeThePicture_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QImage>("expected");
+        QTest::newRow("flip") << "ID_mnuFlip" << edit::flip(pattern());
+        QTest::newRow("reverse") << "ID_mnuReverse" << edit::reverse(pattern());
+        QTest::newRow("invert") << "ID_mnuColorInvert" << edit::invert(pattern());
+    }
+    void menuOperationsChangeThePicture()
+    {
+        QFETCH(QString, key);
+        QFETCH(QImage, expected);
+        QVERIFY(!m_window->document()->isModified());
+        m_frame->toolClick(key);
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList());
+        QCOMPARE(m_window->document()->picture().image(), expected);
+        QVERIFY(m_window->document()->isModified());
+        // The view paints the changed picture.
+        auto *view = m_window->findChild<PictureView *>();
+        QVERIFY(view);
+        const QImage shot = view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        // The window may be smaller than the picture; its top left is enough.
+        QVERIFY2(shot.width() >= 25 && shot.height() >= 25, qPrintable(QStringLiteral("%1x%2").arg(shot.width()).arg(shot.height())));
+        for (const QPoint p : {QPoint(0, 0), QPoint(24, 0), QPoint(0, 24), QPoint(13, 17)})
+            QCOMPARE(shot.pixel(p), expected.pixel(p));
+    }
+
+    void keysUndoAndRedo()
+    {
+        auto *pictureView = m_window->findChild<PictureView *>();
+        QVERIFY(pictureView);
+        const QImage original = m_window->document()->picture().image();
+        m_frame->toolClick("ID_mnuFlip");
+        m_frame->toolClick("ID_mnuColorInvert");
+        const QImage edited = m_window->document()->picture().image();
+        QCOMPARE(edited, edit::invert(edit::flip(original)));
+
+        pictureView->setFocus();
+        m_frame->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_frame.get()));
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(m_window->document()->picture().image(), edit::flip(original));
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(m_window->document()->picture().image(), original);
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier); // nothing left: no change
+        QCOMPARE(m_window->document()->picture().image(), original);
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(m_window->document()->picture().image(), edited);
+        QVERIFY(m_ui->responder.messageTexts().isEmpty());
+    }
+
+    void editedPictureAsksToSaveOnClose()
+    {
+        m_frame->toolClick("ID_mnuReverse");
+        m_ui->responder.answerMessage(MessageAnswer::Yes);
+        const QString target = m_ui->home.filePath(QStringLiteral("saved.png"));
+        m_ui->responder.acceptFile(target);
+        QPointer<ChildFrm1> guard(m_window);
+        m_frame->toolClick("ID_CloseBtn");
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Do You want to Save Changes to the Picture - edit.png ?"});
+        QCOMPARE(QImage(target).convertToFormat(QImage::Format_RGB32), edit::reverse(pattern()));
+        QTRY_VERIFY(!guard);
+    }
+
+private:
+    std::unique_ptr<UiFixture> m_ui;
+    std::unique_ptr<MDIForm1> m_frame;
+    QString m_path;
+    ChildFrm1 *m_window = nullptr;
+};
+
+QTEST_MAIN(TestEditWindow)
+#include "tst_editwindow.moc"
