@@ -15,6 +15,7 @@ namespace {
 
 struct Run {
     int exitCode = -1;
+    QString out;
     QString err;
 };
 
@@ -26,6 +27,7 @@ Run cli(const QStringList &arguments)
     if (!process.waitForFinished(120000))
         return run;
     run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
+    run.out = QString::fromUtf8(process.readAllStandardOutput());
     run.err = QString::fromUtf8(process.readAllStandardError());
     return run;
 }
@@ -181,6 +183,68 @@ private slots:
             QCOMPARE(loaded(out), invert(reverse(pattern(i * 10))));
         }
         QVERIFY(!QFile::exists(outDir + QStringLiteral("/broken.bmp")));
+    }
+
+    // The lists as the command prints them, checked against the rule their
+    // codes follow rather than against a copy of the table.
+    void shapeCatalogue()
+    {
+        const Run run = cli({"shapes"});
+        QCOMPARE(run.exitCode, 0);
+        const QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 91);
+        QCOMPARE(lines.first(), QStringLiteral("ARROW_B\t11003"));
+        QCOMPARE(lines.last(), QStringLiteral("TRIANGLE_RIGHT_RT\t5010"));
+        const QList<QPair<QString, int>> families = {{"SQUARE", 1},   {"RECTANGLE", 2}, {"PARALLELOGRAM", 3}, {"TRAPEZOID", 4},
+                                                     {"TRIANGLE", 5}, {"CIRCLE", 7},    {"ELLIPSE", 8},       {"STAR", 9},
+                                                     {"CROSS", 10},   {"ARROW", 11}};
+        QHash<QString, int> codes;
+        QHash<int, int> highestVariant; // family: highest code of its named variants
+        for (const QString &line : lines) {
+            const QStringList fields = line.split(QLatin1Char('\t'));
+            QCOMPARE(fields.size(), 2);
+            QVERIFY2(!codes.contains(fields.at(0)), qPrintable(line));
+            const int code = fields.at(1).toInt();
+            codes.insert(fields.at(0), code);
+            int family = 6; // the other polygons, the line and the region
+            for (const auto &[prefix, number] : families)
+                if (fields.at(0).startsWith(prefix))
+                    family = number;
+            QVERIFY2(code / 1000 == family && code % 1000 < 20, qPrintable(line));
+            if (!fields.at(0).endsWith(QLatin1String("_MAX")))
+                highestVariant[family] = qMax(highestVariant.value(family), code);
+        }
+        for (auto it = codes.cbegin(); it != codes.cend(); ++it)
+            if (it.key().endsWith(QLatin1String("_MAX")))
+                QVERIFY2(it.value() == highestVariant.value(it.value() / 1000), qPrintable(it.key()));
+        QCOMPARE(codes.value("CIRCLE_MAX"), codes.value("CIRCLE_270_RB"));
+        QCOMPARE(codes.value("REGION"), codes.value("OTHER_MAX"));
+    }
+
+    void textStyleCatalogue()
+    {
+        const Run run = cli({"text-styles"});
+        QCOMPARE(run.exitCode, 0);
+        const QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 13);
+        QStringList names;
+        QSet<int> codes;
+        for (const QString &line : lines) {
+            const QStringList fields = line.split(QLatin1Char('\t'));
+            QCOMPARE(fields.size(), 2);
+            QVERIFY(fields.at(0).startsWith(QLatin1String("TEXTSTYLE_")));
+            names << fields.at(0);
+            codes << fields.at(1).toInt();
+        }
+        QStringList sorted = names;
+        sorted.sort();
+        QCOMPARE(names, sorted); // shown in alphabetical order
+        QCOMPARE(codes.size(), 12); // 0 to 11, with 11 twice
+        for (int code = 0; code <= 11; ++code)
+            QVERIFY(codes.contains(code));
+        QVERIFY(lines.contains(QStringLiteral("TEXTSTYLE_MAX\t11")));
+        QVERIFY(lines.contains(QStringLiteral("TEXTSTYLE_RAISEDEXTRAHEAVY\t11")));
+        QCOMPARE(cli({"shapes", "extra"}).exitCode, 2);
     }
 
     void twoInputsOfOneNameAreRefused()
