@@ -117,7 +117,7 @@ constexpr CatalogueEntry ShapeTable[] = {
     {"TRIANGLE_RIGHT_RT", 5010},
 };
 
-std::optional<int> codeIn(std::span<const CatalogueEntry> table, QStringView name)
+std::optional<int> codeIn(std::span<const CatalogueEntry> table, const QString &name)
 {
     for (const CatalogueEntry &entry : table) {
         if (name.compare(QLatin1String(entry.name), Qt::CaseInsensitive) == 0)
@@ -138,12 +138,12 @@ std::span<const CatalogueEntry> shapes()
     return ShapeTable;
 }
 
-std::optional<int> textStyleCode(QStringView name)
+std::optional<int> textStyleCode(const QString &name)
 {
     return codeIn(TextStyleTable, name);
 }
 
-std::optional<int> shapeCode(QStringView name)
+std::optional<int> shapeCode(const QString &name)
 {
     return codeIn(ShapeTable, name);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QStringView>
+#include <QString>
 
 #include <optional>
 #include <span>
@@ -23,7 +23,7 @@ std::span<const CatalogueEntry> shapes();
 
 // The code of the entry of that name, ignoring case; nothing for a name not
 // in the list.
-std::optional<int> textStyleCode(QStringView name);
-std::optional<int> shapeCode(QStringView name);
+std::optional<int> textStyleCode(const QString &name);
+std::optional<int> shapeCode(const QString &name);
 
 } // namespace tarnby::edit
