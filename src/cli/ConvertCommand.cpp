@@ -2,6 +2,7 @@
 
 #include "core/catalogue/FileCatalogue.h"
 #include "core/edit/EditOperation.h"
+#include "core/edit/OverlayCatalogues.h"
 #include "core/platform/imaging/PictureLayer.h"
 
 #include <QColor>
@@ -155,6 +156,51 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
                 return std::nullopt;
             }
             options.operations << EditOperation::resize(QSize(w, h), Resampling::None);
+        } else if (arg == "--shape") {
+            const std::optional<QString> name = value();
+            if (!name)
+                return std::nullopt;
+            const std::optional<int> code = shapeCode(*name);
+            if (!code) {
+                *error = QStringLiteral("There is no shape \"%1\"; tarnby-cli shapes lists them.").arg(*name);
+                return std::nullopt;
+            }
+            ShapeStyle style;
+            style.code = *code;
+            style.fill = qRgb(255, 0, 0);
+            style.border = qRgb(0, 0, 0);
+            options.operations << EditOperation::stamp(style, QRectF());
+        } else if (arg == "--at" || arg == "--size") {
+            EditOperation *shape = last(EditOperation::Kind::Shape, "--shape");
+            const std::optional<QString> text = shape ? value() : std::nullopt;
+            if (!text)
+                return std::nullopt;
+            const bool at = arg == "--at";
+            static const QRegularExpression point(QStringLiteral("^(-?\\d{1,5}),(-?\\d{1,5})$"));
+            static const QRegularExpression size(QStringLiteral("^(\\d{1,5})[xX](\\d{1,5})$"));
+            const QRegularExpressionMatch match = (at ? point : size).match(*text);
+            const int a = match.hasMatch() ? match.captured(1).toInt() : 0;
+            const int b = match.hasMatch() ? match.captured(2).toInt() : 0;
+            if (!match.hasMatch() || (!at && (a < 1 || b < 1 || a > MaxSide || b > MaxSide))) {
+                *error = at ? QStringLiteral("--at takes X,Y, not \"%1\".").arg(*text)
+                            : QStringLiteral("--size takes WIDTHxHEIGHT, each from 1 to %1, not \"%2\".").arg(MaxSide).arg(*text);
+                return std::nullopt;
+            }
+            if (at)
+                shape->place.moveTopLeft(QPointF(a, b));
+            else
+                shape->place.setSize(QSizeF(a, b));
+        } else if (arg == "--color" || arg == "--border") {
+            EditOperation *shape = last(EditOperation::Kind::Shape, "--shape");
+            const std::optional<QString> name = shape ? value() : std::nullopt;
+            if (!name)
+                return std::nullopt;
+            const QColor colour(*name);
+            if (!colour.isValid()) {
+                *error = QStringLiteral("%1 takes a colour as #rrggbb or a colour name, not \"%2\".").arg(argument(arg), *name);
+                return std::nullopt;
+            }
+            (arg == "--color" ? shape->shape.fill : shape->shape.border) = colour.rgb();
         } else if (arg == "--resample") {
             EditOperation *resize = last(EditOperation::Kind::Resize, "--resize");
             if (!resize)
@@ -162,6 +208,12 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
             resize->resampling = Resampling::Smooth;
         } else {
             *error = QStringLiteral("Unknown option %1.").arg(argument(arg));
+            return std::nullopt;
+        }
+    }
+    for (const EditOperation &operation : std::as_const(options.operations)) {
+        if (operation.kind == EditOperation::Kind::Shape && operation.place.isEmpty()) {
+            *error = QStringLiteral("--shape needs --size WIDTHxHEIGHT (and --at X,Y for a place other than 0,0).");
             return std::nullopt;
         }
     }
@@ -236,7 +288,9 @@ const char *const Usage =
     "  --flip  --reverse  --invert  --stretch\n"
     "  --brightness N  --contrast N     (N in tenths of a percent, -1000 to 1000)\n"
     "  --rotate DEG [--enlarge] [--fill COLOR]   (clockwise; COLOR as #rrggbb or a name; white if not given)\n"
-    "  --resize WxH [--resample]\n";
+    "  --resize WxH [--resample]\n"
+    "  --shape NAME --at X,Y --size WxH [--color COLOR] [--border COLOR]   (tarnby-cli shapes lists the names;\n"
+    "                                   red with a black border if not given)\n";
 
 int runConvert(const QByteArrayList &args)
 {
@@ -298,7 +352,7 @@ int runConvert(const QByteArrayList &args)
 TARNBY_CLI_DRAWING_COMMAND(convert, "convert", "convert [--bpp N] [--quality Q] IN OUT [operations], or [--to EXT] --out-dir DIR IN... [operations]",
                            "Load IN, apply the operations in order (--flip, --reverse, --invert, --stretch, "
                            "--brightness N, --contrast N, --rotate DEG [--enlarge] [--fill COLOR], "
-                           "--resize WxH [--resample]) and save it in the format of OUT's extension; "
+                           "--resize WxH [--resample], --shape NAME --at X,Y --size WxH [--color C] [--border C]) and save it in the format of OUT's extension; "
                            "bits per pixel kept unless --bpp is given. With --out-dir, several inputs are "
                            "converted in parallel, each saved in DIR under its own name (extension EXT with --to).",
                            runConvert);

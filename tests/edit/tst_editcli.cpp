@@ -81,6 +81,20 @@ private slots:
             << QList{EditOperation::rotate(1750, RotateFit::Enlarge, qRgb(0, 255, 0))};
         QTest::newRow("rotate -370 is 10 anticlockwise, filled with a named colour")
             << QStringList{"--rotate", "-370", "--fill", "navy"} << QList{EditOperation::rotate(-1000, RotateFit::KeepSize, qRgb(0, 0, 128))};
+        ShapeStyle star;
+        star.code = 9001;
+        star.fill = qRgb(255, 255, 0);
+        star.border = qRgb(0, 0, 128);
+        QTest::newRow("flip, then a star stamped")
+            << QStringList{"--flip", "--shape", "star5", "--at", "3,2", "--size", "15x9", "--color", "yellow", "--border", "#000080"}
+            << QList{EditOperation::flip(), EditOperation::stamp(star, QRectF(3, 2, 15, 9))};
+        ShapeStyle arrow;
+        arrow.code = 11001;
+        arrow.fill = qRgb(255, 0, 0);
+        arrow.border = qRgb(0, 0, 0);
+        QTest::newRow("an arrow in the default colours, partly outside")
+            << QStringList{"--shape", "ARROW_R", "--size", "30x8", "--at", "-4,6"}
+            << QList{EditOperation::stamp(arrow, QRectF(-4, 6, 30, 8))};
         QTest::newRow("resize, then resize resampled")
             << QStringList{"--resize", "40x30", "--resize", "17X9", "--resample"}
             << QList{EditOperation::resize(QSize(40, 30), Resampling::None), EditOperation::resize(QSize(17, 9), Resampling::Smooth)};
@@ -129,6 +143,10 @@ private slots:
         QTest::newRow("resize beyond 32767") << QStringList{"--resize", "40000x5"} << "WIDTHxHEIGHT";
         QTest::newRow("resize without x") << QStringList{"--resize", "40"} << "WIDTHxHEIGHT";
         QTest::newRow("unknown option") << QStringList{"--sharpen"} << "Unknown option --sharpen";
+        QTest::newRow("unknown shape") << QStringList{"--shape", "BLOB", "--size", "5x5"} << "tarnby-cli shapes lists them";
+        QTest::newRow("shape without a size") << QStringList{"--shape", "CIRCLE", "--at", "1,1"} << "--shape needs --size";
+        QTest::newRow("at without a shape") << QStringList{"--at", "1,1"} << "--at follows --shape";
+        QTest::newRow("shape colour not a colour") << QStringList{"--shape", "CIRCLE", "--size", "5x5", "--color", "#12"} << "#rrggbb";
         QTest::newRow("third file without --out-dir") << QStringList{"extra.png"} << "--out-dir";
     }
     void badArgumentsAreRefused()

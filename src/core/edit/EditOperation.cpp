@@ -21,6 +21,10 @@ QImage apply(const EditOperation &operation, QImage image)
         return rotate(std::move(image), operation.amount, operation.fit, operation.fill);
     case EditOperation::Kind::Resize:
         return resize(std::move(image), operation.size, operation.resampling);
+    case EditOperation::Kind::Shape:
+        if (!drawShape(&image, operation.shape, operation.place))
+            return QImage();
+        return image;
     }
     return QImage();
 }
@@ -56,6 +60,7 @@ std::optional<EditOperation> exactInverse(const EditOperation &operation, const 
         return std::nullopt;
     case EditOperation::Kind::Stretch:
     case EditOperation::Kind::Resize:
+    case EditOperation::Kind::Shape:
         return std::nullopt;
     }
     return std::nullopt;
@@ -80,7 +85,8 @@ bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, Q
     }
     // Only a change of size can fail. The others work on the frames in
     // place: the image is handed over, so that it is not copied.
-    const bool mayFail = operation.kind == EditOperation::Kind::Rotate || operation.kind == EditOperation::Kind::Resize;
+    const bool mayFail = operation.kind == EditOperation::Kind::Rotate || operation.kind == EditOperation::Kind::Resize
+                         || operation.kind == EditOperation::Kind::Shape;
     if (!mayFail) {
         for (imaging::PictureFrame &frame : picture->frames)
             frame.image = apply(operation, std::move(frame.image));
@@ -93,9 +99,11 @@ bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, Q
         imaging::PictureFrame changed = frame;
         changed.image = apply(operation, frame.image);
         if (changed.image.isNull()) {
-            *errorString = QStringLiteral("The changed picture would be too large (more than %1 megapixels or %2 pixels a side).")
-                               .arg(MaxResultPixels / (1024 * 1024))
-                               .arg(MaxSide);
+            *errorString = operation.kind == EditOperation::Kind::Shape
+                               ? QStringLiteral("There is no shape with the code %1.").arg(operation.shape.code)
+                               : QStringLiteral("The changed picture would be too large (more than %1 megapixels or %2 pixels a side).")
+                                     .arg(MaxResultPixels / (1024 * 1024))
+                                     .arg(MaxSide);
             return false;
         }
         frames.append(changed);

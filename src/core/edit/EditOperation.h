@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/edit/PictureEdits.h"
+#include "core/edit/ShapeDrawing.h"
 #include "core/platform/imaging/PictureLayer.h"
 
 #include <QString>
@@ -13,7 +14,7 @@
 namespace tarnby::edit {
 
 struct EditOperation {
-    enum class Kind { Flip, Reverse, Invert, Stretch, Brightness, Contrast, Rotate, Resize };
+    enum class Kind { Flip, Reverse, Invert, Stretch, Brightness, Contrast, Rotate, Resize, Shape };
 
     Kind kind = Kind::Flip;
     int amount = 0; // Brightness, Contrast: tenths of a percent; Rotate: hundredths of a degree
@@ -21,6 +22,8 @@ struct EditOperation {
     QRgb fill = qRgb(255, 255, 255);        // Rotate
     QSize size;                             // Resize
     Resampling resampling = Resampling::None; // Resize
+    ShapeStyle shape;                       // Shape
+    QRectF place;                           // Shape: where, in the picture's pixels
 
     static EditOperation flip() { return of(Kind::Flip); }
     static EditOperation reverse() { return of(Kind::Reverse); }
@@ -42,6 +45,13 @@ struct EditOperation {
         op.resampling = resampling;
         return op;
     }
+    static EditOperation stamp(const ShapeStyle &style, const QRectF &place)
+    {
+        EditOperation op = of(Kind::Shape);
+        op.shape = style;
+        op.place = place;
+        return op;
+    }
 
 private:
     static EditOperation of(Kind kind, int amount = 0)
@@ -53,7 +63,8 @@ private:
     }
 };
 
-// Runs the operation (see PictureEdits.h); a null result means "too large".
+// Runs the operation (see PictureEdits.h and ShapeDrawing.h); a null result
+// means "too large" (or, for a shape, an unknown code).
 QImage apply(const EditOperation &operation, QImage image);
 
 // The operation that gives back exactly the pixels of before, once operation

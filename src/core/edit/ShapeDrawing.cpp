@@ -4,6 +4,7 @@
 #include <QPainterPathStroker>
 #include <QPolygonF>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -166,11 +167,20 @@ QPainterPath arrow(const QRectF &r, int sides)
             return isHorizontal ? QPointF(c.x() + sign * along, c.y() + off) : QPointF(c.x() + off, c.y() + sign * along);
         };
         const double shaft = across * 0.4;
-        QPainterPath piece = polygon({point(shaftFrom, -shaft / 2), point(reach - headLength, -shaft / 2),
-                                      point(reach - headLength, -across / 2), point(reach, 0),
-                                      point(reach - headLength, across / 2), point(reach - headLength, shaft / 2),
-                                      point(shaftFrom, shaft / 2)});
-        path = path.isEmpty() ? piece : path.united(piece);
+        QList<QPointF> piece = {point(shaftFrom, -shaft / 2), point(reach - headLength, -shaft / 2),
+                                point(reach - headLength, -across / 2), point(reach, 0),
+                                point(reach - headLength, across / 2), point(reach - headLength, shaft / 2),
+                                point(shaftFrom, shaft / 2)};
+        // All pieces turn the same way round, so that where they overlap
+        // their windings add up instead of cancelling out.
+        double area = 0;
+        for (qsizetype i = 0; i < piece.size(); ++i) {
+            const QPointF a = piece.at(i), b = piece.at((i + 1) % piece.size());
+            area += a.x() * b.y() - b.x() * a.y();
+        }
+        if (area < 0)
+            std::reverse(piece.begin(), piece.end());
+        path.addPath(polygon(piece));
     };
     for (const Side side : {Left, Right, Top, Bottom}) {
         if (!(sides & side))
@@ -180,15 +190,18 @@ QPainterPath arrow(const QRectF &r, int sides)
             const double across = isHorizontal ? r.height() : r.width();
             const double length = isHorizontal ? r.width() : r.height();
             const double head = std::min(length * 0.4, across);
-            // A single head's shaft starts at the far side.
+            // A single head's shaft starts at the far side; two heads' shafts
+            // overlap in the middle, so that they join without a seam.
             const bool single = sides == side;
-            add(side, across, head, single ? -length / 2 : 0);
+            add(side, across, head, single ? -length / 2 : -across * 0.2);
         } else {
             const double s = std::min(r.width(), r.height());
-            add(side, s * 0.6, s * 0.25, -s * 0.12);
+            add(side, s * 0.4, s * 0.2, -s * 0.08);
         }
     }
-    return path;
+    // The pieces overlap in the middle: one outline around all of them.
+    path.setFillRule(Qt::WindingFill);
+    return path.simplified();
 }
 
 } // namespace
