@@ -171,7 +171,9 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
             style.border = qRgb(0, 0, 0);
             options.operations << EditOperation::stamp(style, QRectF());
         } else if (arg == "--at" || arg == "--size") {
-            EditOperation *shape = last(EditOperation::Kind::Shape, "--shape");
+            const bool forText = arg == "--at" && !options.operations.isEmpty()
+                                 && options.operations.last().kind == EditOperation::Kind::Text;
+            EditOperation *shape = forText ? &options.operations.last() : last(EditOperation::Kind::Shape, "--shape or --text");
             const std::optional<QString> text = shape ? value() : std::nullopt;
             if (!text)
                 return std::nullopt;
@@ -191,7 +193,9 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
             else
                 shape->place.setSize(QSizeF(a, b));
         } else if (arg == "--color" || arg == "--border") {
-            EditOperation *shape = last(EditOperation::Kind::Shape, "--shape");
+            const bool forText = arg == "--color" && !options.operations.isEmpty()
+                                 && options.operations.last().kind == EditOperation::Kind::Text;
+            EditOperation *shape = forText ? &options.operations.last() : last(EditOperation::Kind::Shape, "--shape");
             const std::optional<QString> name = shape ? value() : std::nullopt;
             if (!name)
                 return std::nullopt;
@@ -200,7 +204,58 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
                 *error = QStringLiteral("%1 takes a colour as #rrggbb or a colour name, not \"%2\".").arg(argument(arg), *name);
                 return std::nullopt;
             }
-            (arg == "--color" ? shape->shape.fill : shape->shape.border) = colour.rgb();
+            if (forText)
+                shape->text.colour = colour.rgb();
+            else
+                (arg == "--color" ? shape->shape.fill : shape->shape.border) = colour.rgb();
+        } else if (arg == "--text") {
+            const std::optional<QString> text = value();
+            if (!text)
+                return std::nullopt;
+            TextOverlay overlay;
+            overlay.text = *text;
+            overlay.font.setPixelSize(24);
+            options.operations << EditOperation::write(overlay, QPointF(0, 0));
+        } else if (arg == "--style") {
+            EditOperation *write = last(EditOperation::Kind::Text, "--text");
+            const std::optional<QString> name = write ? value() : std::nullopt;
+            if (!name)
+                return std::nullopt;
+            // The list's names, with or without their TEXTSTYLE_ prefix.
+            std::optional<int> code = textStyleCode(*name);
+            if (!code)
+                code = textStyleCode(QStringLiteral("TEXTSTYLE_") + *name);
+            if (!code) {
+                *error = QStringLiteral("There is no text style \"%1\"; tarnby-cli text-styles lists them.").arg(*name);
+                return std::nullopt;
+            }
+            write->text.effect = *code;
+        } else if (arg == "--font") {
+            EditOperation *write = last(EditOperation::Kind::Text, "--text");
+            const std::optional<QString> spec = write ? value() : std::nullopt;
+            if (!spec)
+                return std::nullopt;
+            // FAMILY[,SIZE][,bold][,italic], the size in the picture's pixels.
+            const QStringList parts = spec->split(QLatin1Char(','));
+            QFont font = write->text.font;
+            if (!parts.first().trimmed().isEmpty())
+                font.setFamily(parts.first().trimmed());
+            for (qsizetype k = 1; k < parts.size(); ++k) {
+                const QString part = parts.at(k).trimmed();
+                bool isNumber = false;
+                const int size = part.toInt(&isNumber);
+                if (isNumber && size >= 1 && size <= 2000) {
+                    font.setPixelSize(size);
+                } else if (part.compare(QLatin1String("bold"), Qt::CaseInsensitive) == 0) {
+                    font.setBold(true);
+                } else if (part.compare(QLatin1String("italic"), Qt::CaseInsensitive) == 0) {
+                    font.setItalic(true);
+                } else {
+                    *error = QStringLiteral("--font takes FAMILY[,SIZE][,bold][,italic], the size from 1 to 2000, not \"%1\".").arg(*spec);
+                    return std::nullopt;
+                }
+            }
+            write->text.font = font;
         } else if (arg == "--resample") {
             EditOperation *resize = last(EditOperation::Kind::Resize, "--resize");
             if (!resize)
@@ -290,7 +345,9 @@ const char *const Usage =
     "  --rotate DEG [--enlarge] [--fill COLOR]   (clockwise; COLOR as #rrggbb or a name; white if not given)\n"
     "  --resize WxH [--resample]\n"
     "  --shape NAME --at X,Y --size WxH [--color COLOR] [--border COLOR]   (tarnby-cli shapes lists the names;\n"
-    "                                   red with a black border if not given)\n";
+    "                                   red with a black border if not given)\n"
+    "  --text TEXT --at X,Y [--style NAME] [--font FAMILY[,SIZE][,bold][,italic]] [--color COLOR]\n"
+    "                                   (tarnby-cli text-styles lists the styles; black 24-pixel text if not given)\n";
 
 int runConvert(const QByteArrayList &args)
 {
@@ -352,7 +409,8 @@ int runConvert(const QByteArrayList &args)
 TARNBY_CLI_DRAWING_COMMAND(convert, "convert", "convert [--bpp N] [--quality Q] IN OUT [operations], or [--to EXT] --out-dir DIR IN... [operations]",
                            "Load IN, apply the operations in order (--flip, --reverse, --invert, --stretch, "
                            "--brightness N, --contrast N, --rotate DEG [--enlarge] [--fill COLOR], "
-                           "--resize WxH [--resample], --shape NAME --at X,Y --size WxH [--color C] [--border C]) and save it in the format of OUT's extension; "
+                           "--resize WxH [--resample], --shape NAME --at X,Y --size WxH [--color C] [--border C], "
+                           "--text TEXT --at X,Y [--style NAME] [--font F] [--color C]) and save it in the format of OUT's extension; "
                            "bits per pixel kept unless --bpp is given. With --out-dir, several inputs are "
                            "converted in parallel, each saved in DIR under its own name (extension EXT with --to).",
                            runConvert);

@@ -95,6 +95,15 @@ private slots:
         QTest::newRow("an arrow in the default colours, partly outside")
             << QStringList{"--shape", "ARROW_R", "--size", "30x8", "--at", "-4,6"}
             << QList{EditOperation::stamp(arrow, QRectF(-4, 6, 30, 8))};
+        TextOverlay hello;
+        hello.text = QStringLiteral("Hi");
+        hello.effect = 5;
+        hello.font.setPixelSize(12);
+        hello.font.setBold(true);
+        hello.colour = qRgb(0, 0, 255);
+        QTest::newRow("text with a drop shadow, after a reverse")
+            << QStringList{"--reverse", "--text", "Hi", "--at", "-50,-27", "--style", "DROPSHADOW", "--font", ",12,bold", "--color", "blue"}
+            << QList{EditOperation::reverse(), EditOperation::write(hello, QPointF(-50, -27))};
         QTest::newRow("resize, then resize resampled")
             << QStringList{"--resize", "40x30", "--resize", "17X9", "--resample"}
             << QList{EditOperation::resize(QSize(40, 30), Resampling::None), EditOperation::resize(QSize(17, 9), Resampling::Smooth)};
@@ -147,6 +156,9 @@ private slots:
         QTest::newRow("shape without a size") << QStringList{"--shape", "CIRCLE", "--at", "1,1"} << "--shape needs --size";
         QTest::newRow("at without a shape") << QStringList{"--at", "1,1"} << "--at follows --shape";
         QTest::newRow("shape colour not a colour") << QStringList{"--shape", "CIRCLE", "--size", "5x5", "--color", "#12"} << "#rrggbb";
+        QTest::newRow("unknown text style") << QStringList{"--text", "a", "--style", "WAVY"} << "tarnby-cli text-styles lists them";
+        QTest::newRow("font size 0") << QStringList{"--text", "a", "--font", "Sans,0"} << "--font takes";
+        QTest::newRow("style without text") << QStringList{"--style", "NORMAL"} << "--style follows --text";
         QTest::newRow("third file without --out-dir") << QStringList{"extra.png"} << "--out-dir";
     }
     void badArgumentsAreRefused()
@@ -279,5 +291,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestEditCli)
+QTEST_MAIN(TestEditCli)
 #include "tst_editcli.moc"

@@ -25,6 +25,10 @@ QImage apply(const EditOperation &operation, QImage image)
         if (!drawShape(&image, operation.shape, operation.place))
             return QImage();
         return image;
+    case EditOperation::Kind::Text:
+        if (drawText(&image, operation.text, operation.place.topLeft()).isEmpty())
+            return QImage();
+        return image;
     }
     return QImage();
 }
@@ -61,6 +65,7 @@ std::optional<EditOperation> exactInverse(const EditOperation &operation, const 
     case EditOperation::Kind::Stretch:
     case EditOperation::Kind::Resize:
     case EditOperation::Kind::Shape:
+    case EditOperation::Kind::Text:
         return std::nullopt;
     }
     return std::nullopt;
@@ -86,7 +91,7 @@ bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, Q
     // Only a change of size can fail. The others work on the frames in
     // place: the image is handed over, so that it is not copied.
     const bool mayFail = operation.kind == EditOperation::Kind::Rotate || operation.kind == EditOperation::Kind::Resize
-                         || operation.kind == EditOperation::Kind::Shape;
+                         || operation.kind == EditOperation::Kind::Shape || operation.kind == EditOperation::Kind::Text;
     if (!mayFail) {
         for (imaging::PictureFrame &frame : picture->frames)
             frame.image = apply(operation, std::move(frame.image));
@@ -101,6 +106,8 @@ bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, Q
         if (changed.image.isNull()) {
             *errorString = operation.kind == EditOperation::Kind::Shape
                                ? QStringLiteral("There is no shape with the code %1.").arg(operation.shape.code)
+                           : operation.kind == EditOperation::Kind::Text
+                               ? QStringLiteral("There is no text effect with the code %1.").arg(operation.text.effect)
                                : QStringLiteral("The changed picture would be too large (more than %1 megapixels or %2 pixels a side).")
                                      .arg(MaxResultPixels / (1024 * 1024))
                                      .arg(MaxSide);

@@ -2,6 +2,7 @@
 
 #include "core/edit/PictureEdits.h"
 #include "core/edit/ShapeDrawing.h"
+#include "core/edit/TextDrawing.h"
 #include "core/platform/imaging/PictureLayer.h"
 
 #include <QString>
@@ -14,7 +15,7 @@
 namespace tarnby::edit {
 
 struct EditOperation {
-    enum class Kind { Flip, Reverse, Invert, Stretch, Brightness, Contrast, Rotate, Resize, Shape };
+    enum class Kind { Flip, Reverse, Invert, Stretch, Brightness, Contrast, Rotate, Resize, Shape, Text };
 
     Kind kind = Kind::Flip;
     int amount = 0; // Brightness, Contrast: tenths of a percent; Rotate: hundredths of a degree
@@ -23,7 +24,8 @@ struct EditOperation {
     QSize size;                             // Resize
     Resampling resampling = Resampling::None; // Resize
     ShapeStyle shape;                       // Shape
-    QRectF place;                           // Shape: where, in the picture's pixels
+    QRectF place;                           // Shape: where, in the picture's pixels; Text: its top left
+    TextOverlay text;                       // Text
 
     static EditOperation flip() { return of(Kind::Flip); }
     static EditOperation reverse() { return of(Kind::Reverse); }
@@ -52,6 +54,13 @@ struct EditOperation {
         op.place = place;
         return op;
     }
+    static EditOperation write(const TextOverlay &overlay, QPointF at)
+    {
+        EditOperation op = of(Kind::Text);
+        op.text = overlay;
+        op.place = QRectF(at, QSizeF());
+        return op;
+    }
 
 private:
     static EditOperation of(Kind kind, int amount = 0)
@@ -63,8 +72,8 @@ private:
     }
 };
 
-// Runs the operation (see PictureEdits.h and ShapeDrawing.h); a null result
-// means "too large" (or, for a shape, an unknown code).
+// Runs the operation (see PictureEdits.h, ShapeDrawing.h and TextDrawing.h);
+// a null result means "too large" (or, for a shape or text, an unknown code).
 QImage apply(const EditOperation &operation, QImage image);
 
 // The operation that gives back exactly the pixels of before, once operation
