@@ -1,5 +1,6 @@
 #include "PictureEdits.h"
 
+#include <QColorSpace>
 #include <QList>
 #include <QThread>
 #include <QTransform>
@@ -60,6 +61,41 @@ bool isPaletted(QImage::Format format)
 bool isMono(QImage::Format format)
 {
     return format == QImage::Format_Mono || format == QImage::Format_MonoLSB;
+}
+
+// Where a changed picture is written. A picture held elsewhere too (by the
+// window, by the undo history) would be copied whole before a change in
+// place; writing into a new picture instead reads each pixel once. A picture
+// handed over is changed where it lies.
+struct Target {
+    QImage image;
+    const uchar *source = nullptr;
+    qsizetype sourceStride = 0;
+    uchar *bits = nullptr;
+    qsizetype stride = 0;
+};
+
+Target targetFor(QImage &image)
+{
+    Target target;
+    if (image.isDetached()) {
+        target.image = std::move(image);
+        target.bits = target.image.bits();
+        target.source = target.bits;
+    } else {
+        target.image = QImage(image.size(), image.format());
+        if (target.image.isNull())
+            return target;
+        target.image.setColorTable(image.colorTable());
+        target.image.setDotsPerMeterX(image.dotsPerMeterX());
+        target.image.setDotsPerMeterY(image.dotsPerMeterY());
+        target.image.setColorSpace(image.colorSpace());
+        target.bits = target.image.bits();
+        target.source = image.constBits();
+    }
+    target.stride = target.image.bytesPerLine();
+    target.sourceStride = target.stride;
+    return target;
 }
 
 // Packs an 8-bit indexed picture whose indices are 0 and 1 into a 1-bit one
@@ -250,34 +286,38 @@ QImage pointOperation(QImage image, NeedsRanges needsRanges, MakeLuts makeLuts)
     case QImage::Format_Grayscale8: {
         const Lut lut = makeLuts(ranges ? rangesOfGrey(image) : Ranges()).red;
         const int width = image.width();
-        uchar *bits = image.bits(); // detaches here, before the bands share it
-        const qsizetype stride = image.bytesPerLine();
-        forEachBand(splitRows(image.height(), stride), [&](const Band &band) {
+        Target t = targetFor(image);
+        if (!t.bits)
+            return QImage();
+        forEachBand(splitRows(t.image.height(), t.stride), [&](const Band &band) {
             for (int y = band.begin; y < band.end; ++y) {
-                uchar *line = bits + y * stride;
+                const uchar *in = t.source + y * t.sourceStride;
+                uchar *out = t.bits + y * t.stride;
                 for (int x = 0; x < width; ++x)
-                    line[x] = lut[line[x]];
+                    out[x] = lut[in[x]];
             }
         });
-        return image;
+        return t.image;
     }
     case QImage::Format_RGB32:
     case QImage::Format_ARGB32: {
         const Luts luts = makeLuts(ranges ? rangesOfDirect(image) : Ranges());
         const int width = image.width();
-        uchar *bits = image.bits();
-        const qsizetype stride = image.bytesPerLine();
-        forEachBand(splitRows(image.height(), stride), [&](const Band &band) {
+        Target t = targetFor(image);
+        if (!t.bits)
+            return QImage();
+        forEachBand(splitRows(t.image.height(), t.stride), [&](const Band &band) {
             for (int y = band.begin; y < band.end; ++y) {
-                QRgb *line = reinterpret_cast<QRgb *>(bits + y * stride);
+                const QRgb *in = reinterpret_cast<const QRgb *>(t.source + y * t.sourceStride);
+                QRgb *out = reinterpret_cast<QRgb *>(t.bits + y * t.stride);
                 for (int x = 0; x < width; ++x) {
-                    const QRgb c = line[x];
-                    line[x] = (c & 0xff000000u) | (QRgb(luts.red[qRed(c)]) << 16) | (QRgb(luts.green[qGreen(c)]) << 8)
-                              | luts.blue[qBlue(c)];
+                    const QRgb c = in[x];
+                    out[x] = (c & 0xff000000u) | (QRgb(luts.red[qRed(c)]) << 16) | (QRgb(luts.green[qGreen(c)]) << 8)
+                             | luts.blue[qBlue(c)];
                 }
             }
         });
-        return image;
+        return t.image;
     }
     default: {
         const QImage::Format original = image.format();
@@ -512,6 +552,19 @@ QImage flip(QImage image)
     if (image.isNull())
         return image;
     const int height = image.height();
+    if (!image.isDetached()) {
+        // Held elsewhere: each row is copied once, to its mirrored place.
+        const QImage source = image;
+        Target t = targetFor(image);
+        if (!t.bits)
+            return QImage();
+        const qsizetype bytes = std::min(t.stride, source.bytesPerLine());
+        forEachBand(splitRows(height, t.stride), [&](const Band &band) {
+            for (int y = band.begin; y < band.end; ++y)
+                std::memcpy(t.bits + (height - 1 - y) * t.stride, t.source + y * t.sourceStride, size_t(bytes));
+        });
+        return t.image;
+    }
     const qsizetype stride = image.bytesPerLine();
     uchar *bits = image.bits();
     // Rows swap in place, whatever the format: a row is whole bytes.
@@ -531,6 +584,26 @@ QImage reverse(QImage image)
     const int width = image.width();
     const qsizetype stride = image.bytesPerLine();
     const int bytes = image.depth() / 8;
+    if (!image.isDetached()) {
+        // Held elsewhere: each pixel is copied once, to its mirrored place.
+        Target t = targetFor(image);
+        if (!t.bits)
+            return QImage();
+        forEachBand(splitRows(t.image.height(), t.stride), [&](const Band &band) {
+            for (int y = band.begin; y < band.end; ++y) {
+                const uchar *in = t.source + y * t.sourceStride;
+                uchar *out = t.bits + y * t.stride;
+                if (bytes == 4) {
+                    const quint32 *from = reinterpret_cast<const quint32 *>(in);
+                    std::reverse_copy(from, from + width, reinterpret_cast<quint32 *>(out));
+                    continue;
+                }
+                for (int x = 0; x < width; ++x)
+                    std::memcpy(out + qsizetype(width - 1 - x) * bytes, in + qsizetype(x) * bytes, size_t(bytes));
+            }
+        });
+        return t.image;
+    }
     uchar *bits = image.bits();
     forEachBand(splitRows(image.height(), stride), [&](const Band &band) {
         switch (bytes) {
