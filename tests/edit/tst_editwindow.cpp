@@ -4,10 +4,16 @@
 #include "core/viewer/Document.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/edit/NewSize1.h"
+#include "ui/frame/CommandBar.h"
 #include "ui/viewer/PictureDocumentView.h"
 #include "ui/viewer/PictureView.h"
 
+#include <QCheckBox>
+#include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
+#include <QTimer>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -103,6 +109,46 @@ private slots:
         QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(m_window->document()->picture().image(), edited);
         QVERIFY(m_ui->responder.messageTexts().isEmpty());
+    }
+
+    // The resize dialog opens on the picture's size; accepted, the picture
+    // takes the new size and the view returns to normal size.
+    void resizeThroughTheDialog_data()
+    {
+        QTest::addColumn<bool>("accept");
+        QTest::newRow("OK resizes") << true;
+        QTest::newRow("Cancel changes nothing") << false;
+    }
+    void resizeThroughTheDialog()
+    {
+        QFETCH(bool, accept);
+        m_frame->toolClick("ID_mnuStretchImageView");
+        QString shownWidth;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<NewSize1 *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            answer.stop();
+            shownWidth = dialog->findChild<QLineEdit *>("TxtWidth1")->text();
+            dialog->findChild<QCheckBox *>("CHKASPECT")->setChecked(true);
+            dialog->findChild<QLineEdit *>("TxtWidth1")->setText(QStringLiteral("90"));
+            dialog->findChild<QPushButton *>(accept ? "OKBtn" : "CancelBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick("ID_mnuResize");
+        QCOMPARE(shownWidth, QStringLiteral("45"));
+        const QImage now = m_window->document()->picture().image();
+        if (accept) {
+            QCOMPARE(now.size(), QSize(90, 62)); // 31 x 2, kept in proportion
+            QCOMPARE(now, edit::resize(pattern(), QSize(90, 62), edit::Resampling::None));
+            QVERIFY(m_window->document()->isModified());
+            QVERIFY(m_frame->commandBar()->isChecked("ID_mnuNormalImageView"));
+        } else {
+            QCOMPARE(now, pattern());
+            QVERIFY(!m_window->document()->isModified());
+        }
     }
 
     void editedPictureAsksToSaveOnClose()

@@ -4,6 +4,7 @@
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
+#include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
 #include "ui/viewer/PanWindow.h"
 #include "ui/viewer/PictureView.h"
@@ -280,6 +281,21 @@ void PictureDocumentView::flip() { runEdit(edit::EditOperation::flip()); }
 void PictureDocumentView::reverse() { runEdit(edit::EditOperation::reverse()); }
 void PictureDocumentView::invertColors() { runEdit(edit::EditOperation::invert()); }
 void PictureDocumentView::stretchColorIntensity() { runEdit(edit::EditOperation::stretch()); }
+
+void PictureDocumentView::resizePicture()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    NewSize1 dialog(this);
+    dialog.InitTheForm(NewSize1::Mode::Resize, document().picture().image().size());
+    dialog.exec();
+    const NewSize1::Results results = dialog.GetResults();
+    if (!results.accepted)
+        return;
+    runEdit(edit::EditOperation::resize(QSize(results.width, results.height),
+                                        results.resample ? edit::Resampling::Smooth : edit::Resampling::None));
+    viewNormal();
+}
 
 void PictureDocumentView::runEdit(const edit::EditOperation &operation)
 {

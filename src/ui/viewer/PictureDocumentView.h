@@ -58,6 +58,9 @@ public:
     void reverse() override;
     void invertColors() override;
     void stretchColorIntensity() override;
+    // Asks for the new size in NewSize1; accepted, resizes the picture and
+    // returns the view to normal size.
+    void resizePicture() override;
 
     // Undo and redo of the operations above (Ctrl+Z and Ctrl+Shift+Z in the
     // window). The history is bounded as EditHistory says; a picture of
