@@ -4,12 +4,15 @@
 #include "core/viewer/Document.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/viewer/PictureDocumentView.h"
 #include "ui/viewer/PictureView.h"
 
 #include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QSpinBox>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -149,6 +152,50 @@ private slots:
             QCOMPARE(now, pattern());
             QVERIFY(!m_window->document()->isModified());
         }
+    }
+
+    // The adjustment dialog answered: OK applies its amount; Cancel applies
+    // 0, which leaves the pixels but still marks the picture changed.
+    void adjustThroughTheDialog_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("accept");
+        QTest::addColumn<QImage>("expected");
+        QTest::newRow("brightness +1000") << "ID_mnuBrightness" << true << edit::changeBrightness(pattern(), 1000);
+        QTest::newRow("brightness cancelled") << "ID_mnuBrightness" << false << pattern();
+        QTest::newRow("contrast -1000") << "ID_mnuContrast" << true << edit::changeContrast(pattern(), -1000);
+        QTest::newRow("rotate 90, enlarged") << "ID_mnuRotate" << true
+                                             << edit::rotate(pattern(), 9000, edit::RotateFit::Enlarge, qRgb(255, 255, 255));
+        QTest::newRow("rotate cancelled") << "ID_mnuRotate" << false << pattern();
+    }
+    void adjustThroughTheDialog()
+    {
+        QFETCH(QString, key);
+        QFETCH(bool, accept);
+        QFETCH(QImage, expected);
+        m_frame->toolClick("ID_mnuStretchImageView");
+        bool seen = false;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<AdjustDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            answer.stop();
+            seen = true;
+            if (auto *amount = dialog->findChild<QSpinBox *>("Amount"))
+                amount->setValue(key == QLatin1String("ID_mnuBrightness") ? 1000 : -1000);
+            if (auto *angle = dialog->findChild<QDoubleSpinBox *>("Angle"))
+                angle->setValue(90);
+            dialog->findChild<QPushButton *>(accept ? "OKBtn" : "CancelBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick(key);
+        QVERIFY(seen);
+        QCOMPARE(m_window->document()->picture().image(), expected);
+        QVERIFY(m_window->document()->isModified());
+        if (key == QLatin1String("ID_mnuRotate"))
+            QVERIFY(m_frame->commandBar()->isChecked("ID_mnuNormalImageView"));
     }
 
     void editedPictureAsksToSaveOnClose()

@@ -334,8 +334,9 @@ void TestChildFrm1::commandsOutsideTheirKind_data()
     QTest::newRow("choosing a table is not available yet")
         << "DBF/dbase_03.dbf" << QStringList{"ID_TableBtn"}
         << QStringList{"Choosing a database table is not available in this version of Tarnby."};
-    QTest::newRow("rotate in a picture window is not available yet")
-        << "PNG/hopper.png" << QStringList{"ID_mnuRotate"} << QStringList{"Rotate is not available in this version of Tarnby."};
+    QTest::newRow("shapes in a picture window are not available yet")
+        << "PNG/hopper.png" << QStringList{"ID_mnuAddShapestoPictures"}
+        << QStringList{"Adding shapes to pictures is not available in this version of Tarnby."};
 }
 
 void TestChildFrm1::commandsOutsideTheirKind()

@@ -4,6 +4,7 @@
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
+#include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
 #include "ui/viewer/PanWindow.h"
@@ -281,6 +282,59 @@ void PictureDocumentView::flip() { runEdit(edit::EditOperation::flip()); }
 void PictureDocumentView::reverse() { runEdit(edit::EditOperation::reverse()); }
 void PictureDocumentView::invertColors() { runEdit(edit::EditOperation::invert()); }
 void PictureDocumentView::stretchColorIntensity() { runEdit(edit::EditOperation::stretch()); }
+
+namespace {
+
+// The rotate dialog's presets, kept for the program's run: the last choices.
+struct RotatePresets {
+    bool enlarge = true;
+    QRgb fill = qRgb(255, 255, 255);
+};
+
+RotatePresets &rotatePresets()
+{
+    static RotatePresets presets;
+    return presets;
+}
+
+} // namespace
+
+void PictureDocumentView::brightness()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    AdjustDialog dialog(AdjustDialog::Page::Brightness, document().picture().image(), services(), this);
+    dialog.setAmount(0);
+    dialog.exec();
+    runEdit(edit::EditOperation::brightness(dialog.amount()));
+}
+
+void PictureDocumentView::contrast()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    AdjustDialog dialog(AdjustDialog::Page::Contrast, document().picture().image(), services(), this);
+    dialog.setAmount(0);
+    dialog.exec();
+    runEdit(edit::EditOperation::contrast(dialog.amount()));
+}
+
+void PictureDocumentView::rotate()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    AdjustDialog dialog(AdjustDialog::Page::Rotate, document().picture().image(), services(), this);
+    dialog.setAmount(0);
+    dialog.setEnlarge(rotatePresets().enlarge);
+    dialog.setFill(rotatePresets().fill);
+    dialog.exec();
+    if (dialog.result() == QDialog::Accepted)
+        rotatePresets() = {dialog.enlarge(), dialog.fill()};
+    runEdit(edit::EditOperation::rotate(dialog.amount(),
+                                        dialog.enlarge() ? edit::RotateFit::Enlarge : edit::RotateFit::KeepSize,
+                                        dialog.fill()));
+    viewNormal();
+}
 
 void PictureDocumentView::resizePicture()
 {

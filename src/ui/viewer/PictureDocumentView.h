@@ -61,6 +61,14 @@ public:
     // Asks for the new size in NewSize1; accepted, resizes the picture and
     // returns the view to normal size.
     void resizePicture() override;
+    // Ask for the amount in the adjustment dialog (LEADDlg1), preset to 0,
+    // and apply what it gives back: a cancelled dialog gives 0, which still
+    // marks the picture changed. Rotate presets the enlarge choice and the
+    // fill colour with the last ones chosen in this run, and returns the
+    // view to normal size.
+    void brightness() override;
+    void contrast() override;
+    void rotate() override;
 
     // Undo and redo of the operations above (Ctrl+Z and Ctrl+Shift+Z in the
     // window). The history is bounded as EditHistory says; a picture of
