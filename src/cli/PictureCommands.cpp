@@ -1,10 +1,7 @@
 #include "CliCommand.h"
 
-#include "core/catalogue/FileCatalogue.h"
 #include "core/platform/imaging/PictureFormats.h"
 #include "core/platform/imaging/PictureLayer.h"
-
-#include <QFileInfo>
 
 namespace {
 
@@ -25,51 +22,6 @@ int runInfo(const QByteArrayList &args)
     }
     for (const PropertyRow &row : pictureProperties(loaded.picture.info))
         tarnby::cli::out(QStringLiteral("%1\t%2\n").arg(row.caption, row.value));
-    return 0;
-}
-
-bool takeNumber(QByteArrayList &args, const QByteArray &option, int *value)
-{
-    const int at = args.indexOf(option);
-    if (at < 0)
-        return true;
-    if (at + 1 >= args.size())
-        return false;
-    bool ok = false;
-    *value = args.at(at + 1).toInt(&ok);
-    args.remove(at, 2);
-    return ok;
-}
-
-// Loads IN (every page) and saves it under OUT in the format that OUT's
-// extension names, as a save under a new name does.
-int runConvert(const QByteArrayList &arguments)
-{
-    QByteArrayList args = arguments;
-    int bitsPerPixel = 0;
-    int quality = 0;
-    if (!takeNumber(args, "--bpp", &bitsPerPixel) || !takeNumber(args, "--quality", &quality) || args.size() != 2) {
-        tarnby::cli::err(QStringLiteral("Usage: tarnby-cli convert [--bpp N] [--quality Q] IN OUT\n"));
-        return 2;
-    }
-    const QString in = QString::fromLocal8Bit(args.at(0));
-    const QString out = QString::fromLocal8Bit(args.at(1));
-    const QString extension = tarnby::catalogue::GetFileExt(QFileInfo(out).fileName());
-    const int code = tarnby::catalogue::GetSaveFormatCode(extension);
-    if (code == 0) {
-        tarnby::cli::err(QStringLiteral("%1: pictures cannot be saved under the extension \"%2\".\n").arg(out, extension));
-        return 1;
-    }
-    const LoadResult loaded = loadPicture(in, Pages::All);
-    if (!loaded.ok()) {
-        tarnby::cli::err(QStringLiteral("%1: %2\n").arg(in, loaded.errorString));
-        return 1;
-    }
-    const SaveResult saved = savePicture(loaded.picture, out, code, bitsPerPixel, quality);
-    if (!saved.ok) {
-        tarnby::cli::err(QStringLiteral("%1: %2\n").arg(out, saved.errorString));
-        return 1;
-    }
     return 0;
 }
 
@@ -114,10 +66,6 @@ int runFormats(const QByteArrayList &args)
 
 TARNBY_CLI_DRAWING_COMMAND(info, "info", "info FILE",
                    "The picture facts of the properties window, \"caption<TAB>value\" a line.", runInfo);
-TARNBY_CLI_DRAWING_COMMAND(convert, "convert", "convert [--bpp N] [--quality Q] IN OUT",
-                   "Load IN and save it in the format of OUT's extension (its save-format code); "
-                   "bits per pixel kept unless --bpp is given.",
-                   runConvert);
 TARNBY_CLI_COMMAND(formats, "formats", "formats",
                    "Each picture extension: read, write (yes/no), the library used, and a note; tab-separated.",
                    runFormats);

@@ -336,8 +336,9 @@ void TestChildFrm1::commandsOutsideTheirKind_data()
     QTest::newRow("choosing a table is not available yet")
         << "DBF/dbase_03.dbf" << QStringList{"ID_TableBtn"}
         << QStringList{"Choosing a database table is not available in this version of Tarnby."};
-    QTest::newRow("flip in a picture window is not available yet")
-        << "PNG/hopper.png" << QStringList{"ID_mnuFlip"} << QStringList{"Flip is not available in this version of Tarnby."};
+    QTest::newRow("shapes in a picture window are not available yet")
+        << "PNG/hopper.png" << QStringList{"ID_mnuAddShapestoPictures"}
+        << QStringList{"Adding shapes to pictures is not available in this version of Tarnby."};
 }
 
 void TestChildFrm1::commandsOutsideTheirKind()

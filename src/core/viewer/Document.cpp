@@ -60,6 +60,11 @@ public:
     virtual void start(const QString &path) { Q_UNUSED(path); }
     virtual const imaging::Picture &picture() const { return emptyPicture(); }
     virtual QImage overview() const { return {}; }
+    virtual bool replacePicture(imaging::Picture picture)
+    {
+        Q_UNUSED(picture);
+        return false;
+    }
     virtual const TextContent &text() const { return emptyText(); }
     virtual QTextDocument *richText() const { return nullptr; }
     virtual void loadPage(int page) { Q_UNUSED(page); }
@@ -80,6 +85,13 @@ class EmptyDocumentImpl : public AbstractDocumentImpl
 public:
     using AbstractDocumentImpl::AbstractDocumentImpl;
 };
+
+QImage overviewOf(const QImage &first)
+{
+    return (first.width() > OverviewSide || first.height() > OverviewSide)
+               ? first.scaled(OverviewSide, OverviewSide, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+               : first;
+}
 
 struct PictureLoad {
     imaging::LoadResult result;
@@ -124,16 +136,21 @@ public:
                     frame.image.convertTo(frame.image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
                                                                         : QImage::Format_RGB32);
             }
-            const QImage &first = load.result.picture.frames.constFirst().image;
-            load.overview = (first.width() > OverviewSide || first.height() > OverviewSide)
-                                ? first.scaled(OverviewSide, OverviewSide, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-                                : first;
+            load.overview = overviewOf(load.result.picture.frames.constFirst().image);
             return load;
         }));
     }
 
     const imaging::Picture &picture() const override { return m_picture; }
     QImage overview() const override { return m_overview; }
+    bool replacePicture(imaging::Picture picture) override
+    {
+        if (m_picture.isNull() || picture.isNull())
+            return false;
+        m_picture = std::move(picture);
+        m_overview = overviewOf(m_picture.frames.constFirst().image);
+        return true;
+    }
 
 private:
     QFutureWatcher<PictureLoad> m_watcher;
@@ -357,6 +374,12 @@ imaging::SaveResult Document::savePicture(const QString &path, int formatCode, i
     if (result.ok)
         m_modified = false;
     return result;
+}
+
+void Document::setEditedPicture(imaging::Picture picture)
+{
+    if (m_impl->replacePicture(std::move(picture)))
+        m_modified = true;
 }
 
 qint64 Document::fileSize() const

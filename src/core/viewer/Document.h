@@ -65,6 +65,10 @@ public:
     // stretched painting of large pictures.
     QImage overview() const;
     imaging::SaveResult savePicture(const QString &path, int formatCode, int bitsPerPixel, int quality);
+    // Replaces the loaded picture with an edited one (its frames and facts),
+    // makes the overview again and marks the document modified. Does
+    // nothing unless a picture has loaded.
+    void setEditedPicture(imaging::Picture picture);
 
     // Text documents.
     const TextContent &text() const;

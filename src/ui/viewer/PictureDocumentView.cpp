@@ -4,15 +4,20 @@
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
+#include "ui/edit/AdjustDialog.h"
+#include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
 #include "ui/viewer/PanWindow.h"
 #include "ui/viewer/PictureView.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QFrame>
 #include <QLabel>
+#include <QKeySequence>
 #include <QLayout>
+#include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -42,6 +47,12 @@ PictureDocumentView::PictureDocumentView(viewer::Document &document, UiServices 
     label1->setObjectName(QStringLiteral("Label1"));
     (new QVBoxLayout(m_frame3))->addWidget(label1);
     m_frame3->hide();
+
+    // The window's own keys, not the frame's command tables.
+    auto *undoKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z), this, this, &PictureDocumentView::undo);
+    undoKey->setContext(Qt::WidgetWithChildrenShortcut);
+    auto *redoKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), this, this, &PictureDocumentView::redo);
+    redoKey->setContext(Qt::WidgetWithChildrenShortcut);
 }
 
 PictureDocumentView::~PictureDocumentView() = default;
@@ -263,6 +274,138 @@ void PictureDocumentView::showPanWindow()
     m_pan->setGeometry(place);
     m_pan->show();
     m_pan->raise();
+}
+
+// ---------------------------------------------------------------- editing
+
+void PictureDocumentView::flip() { runEdit(edit::EditOperation::flip()); }
+void PictureDocumentView::reverse() { runEdit(edit::EditOperation::reverse()); }
+void PictureDocumentView::invertColors() { runEdit(edit::EditOperation::invert()); }
+void PictureDocumentView::stretchColorIntensity() { runEdit(edit::EditOperation::stretch()); }
+
+namespace {
+
+// The rotate dialog's presets, kept for the program's run: the last choices.
+struct RotatePresets {
+    bool enlarge = true;
+    QRgb fill = qRgb(255, 255, 255);
+};
+
+RotatePresets &rotatePresets()
+{
+    static RotatePresets presets;
+    return presets;
+}
+
+} // namespace
+
+void PictureDocumentView::brightness()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    AdjustDialog dialog(AdjustDialog::Page::Brightness, document().picture().image(), services(), this);
+    dialog.setAmount(0);
+    dialog.exec();
+    runEdit(edit::EditOperation::brightness(dialog.amount()));
+}
+
+void PictureDocumentView::contrast()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    AdjustDialog dialog(AdjustDialog::Page::Contrast, document().picture().image(), services(), this);
+    dialog.setAmount(0);
+    dialog.exec();
+    runEdit(edit::EditOperation::contrast(dialog.amount()));
+}
+
+void PictureDocumentView::rotate()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    AdjustDialog dialog(AdjustDialog::Page::Rotate, document().picture().image(), services(), this);
+    dialog.setAmount(0);
+    dialog.setEnlarge(rotatePresets().enlarge);
+    dialog.setFill(rotatePresets().fill);
+    dialog.exec();
+    if (dialog.result() == QDialog::Accepted)
+        rotatePresets() = {dialog.enlarge(), dialog.fill()};
+    runEdit(edit::EditOperation::rotate(dialog.amount(),
+                                        dialog.enlarge() ? edit::RotateFit::Enlarge : edit::RotateFit::KeepSize,
+                                        dialog.fill()));
+    viewNormal();
+}
+
+void PictureDocumentView::resizePicture()
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    NewSize1 dialog(this);
+    dialog.InitTheForm(NewSize1::Mode::Resize, document().picture().image().size());
+    dialog.exec();
+    const NewSize1::Results results = dialog.GetResults();
+    if (!results.accepted)
+        return;
+    runEdit(edit::EditOperation::resize(QSize(results.width, results.height),
+                                        results.resample ? edit::Resampling::Smooth : edit::Resampling::None));
+    viewNormal();
+}
+
+void PictureDocumentView::runEdit(const edit::EditOperation &operation)
+{
+    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+        return;
+    imaging::Picture picture = document().picture();
+    const QImage before = picture.image();
+    QString error;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool done = edit::applyToPicture(operation, &picture, &error);
+    QApplication::restoreOverrideCursor();
+    if (!done) {
+        services().messages.inform(error, this);
+        return;
+    }
+    if (picture.frames.size() == 1)
+        m_history.record(before, operation);
+    else
+        m_history.clear();
+    showEditedPicture(std::move(picture));
+}
+
+void PictureDocumentView::undo()
+{
+    if (!m_history.canUndo() || document().picture().frames.size() != 1)
+        return;
+    imaging::Picture picture = document().picture();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    picture.frames.first().image = m_history.undo(picture.image());
+    QApplication::restoreOverrideCursor();
+    edit::refreshInfo(&picture);
+    showEditedPicture(std::move(picture));
+}
+
+void PictureDocumentView::redo()
+{
+    if (!m_history.canRedo() || document().picture().frames.size() != 1)
+        return;
+    imaging::Picture picture = document().picture();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    picture.frames.first().image = m_history.redo(picture.image());
+    QApplication::restoreOverrideCursor();
+    edit::refreshInfo(&picture);
+    showEditedPicture(std::move(picture));
+}
+
+void PictureDocumentView::showEditedPicture(imaging::Picture picture)
+{
+    const QSize oldSize = m_image->pictureSize();
+    document().setEditedPicture(std::move(picture));
+    m_image->setPicture(document().picture(), document().overview());
+    // A picture of another shape is shown at its normal size again.
+    if (m_image->pictureSize() != oldSize)
+        viewNormal();
+    if (m_pan && m_pan->isVisible())
+        m_pan->setOverview(document().overview(), m_image->pictureSize());
 }
 
 // ---------------------------------------------------------------- operations

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/edit/EditHistory.h"
 #include "core/viewer/DocumentRules.h"
 #include "core/viewer/ViewModes.h"
 #include "ui/viewer/DocumentView.h"
@@ -50,6 +51,34 @@ public:
     void togglePanWindow() override;
     void toggleMagnifier() override;
 
+    // The picture operations of the Image menu that take no parameters. Each
+    // changes every frame of the picture, marks the document modified and
+    // can be undone.
+    void flip() override;
+    void reverse() override;
+    void invertColors() override;
+    void stretchColorIntensity() override;
+    // Asks for the new size in NewSize1; accepted, resizes the picture and
+    // returns the view to normal size.
+    void resizePicture() override;
+    // Ask for the amount in the adjustment dialog (LEADDlg1), preset to 0,
+    // and apply what it gives back: a cancelled dialog gives 0, which still
+    // marks the picture changed. Rotate presets the enlarge choice and the
+    // fill colour with the last ones chosen in this run, and returns the
+    // view to normal size.
+    void brightness() override;
+    void contrast() override;
+    void rotate() override;
+
+    // Undo and redo of the operations above (Ctrl+Z and Ctrl+Shift+Z in the
+    // window). The history is bounded as EditHistory says; a picture of
+    // several frames keeps none, since it records the first frame only.
+    // Undoing marks the picture changed too: it differs from what was shown
+    // before.
+    void undo();
+    void redo();
+    const edit::EditHistory &editHistory() const { return m_history; }
+
     void setInternetClock(viewer::InternetFetchWatch::Clock clock) override;
     bool isFetchingFromInternet() const override;
     // The 51-second rule: once the wait has run that long without the
@@ -67,9 +96,12 @@ private:
     void placeWaitNotice();
     void applySteps(const viewer::ViewSteps &steps);
     void showPanWindow();
+    void runEdit(const edit::EditOperation &operation);
+    void showEditedPicture(imaging::Picture picture);
 
     viewer::ViewModes m_modes;
     viewer::InternetFetchWatch m_fetchWatch;
+    edit::EditHistory m_history;
 
     PictureView *m_image = nullptr;
     PanWindow *m_pan = nullptr;

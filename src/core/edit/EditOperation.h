@@ -1,0 +1,96 @@
+#pragma once
+
+#include "core/edit/PictureEdits.h"
+#include "core/edit/ShapeDrawing.h"
+#include "core/edit/TextDrawing.h"
+#include "core/platform/imaging/PictureLayer.h"
+
+#include <QString>
+
+#include <optional>
+
+// One picture operation with its parameters, as a value: what the command
+// line runs in order, what the picture window applies and what the undo
+// history replays.
+namespace tarnby::edit {
+
+struct EditOperation {
+    enum class Kind { Flip, Reverse, Invert, Stretch, Brightness, Contrast, Rotate, Resize, Shape, Text };
+
+    Kind kind = Kind::Flip;
+    int amount = 0; // Brightness, Contrast: tenths of a percent; Rotate: hundredths of a degree
+    RotateFit fit = RotateFit::KeepSize;   // Rotate
+    QRgb fill = qRgb(255, 255, 255);        // Rotate
+    QSize size;                             // Resize
+    Resampling resampling = Resampling::None; // Resize
+    ShapeStyle shape;                       // Shape
+    QRectF place;                           // Shape: where, in the picture's pixels; Text: its top left
+    TextOverlay text;                       // Text
+
+    static EditOperation flip() { return of(Kind::Flip); }
+    static EditOperation reverse() { return of(Kind::Reverse); }
+    static EditOperation invert() { return of(Kind::Invert); }
+    static EditOperation stretch() { return of(Kind::Stretch); }
+    static EditOperation brightness(int amount) { return of(Kind::Brightness, amount); }
+    static EditOperation contrast(int amount) { return of(Kind::Contrast, amount); }
+    static EditOperation rotate(int hundredths, RotateFit fit, QRgb fill)
+    {
+        EditOperation op = of(Kind::Rotate, hundredths);
+        op.fit = fit;
+        op.fill = fill;
+        return op;
+    }
+    static EditOperation resize(QSize size, Resampling resampling)
+    {
+        EditOperation op = of(Kind::Resize);
+        op.size = size;
+        op.resampling = resampling;
+        return op;
+    }
+    static EditOperation stamp(const ShapeStyle &style, const QRectF &place)
+    {
+        EditOperation op = of(Kind::Shape);
+        op.shape = style;
+        op.place = place;
+        return op;
+    }
+    static EditOperation write(const TextOverlay &overlay, QPointF at)
+    {
+        EditOperation op = of(Kind::Text);
+        op.text = overlay;
+        op.place = QRectF(at, QSizeF());
+        return op;
+    }
+
+private:
+    static EditOperation of(Kind kind, int amount = 0)
+    {
+        EditOperation op;
+        op.kind = kind;
+        op.amount = amount;
+        return op;
+    }
+};
+
+// Runs the operation (see PictureEdits.h, ShapeDrawing.h and TextDrawing.h);
+// a null result means "too large" (or, for a shape or text, an unknown code).
+QImage apply(const EditOperation &operation, QImage image);
+
+// The operation that gives back exactly the pixels of before, once operation
+// has been applied to it, or nothing when only a copy can (resampling, clamped
+// levels, ...). Flips, inverting in the formats worked directly and quarter
+// turns undo themselves this way.
+std::optional<EditOperation> exactInverse(const EditOperation &operation, const QImage &before);
+
+// Applies the operation to every frame of picture and brings its facts up to
+// date (width, height, memory size). The depth it will be saved at
+// (info.bitsPerPixel) stays the file's; the colour count stays the loaded
+// picture's (counting costs a pass over every pixel). On failure picture is untouched,
+// errorString says why, and the result is false.
+bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, QString *errorString);
+
+// Brings picture.info's width, height and memory size up to date after its
+// first frame changed.
+void refreshInfo(imaging::Picture *picture);
+
+} // namespace tarnby::edit

@@ -1,0 +1,222 @@
+#include "UiFixture.h"
+#include "core/catalogue/FileCatalogue.h"
+#include "core/edit/PictureEdits.h"
+#include "core/viewer/Document.h"
+#include "ui/frame/ChildFrm1.h"
+#include "ui/frame/MDIForm1.h"
+#include "ui/edit/AdjustDialog.h"
+#include "ui/edit/NewSize1.h"
+#include "ui/frame/CommandBar.h"
+#include "ui/viewer/PictureDocumentView.h"
+#include "ui/viewer/PictureView.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QSpinBox>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTimer>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace tarnby;
+using namespace tarnby::ui;
+
+namespace {
+
+QImage pattern()
+{
+    QImage image(45, 31, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb((x * 11) & 0xff, (y * 17) & 0xff, (x * y) & 0xff));
+    return image;
+}
+
+} // namespace
+
+class TestEditWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_ui = std::make_unique<UiFixture>();
+        m_ui->home.createFile("Close.Txt", "Close File\r\n");
+        m_frame = std::make_unique<MDIForm1>(m_ui->state, m_ui->services);
+        m_frame->resize(1000, 800);
+        m_frame->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_frame.get()));
+        m_path = m_ui->home.filePath(QStringLiteral("edit.png"));
+        QVERIFY(pattern().save(m_path));
+        m_window = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(m_path, viewer::kindOf(catalogue::GetFileTypeFlag(m_path))));
+        QVERIFY(m_window);
+        QSignalSpy shown(m_window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(60000));
+    }
+    void cleanup()
+    {
+        m_frame.reset();
+        m_ui.reset();
+    }
+
+    void menuOperationsChangeThePicture_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QImage>("expected");
+        QTest::newRow("flip") << "ID_mnuFlip" << edit::flip(pattern());
+        QTest::newRow("reverse") << "ID_mnuReverse" << edit::reverse(pattern());
+        QTest::newRow("invert") << "ID_mnuColorInvert" << edit::invert(pattern());
+    }
+    void menuOperationsChangeThePicture()
+    {
+        QFETCH(QString, key);
+        QFETCH(QImage, expected);
+        QVERIFY(!m_window->document()->isModified());
+        m_frame->toolClick(key);
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList());
+        QCOMPARE(m_window->document()->picture().image(), expected);
+        QVERIFY(m_window->document()->isModified());
+        // The view paints the changed picture.
+        auto *view = m_window->findChild<PictureView *>();
+        QVERIFY(view);
+        const QImage shot = view->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        // The window may be smaller than the picture; its top left is enough.
+        QVERIFY2(shot.width() >= 25 && shot.height() >= 25, qPrintable(QStringLiteral("%1x%2").arg(shot.width()).arg(shot.height())));
+        for (const QPoint p : {QPoint(0, 0), QPoint(24, 0), QPoint(0, 24), QPoint(13, 17)})
+            QCOMPARE(shot.pixel(p), expected.pixel(p));
+    }
+
+    void keysUndoAndRedo()
+    {
+        auto *pictureView = m_window->findChild<PictureView *>();
+        QVERIFY(pictureView);
+        const QImage original = m_window->document()->picture().image();
+        m_frame->toolClick("ID_mnuFlip");
+        m_frame->toolClick("ID_mnuColorInvert");
+        const QImage edited = m_window->document()->picture().image();
+        QCOMPARE(edited, edit::invert(edit::flip(original)));
+
+        pictureView->setFocus();
+        m_frame->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_frame.get()));
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(m_window->document()->picture().image(), edit::flip(original));
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(m_window->document()->picture().image(), original);
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier); // nothing left: no change
+        QCOMPARE(m_window->document()->picture().image(), original);
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClick(pictureView, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(m_window->document()->picture().image(), edited);
+        QVERIFY(m_ui->responder.messageTexts().isEmpty());
+    }
+
+    // The resize dialog opens on the picture's size; accepted, the picture
+    // takes the new size and the view returns to normal size.
+    void resizeThroughTheDialog_data()
+    {
+        QTest::addColumn<bool>("accept");
+        QTest::newRow("OK resizes") << true;
+        QTest::newRow("Cancel changes nothing") << false;
+    }
+    void resizeThroughTheDialog()
+    {
+        QFETCH(bool, accept);
+        m_frame->toolClick("ID_mnuStretchImageView");
+        QString shownWidth;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<NewSize1 *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            answer.stop();
+            shownWidth = dialog->findChild<QLineEdit *>("TxtWidth1")->text();
+            dialog->findChild<QCheckBox *>("CHKASPECT")->setChecked(true);
+            dialog->findChild<QLineEdit *>("TxtWidth1")->setText(QStringLiteral("90"));
+            dialog->findChild<QPushButton *>(accept ? "OKBtn" : "CancelBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick("ID_mnuResize");
+        QCOMPARE(shownWidth, QStringLiteral("45"));
+        const QImage now = m_window->document()->picture().image();
+        if (accept) {
+            QCOMPARE(now.size(), QSize(90, 62)); // 31 x 2, kept in proportion
+            QCOMPARE(now, edit::resize(pattern(), QSize(90, 62), edit::Resampling::None));
+            QVERIFY(m_window->document()->isModified());
+            QVERIFY(m_frame->commandBar()->isChecked("ID_mnuNormalImageView"));
+        } else {
+            QCOMPARE(now, pattern());
+            QVERIFY(!m_window->document()->isModified());
+        }
+    }
+
+    // The adjustment dialog answered: OK applies its amount; Cancel applies
+    // 0, which leaves the pixels but still marks the picture changed.
+    void adjustThroughTheDialog_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("accept");
+        QTest::addColumn<QImage>("expected");
+        QTest::newRow("brightness +1000") << "ID_mnuBrightness" << true << edit::changeBrightness(pattern(), 1000);
+        QTest::newRow("brightness cancelled") << "ID_mnuBrightness" << false << pattern();
+        QTest::newRow("contrast -1000") << "ID_mnuContrast" << true << edit::changeContrast(pattern(), -1000);
+        QTest::newRow("rotate 90, enlarged") << "ID_mnuRotate" << true
+                                             << edit::rotate(pattern(), 9000, edit::RotateFit::Enlarge, qRgb(255, 255, 255));
+        QTest::newRow("rotate cancelled") << "ID_mnuRotate" << false << pattern();
+    }
+    void adjustThroughTheDialog()
+    {
+        QFETCH(QString, key);
+        QFETCH(bool, accept);
+        QFETCH(QImage, expected);
+        m_frame->toolClick("ID_mnuStretchImageView");
+        bool seen = false;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<AdjustDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            answer.stop();
+            seen = true;
+            if (auto *amount = dialog->findChild<QSpinBox *>("Amount"))
+                amount->setValue(key == QLatin1String("ID_mnuBrightness") ? 1000 : -1000);
+            if (auto *angle = dialog->findChild<QDoubleSpinBox *>("Angle"))
+                angle->setValue(90);
+            dialog->findChild<QPushButton *>(accept ? "OKBtn" : "CancelBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick(key);
+        QVERIFY(seen);
+        QCOMPARE(m_window->document()->picture().image(), expected);
+        QVERIFY(m_window->document()->isModified());
+        if (key == QLatin1String("ID_mnuRotate"))
+            QVERIFY(m_frame->commandBar()->isChecked("ID_mnuNormalImageView"));
+    }
+
+    void editedPictureAsksToSaveOnClose()
+    {
+        m_frame->toolClick("ID_mnuReverse");
+        m_ui->responder.answerMessage(MessageAnswer::Yes);
+        const QString target = m_ui->home.filePath(QStringLiteral("saved.png"));
+        m_ui->responder.acceptFile(target);
+        QPointer<ChildFrm1> guard(m_window);
+        m_frame->toolClick("ID_CloseBtn");
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Do You want to Save Changes to the Picture - edit.png ?"});
+        QCOMPARE(QImage(target).convertToFormat(QImage::Format_RGB32), edit::reverse(pattern()));
+        QTRY_VERIFY(!guard);
+    }
+
+private:
+    std::unique_ptr<UiFixture> m_ui;
+    std::unique_ptr<MDIForm1> m_frame;
+    QString m_path;
+    ChildFrm1 *m_window = nullptr;
+};
+
+QTEST_MAIN(TestEditWindow)
+#include "tst_editwindow.moc"
