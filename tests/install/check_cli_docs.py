@@ -54,7 +54,9 @@ def test():
         page_texts[page] = gzip.open(path, "rt").read()
     source = page_texts["tarnby-cli"]
     for command, options in commands.items():
-        check(".BI \"%s " % command in source or "\\fB%s\\fR" % command in source or ".B %s\n" % command in source,
+        # Roff writes the hyphen of a command name as "\-".
+        name = command.replace("-", "\\-")
+        check(".BI \"%s " % name in source or "\\fB%s\\fR" % name in source or ".B %s\n" % name in source,
               "the manual page does not describe the command %s" % command)
         for option in options:
             check("\\-" + option[1:].replace("-", "\\-") in source, "the manual page lacks %s" % option)

@@ -70,7 +70,10 @@ def cli_commands(prefix, env=None):
     """The command names and the options that `tarnby-cli --help` lists."""
     text = run([os.path.join(prefix, "bin", "tarnby-cli"), "--help"], env=env).stdout
     commands = {}
-    for match in re.finditer(r"^  ([a-z]+)( [^\n]*)?$", text, re.M):
-        commands[match.group(1)] = sorted(set(re.findall(r"--[a-z-]+", match.group(2) or "")))
+    # A command's line, then its description indented further; options are
+    # named in either.
+    for match in re.finditer(r"^  ([a-z][a-z-]*)( [^\n]*)?\n((?:      [^\n]*\n)*)", text, re.M):
+        words = (match.group(2) or "") + " " + match.group(3)
+        commands[match.group(1)] = sorted(set(re.findall(r"--[a-z][a-z-]*", words)))
     check(commands, "tarnby-cli --help lists no commands:\n" + text)
     return commands
