@@ -1,0 +1,42 @@
+#include "TableReader.h"
+
+#include "DbfReader.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace tarnby::tables {
+
+Table::~Table() = default;
+TableFile::~TableFile() = default;
+
+namespace {
+
+OpenResult refuse(OpenStatus status, const QString &why)
+{
+    OpenResult result;
+    result.status = status;
+    result.errorString = why;
+    return result;
+}
+
+} // namespace
+
+OpenResult openTableFile(const QString &path, const QString &password)
+{
+    Q_UNUSED(password)
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return refuse(OpenStatus::Failed,
+                      QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, file.errorString()));
+    const QByteArray head = file.read(64);
+    file.close();
+    const QString extension = QFileInfo(path).suffix().toLower();
+
+    if (extension == QLatin1String("dbf") || (extension != QLatin1String("db") && looksLikeDbf(head)))
+        return openDbfFile(path);
+    return refuse(OpenStatus::Unsupported,
+                  QStringLiteral("Tarnby cannot read tables from the file \"%1\" yet.").arg(QFileInfo(path).fileName()));
+}
+
+} // namespace tarnby::tables
