@@ -3,6 +3,8 @@
 #include "TestDir.h"
 
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTest>
 
 // Runs the real tarnby-cli binary's table command.
@@ -16,6 +18,7 @@ private slots:
     void csvOfGeneratedTable();
     void emptyTableGivesHeaderOnly();
     void passwordFile();
+    void sqliteDatabase();
     void failures_data();
     void failures();
 
@@ -130,6 +133,30 @@ void TestCliTable::passwordFile()
     const Run missing = run({table, QStringLiteral("--password-file"), dir.filePath(QStringLiteral("absent"))});
     QCOMPARE(missing.exitCode, 1);
     QVERIFY2(missing.err.contains("The password file"), missing.err.constData());
+}
+
+void TestCliTable::sqliteDatabase()
+{
+    TestDir dir;
+    const QString path = dir.filePath(QStringLiteral("shop.db"));
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("maker"));
+        db.setDatabaseName(path);
+        QVERIFY(db.open());
+        QSqlQuery q(db);
+        QVERIFY(q.exec("CREATE TABLE items (id INTEGER, label VARCHAR(20))"));
+        QVERIFY(q.exec("CREATE TABLE empty (x REAL, y BLOB, z TEXT)"));
+        QVERIFY(q.exec("INSERT INTO items VALUES (1, 'one'), (2, 'two, \"2\"')"));
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("maker"));
+    const Run list = run({path});
+    QCOMPARE(list.exitCode, 0);
+    QCOMPARE(list.out, QByteArray("items\t2\t2\nempty\t0\t3\n"));
+    const Run csv = run({path, QStringLiteral("--csv")});
+    QCOMPARE(csv.out, QByteArray("id,label\r\n1,one\r\n2,\"two, \"\"2\"\"\"\r\n"));
+    const Run fields = run({path, QStringLiteral("--fields"), QStringLiteral("--table"), QStringLiteral("empty")});
+    QCOMPARE(fields.out, QByteArray("x - Double - 8\ny - Long Binary - 0\nz - Memo Field - 0\n"));
 }
 
 void TestCliTable::failures_data()

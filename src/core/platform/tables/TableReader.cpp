@@ -1,6 +1,7 @@
 #include "TableReader.h"
 
 #include "DbfReader.h"
+#include "SqliteReader.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -33,8 +34,14 @@ OpenResult openTableFile(const QString &path, const QString &password)
     file.close();
     const QString extension = QFileInfo(path).suffix().toLower();
 
+    // Content first: an SQLite database is one whatever its name says.
+    if (looksLikeSqlite(head))
+        return openSqliteFile(path);
     if (extension == QLatin1String("dbf") || (extension != QLatin1String("db") && looksLikeDbf(head)))
         return openDbfFile(path);
+    if (extension == QLatin1String("db"))
+        return refuse(OpenStatus::Unsupported,
+                      QStringLiteral("\"%1\" is a Paradox table, which Tarnby cannot read yet.").arg(QFileInfo(path).fileName()));
     return refuse(OpenStatus::Unsupported,
                   QStringLiteral("Tarnby cannot read tables from the file \"%1\" yet.").arg(QFileInfo(path).fileName()));
 }
