@@ -70,7 +70,7 @@ private slots:
     void sqliteUnderAnyName_data();
     void sqliteUnderAnyName();
     void damagedDatabase();
-    void paradoxTableRefusedWithMessage();
+    void otherDbFilesAreParadoxTables();
 };
 
 void TestSqliteReader::tablesListedSystemTablesHidden()
@@ -206,13 +206,16 @@ void TestSqliteReader::damagedDatabase()
              qPrintable(r.errorString));
 }
 
-void TestSqliteReader::paradoxTableRefusedWithMessage()
+void TestSqliteReader::otherDbFilesAreParadoxTables()
 {
-    REQUIRE_FIXTURES();
-    const OpenResult r = openTableFile(fixtures::path(QStringLiteral("DB/STATES.DB")));
+    TestDir dir;
+    const OpenResult r = openTableFile(dir.createFile(QStringLiteral("notes.db"), QByteArray("plain text, no table")));
     QVERIFY(!r.ok());
-    QCOMPARE(r.status, OpenStatus::Unsupported);
-    QVERIFY2(r.errorString.contains(QStringLiteral("Paradox")), qPrintable(r.errorString));
+    QCOMPARE(r.errorString, QStringLiteral("\"notes\" is not a Paradox table."));
+    REQUIRE_FIXTURES();
+    const OpenResult states = openTableFile(fixtures::path(QStringLiteral("DB/STATES.DB")));
+    QVERIFY2(states.ok(), qPrintable(states.errorString));
+    QCOMPARE(states.file->formatName(), QStringLiteral("Paradox"));
 }
 
 QTEST_GUILESS_MAIN(TestSqliteReader)

@@ -1,6 +1,7 @@
 #include "DbfReader.h"
 
 #include "DbfIndexTags.h"
+#include "ReaderSupport.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -620,38 +621,6 @@ OpenResult openDbf(DbfSources sources)
                                                                                 : QStringLiteral("dBASE"));
     return result;
 }
-
-namespace {
-
-// The file beside path with the same base name and the extension extension,
-// matched without regard to case (tables copied from other systems often
-// come with "TABLE.DBT" beside "table.dbf"). Empty when there is none.
-QString companionFile(const QFileInfo &table, const QString &extension)
-{
-    const QString base = table.completeBaseName();
-    const QDir dir = table.absoluteDir();
-    const QString exact = dir.filePath(base + QLatin1Char('.') + extension);
-    if (QFileInfo(exact).isFile())
-        return exact;
-    const QStringList candidates = dir.entryList({base + QStringLiteral(".*")}, QDir::Files);
-    for (const QString &candidate : candidates) {
-        if (candidate.compare(base + QLatin1Char('.') + extension, Qt::CaseInsensitive) == 0)
-            return dir.filePath(candidate);
-    }
-    return {};
-}
-
-std::unique_ptr<QIODevice> openForReading(const QString &path)
-{
-    if (path.isEmpty())
-        return nullptr;
-    auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::ReadOnly))
-        return nullptr;
-    return file;
-}
-
-} // namespace
 
 OpenResult openDbfFile(const QString &path)
 {

@@ -1,6 +1,7 @@
 #include "TableReader.h"
 
 #include "DbfReader.h"
+#include "ParadoxReader.h"
 #include "SqliteReader.h"
 
 #include <QFile>
@@ -40,8 +41,7 @@ OpenResult openTableFile(const QString &path, const QString &password)
     if (extension == QLatin1String("dbf") || (extension != QLatin1String("db") && looksLikeDbf(head)))
         return openDbfFile(path);
     if (extension == QLatin1String("db"))
-        return refuse(OpenStatus::Unsupported,
-                      QStringLiteral("\"%1\" is a Paradox table, which Tarnby cannot read yet.").arg(QFileInfo(path).fileName()));
+        return openParadoxFile(path);
     return refuse(OpenStatus::Unsupported,
                   QStringLiteral("Tarnby cannot read tables from the file \"%1\" yet.").arg(QFileInfo(path).fileName()));
 }
