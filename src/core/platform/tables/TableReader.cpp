@@ -1,6 +1,7 @@
 #include "TableReader.h"
 
 #include "DbfReader.h"
+#include "MdbReader.h"
 #include "ParadoxReader.h"
 #include "SqliteReader.h"
 
@@ -26,7 +27,6 @@ OpenResult refuse(OpenStatus status, const QString &why)
 
 OpenResult openTableFile(const QString &path, const QString &password)
 {
-    Q_UNUSED(password)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return refuse(OpenStatus::Failed,
@@ -38,6 +38,8 @@ OpenResult openTableFile(const QString &path, const QString &password)
     // Content first: an SQLite database is one whatever its name says.
     if (looksLikeSqlite(head))
         return openSqliteFile(path);
+    if (extension == QLatin1String("mdb") || head.mid(4, 15).startsWith("Standard Jet DB"))
+        return openMdbFile(path, password);
     if (extension == QLatin1String("dbf") || (extension != QLatin1String("db") && looksLikeDbf(head)))
         return openDbfFile(path);
     if (extension == QLatin1String("db"))
