@@ -39,4 +39,48 @@ QByteArray readExactly(QIODevice &device, qint64 offset, qint64 length)
     return bytes.size() == length ? bytes : QByteArray();
 }
 
+QList<Field> sheetFields(qint64 rows, int columns, const std::function<QVariant(qint64, int)> &cell,
+                         qint64 *firstDataRow, int sampleRows)
+{
+    bool header = rows > 0 && columns > 0;
+    QStringList names;
+    for (int c = 0; c < columns && header; ++c) {
+        const QVariant v = cell(0, c);
+        header = v.typeId() == QMetaType::QString && !v.toString().isEmpty();
+        names << v.toString();
+    }
+    *firstDataRow = header ? 1 : 0;
+    QList<Field> fields;
+    for (int c = 0; c < columns; ++c) {
+        bool numbers = true;
+        bool dates = true;
+        bool any = false;
+        for (qint64 r = *firstDataRow; r < qMin<qint64>(rows, *firstDataRow + sampleRows); ++r) {
+            const QVariant v = cell(r, c);
+            if (!v.isValid() || (v.typeId() == QMetaType::QString && v.toString().isEmpty()))
+                continue;
+            any = true;
+            const int t = v.typeId();
+            numbers &= t == QMetaType::LongLong || t == QMetaType::Double;
+            dates &= t == QMetaType::QDate || t == QMetaType::QDateTime || t == QMetaType::QTime;
+        }
+        const QString name = header ? names[c] : columnLetters(c);
+        if (any && numbers)
+            fields.append(Field{name, FieldType::Double, 8});
+        else if (any && dates)
+            fields.append(Field{name, FieldType::Date, 8});
+        else
+            fields.append(Field{name, FieldType::Text, 255});
+    }
+    return fields;
+}
+
+QString columnLetters(int column)
+{
+    QString letters;
+    for (int n = column + 1; n > 0; n = (n - 1) / 26)
+        letters.prepend(QChar(u'A' + (n - 1) % 26));
+    return letters;
+}
+
 } // namespace tarnby::tables

@@ -4,6 +4,9 @@
 #include <QIODevice>
 #include <QString>
 
+#include "TableReader.h"
+
+#include <functional>
 #include <memory>
 
 // Small pieces the table readers share.
@@ -20,5 +23,18 @@ std::unique_ptr<QIODevice> openForReading(const QString &path);
 // Reads exactly length bytes at offset, or gives an empty array when they
 // are not all inside the device.
 QByteArray readExactly(QIODevice &device, qint64 offset, qint64 length);
+
+// The fields of a worksheet: when every cell of the first row holds
+// non-empty text, those texts name the fields and the data starts on the
+// second row (*firstDataRow 1); otherwise the fields are named after the
+// columns ("A", "B", ...) and every row is data. A field whose values in the
+// first sampleRows data rows are all numbers is a Double, all dates or
+// times a Date, anything else Text of 255 characters. cell(row, column)
+// gives a cell's value (invalid when empty).
+QList<Field> sheetFields(qint64 rows, int columns, const std::function<QVariant(qint64, int)> &cell,
+                         qint64 *firstDataRow, int sampleRows = 200);
+
+// The name of column number column (0-based): "A" ... "Z", "AA", ...
+QString columnLetters(int column);
 
 } // namespace tarnby::tables

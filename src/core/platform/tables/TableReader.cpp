@@ -1,9 +1,11 @@
 #include "TableReader.h"
 
 #include "DbfReader.h"
+#include "LotusReader.h"
 #include "MdbReader.h"
 #include "ParadoxReader.h"
 #include "SqliteReader.h"
+#include "XlsReader.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -44,6 +46,11 @@ OpenResult openTableFile(const QString &path, const QString &password)
         return openDbfFile(path);
     if (extension == QLatin1String("db"))
         return openParadoxFile(path);
+    if (extension == QLatin1String("xls"))
+        return openXlsFile(path);
+    if (extension == QLatin1String("wk4") || extension == QLatin1String("wk3") || extension == QLatin1String("wk1")
+        || extension == QLatin1String("wks"))
+        return openLotusFile(path);
     return refuse(OpenStatus::Unsupported,
                   QStringLiteral("Tarnby cannot read tables from the file \"%1\" yet.").arg(QFileInfo(path).fileName()));
 }
