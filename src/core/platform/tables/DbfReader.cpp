@@ -397,8 +397,8 @@ private:
     TextDecoder m_text;
 };
 
-// The one table of a dBASE file. The file is opened once, for the table; a
-// second openTable gives the same table again from its own device.
+// The one table of a dBASE file. The file was opened for the table, which
+// openTable hands over once; to read it again, open the file again.
 class DbfFile : public TableFile
 {
 public:

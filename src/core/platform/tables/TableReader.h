@@ -115,6 +115,8 @@ public:
     virtual QString formatName() const = 0;
     // The user tables, at most maxTables; system tables are never listed.
     virtual QStringList tableNames() const = 0;
+    // The table of that name. Files that hold one table (dBASE, Paradox)
+    // hand it over once; the others open a table as often as asked.
     virtual Result<std::unique_ptr<Table>> openTable(const QString &name) = 0;
 };
 
