@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Writes a dBASE IV table of N records (default 1,000,000) of eight fields,
-one a memo, with its .dbt memo file (64-byte blocks), for bench/tables.sh.
+one a memo, with its .dbt memo file (512-byte blocks), for bench/tables.sh.
 
     make_dbf.py OUT.dbf [N]
 """
@@ -13,7 +13,7 @@ FIELDS = [  # name, type, length, decimals
     ("QTY", "N", 6, 0), ("SOLD", "D", 8, 0), ("ACTIVE", "L", 1, 0), ("NOTES", "M", 10, 0),
 ]
 CITIES = ["Aarhus", "Bergen", "Cork", "Dundee", "Espoo", "Faro", "Graz", "Haarlem"]
-BLOCK = 64
+BLOCK = 512  # what dBASE IV writes by default (and dbfread assumes)
 
 
 def main():

@@ -6,12 +6,14 @@
 #
 #   bench/tables.sh [BUILD_DIR]
 #
-# Environment: N (1000000), CORES (2), BENCH_DIR (/tmp/tarnby-bench).
+# Environment: N (1000000), CORES (2), BENCH_DIR (/tmp/tarnby-bench),
+# PYTHON (/usr/bin/python3: Debian's, which finds python3-dbfread).
 set -euo pipefail
 
 N=${N:-1000000}
 CORES=${CORES:-2}
 BENCH_DIR=${BENCH_DIR:-/tmp/tarnby-bench}
+PYTHON=${PYTHON:-/usr/bin/python3}
 HERE=$(cd "$(dirname "$0")" && pwd)
 BUILD_DIR=$(cd "${1:-$HERE/../build}" && pwd)
 
@@ -22,7 +24,7 @@ mkdir -p "$BENCH_DIR"
 TABLE="$BENCH_DIR/bench-$N.dbf"
 if [ ! -f "$TABLE" ]; then
   echo "Generating $TABLE (once)..."
-  python3 "$HERE/make_dbf.py" "$TABLE.tmp.dbf" "$N"
+  "$PYTHON" "$HERE/make_dbf.py" "$TABLE.tmp.dbf" "$N"
   mv "$TABLE.tmp.dbt" "${TABLE%.dbf}.dbt"
   mv "$TABLE.tmp.dbf" "$TABLE"
 fi
@@ -37,9 +39,9 @@ seconds() { # command... : wall-clock seconds of one run, output to /dev/null
 }
 
 tarnby=$(seconds "$BUILD_DIR/src/cli/tarnby-cli" table "$TABLE" --csv)
-if python3 -c 'import dbfread' 2> /dev/null; then
+if "$PYTHON" -c 'import dbfread' 2> /dev/null; then
   other_name="dbfread"
-  other=$(seconds python3 -c '
+  other=$(seconds "$PYTHON" -c '
 import csv, sys, dbfread
 t = dbfread.DBF(sys.argv[1], encoding="cp1252")
 w = csv.writer(sys.stdout, lineterminator="\r\n")
@@ -48,7 +50,11 @@ for r in t:
     w.writerow(r.values())' "$TABLE")
 else
   other_name="bench/read_dbf.py"
-  other=$(seconds python3 "$HERE/read_dbf.py" "$TABLE")
+  other=$(seconds "$PYTHON" "$HERE/read_dbf.py" "$TABLE")
 fi
 printf '%-28s %8.2f s\n' "tarnby-cli table --csv" "$tarnby" "$other_name" "$other"
+if [ "$other_name" = dbfread ]; then
+  plain=$(seconds "$PYTHON" "$HERE/read_dbf.py" "$TABLE")
+  printf '%-28s %8.2f s\n' "bench/read_dbf.py" "$plain"
+fi
 printf 'ratio: %.1fx\n' "$(echo "$other / $tarnby" | bc -l)"

@@ -65,22 +65,40 @@ QString valueText(const QVariant &value)
     }
 }
 
+namespace {
+
+// Appends one cell, quoted when it must be. One pass over the text finds
+// whether it must; the bytes are appended as UTF-8.
+void appendCsvCell(QByteArray &record, const QString &cell)
+{
+    bool quote = false;
+    for (const QChar c : cell) {
+        const char16_t u = c.unicode();
+        if (u == ',' || u == '"' || u == '\r' || u == '\n') {
+            quote = true;
+            break;
+        }
+    }
+    if (!quote) {
+        record += cell.toUtf8();
+        return;
+    }
+    QString quoted = cell;
+    quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+    record += '"';
+    record += quoted.toUtf8();
+    record += '"';
+}
+
+} // namespace
+
 QByteArray csvRecord(const QStringList &cells)
 {
     QByteArray record;
     for (qsizetype i = 0; i < cells.size(); ++i) {
         if (i > 0)
             record += ',';
-        const QString &cell = cells[i];
-        const bool quote = cell.contains(QLatin1Char(',')) || cell.contains(QLatin1Char('"'))
-            || cell.contains(QLatin1Char('\r')) || cell.contains(QLatin1Char('\n'));
-        if (quote) {
-            QString quoted = cell;
-            quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-            record += '"' + quoted.toUtf8() + '"';
-        } else {
-            record += cell.toUtf8();
-        }
+        appendCsvCell(record, cells[i]);
     }
     record += "\r\n";
     return record;
@@ -94,6 +112,7 @@ QString writeCsv(Table &table, QIODevice &out, const std::atomic_bool *cancel)
     for (const Field &field : fields)
         cells << field.name;
     QByteArray page = csvRecord(cells);
+    page.reserve(1 << 20);
     const qint64 rows = table.rowCount();
     for (qint64 first = 0; first < rows; first += pageRows) {
         if (cancel && cancel->load())
@@ -102,10 +121,12 @@ QString writeCsv(Table &table, QIODevice &out, const std::atomic_bool *cancel)
         if (!read.ok())
             return read.errorString;
         for (const Row &row : read.value) {
-            cells.clear();
-            for (const QVariant &value : row)
-                cells << valueText(value);
-            page += csvRecord(cells);
+            for (qsizetype i = 0; i < row.size(); ++i) {
+                if (i > 0)
+                    page += ',';
+                appendCsvCell(page, valueText(row[i]));
+            }
+            page += "\r\n";
         }
         if (out.write(page) != page.size())
             return QStringLiteral("The table could not be written: %1").arg(out.errorString());

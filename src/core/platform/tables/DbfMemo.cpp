@@ -45,33 +45,53 @@ QByteArray DbfMemoFile::read(quint64 block)
     if (block > quint64(m_size) / quint64(m_blockSize))
         return {};
     const qint64 offset = qint64(block) * m_blockSize;
-    if (offset >= m_size || !m_device->seek(offset))
+    if (offset >= m_size)
         return {};
 
     if (m_layout == MemoLayout::FoxPro) {
-        const QByteArray prefix = m_device->read(8);
+        const QByteArray prefix = readAt(offset, 8);
         if (prefix.size() < 8)
             return {};
         const quint32 length = qFromBigEndian<quint32>(prefix.constData() + 4);
         const qint64 available = m_size - offset - 8;
         const qint64 wanted = qMin(qMin<qint64>(length, available), maxMemoBytes);
-        return wanted > 0 ? m_device->read(wanted) : QByteArray("");
+        return wanted > 0 ? readAt(offset + 8, wanted) : QByteArray("");
     }
 
     if (m_layout == MemoLayout::DbaseIV) {
-        const QByteArray prefix = m_device->read(8);
+        const QByteArray prefix = readAt(offset, 8);
         if (prefix.size() == 8 && uchar(prefix[0]) == 0xFF && uchar(prefix[1]) == 0xFF && prefix[2] == 0x08
             && prefix[3] == 0x00) {
             // The length counts the eight bytes of the prefix.
             const quint32 length = qFromLittleEndian<quint32>(prefix.constData() + 4);
             const qint64 available = m_size - offset - 8;
             const qint64 wanted = qMin(qMin<qint64>(qint64(length) - 8, available), maxMemoBytes);
-            return wanted > 0 ? m_device->read(wanted) : QByteArray("");
+            return wanted > 0 ? readAt(offset + 8, wanted) : QByteArray("");
         }
         // Tables converted from dBASE III keep their old memos: read those
         // the old way.
     }
     return readUntilEndMark(offset);
+}
+
+QByteArray DbfMemoFile::readAt(qint64 offset, qint64 length)
+{
+    const bool inside = m_windowOffset >= 0 && offset >= m_windowOffset
+        && offset + length <= m_windowOffset + m_window.size();
+    if (!inside) {
+        if (length > windowSize) {
+            // A long memo is read on its own, around the window.
+            if (!m_device->seek(offset))
+                return {};
+            return m_device->read(length);
+        }
+        if (!m_device->seek(offset))
+            return {};
+        m_window = m_device->read(windowSize);
+        m_windowOffset = offset;
+    }
+    const qint64 start = offset - m_windowOffset;
+    return m_window.mid(start, qMin<qint64>(length, m_window.size() - start));
 }
 
 // dBASE III memos end at an end-of-text byte (0x1A, written twice); they

@@ -37,6 +37,14 @@ public:
 
 private:
     QByteArray readUntilEndMark(qint64 offset);
+    // Up to length bytes at offset (fewer at the file's end), served from a
+    // window of the file kept from the last read: memos are mostly read in
+    // file order, so one read of the file serves many of them.
+    QByteArray readAt(qint64 offset, qint64 length);
+
+    static constexpr qint64 windowSize = 64 * 1024;
+    QByteArray m_window;
+    qint64 m_windowOffset = -1;
 
     std::unique_ptr<QIODevice> m_device;
     MemoLayout m_layout;

@@ -626,7 +626,7 @@ OpenResult openDbfFile(const QString &path)
 {
     const QFileInfo info(path);
     auto table = std::make_unique<QFile>(path);
-    if (!table->open(QIODevice::ReadOnly))
+    if (!table->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return failed(OpenStatus::Failed,
                       QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, table->errorString()));
     const QByteArray head = table->read(headerSize);

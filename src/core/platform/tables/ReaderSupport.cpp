@@ -26,7 +26,9 @@ std::unique_ptr<QIODevice> openForReading(const QString &path)
     if (path.isEmpty())
         return nullptr;
     auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::ReadOnly))
+    // Readers seek before nearly every read (a memo, a block): a buffered
+    // device would fill its whole buffer after each seek.
+    if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return nullptr;
     return file;
 }

@@ -17,7 +17,8 @@ namespace tarnby::tables {
 // come with "TABLE.DBT" beside "table.dbf"). Empty when there is none.
 QString companionFile(const QFileInfo &table, const QString &extension);
 
-// The file at path opened for reading, or null (also for an empty path).
+// The file at path opened for reading (unbuffered: the readers read what
+// they need in one piece), or null (also for an empty path).
 std::unique_ptr<QIODevice> openForReading(const QString &path);
 
 // Reads exactly length bytes at offset, or gives an empty array when they
