@@ -184,12 +184,10 @@ private:
             return when;
         }
         case MDB_MEMO: {
-            // The bound copy stops at the bind size; the whole memo is read
-            // again from the row when it may have been cut.
-            if (length <= 0 && column->cur_value_len <= 0)
+            // The bound copy stops at the bind size, so the memo is read
+            // whole from the row, as libmdb itself converts it for binding.
+            if (length <= 0 || column->cur_value_len <= 0)
                 return {};
-            if (length + 1 < int(m_handle->mdb->bind_size))
-                return QString::fromUtf8(text, length);
             char *whole = mdb_col_to_string(m_handle->mdb, m_handle->mdb->pg_buf, column->cur_value_start,
                                             MDB_MEMO, column->cur_value_len);
             const QString memo = whole ? QString::fromUtf8(whole) : QString::fromUtf8(text, length);
@@ -318,8 +316,10 @@ OpenResult openMdbFile(const QString &path, const QString &password)
     handle->mdb = mdb_open(QFile::encodeName(path).constData(), MDB_NOFLAGS);
     if (!handle->mdb)
         return failed(OpenStatus::Failed, QStringLiteral("The Access database \"%1\" could not be opened.").arg(fileName));
-    // Memos are bound whole up to this size; longer ones are read again
-    // from the row (see MdbTable::value).
+    // Every bound column gets a buffer of the bind size. libmdb copies OLE
+    // objects into theirs a data page (up to 4 KB) at a time and sizes some
+    // buffers of its own catalogue reading by it, so it stays well above a
+    // page; memos are read whole apart from it (see MdbTable::value).
     mdb_set_bind_size(handle->mdb, 64 * 1024);
     mdb_set_date_fmt(handle->mdb, "%Y-%m-%dT%H:%M:%S");
     GPtrArray *catalog = mdb_read_catalog(handle->mdb, MDB_TABLE);
