@@ -40,7 +40,7 @@ install(FILES ${manPages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 # The Debian package: `cpack -G DEB` in the build folder (scripts/package.sh).
 # dpkg-shlibdeps computes the libraries' packages; the list below names what
 # the program needs at run time that no library link shows: Qt's and
-# GStreamer's plugins, the sound font for MIDI, the Word converters.
+# GStreamer's plugins (Qt's SQLite driver for the table reader), the sound font for MIDI, the Word converters.
 set(TARNBY_PACKAGE_MAINTAINER "Tarnby developers <tarnby@example.org>" CACHE STRING
     "The Maintainer field of the Debian package")
 set(CPACK_PACKAGE_NAME tarnby)
@@ -64,7 +64,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-    "qt6-image-formats-plugins, gstreamer1.0-plugins-base, gstreamer1.0-plugins-good, gstreamer1.0-plugins-bad, gstreamer1.0-libav, fluid-soundfont-gm, antiword | catdoc")
+    "qt6-image-formats-plugins, libqt6sql6-sqlite, gstreamer1.0-plugins-base, gstreamer1.0-plugins-good, gstreamer1.0-plugins-bad, gstreamer1.0-libav, fluid-soundfont-gm, antiword | catdoc")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland")
 set(CPACK_DEBIAN_COMPRESSION_TYPE gzip)
 set(CPACK_GENERATOR DEB)

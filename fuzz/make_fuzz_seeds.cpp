@@ -3,7 +3,10 @@
 //   make_fuzz_seeds <seeds folder>
 #include "CodecSamples.h"
 #include "CodecTestUtil.h"
+#include "DbfSamples.h"
 #include "FlashPixSamples.h"
+#include "FuzzTables.h"
+#include "ParadoxSamples.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -22,6 +25,61 @@ void save(const QString &folder, const QString &name, const QByteArray &data)
     QFile file(folder + '/' + name);
     if (file.open(QIODevice::WriteOnly))
         file.write(data);
+}
+
+// dBASE tables with memos of each layout and an index of each kind.
+void saveDbfSeeds(const QString &folder)
+{
+    using dbfsamples::FieldSpec;
+    const QList<QByteArray> memos = {"a memo", QByteArray(700, 'm'), "last"};
+    for (int layout = 0; layout < 3; ++layout) {
+        QList<int> blocks;
+        const QByteArray memo = layout == 0 ? dbfsamples::dbaseIIIMemo(memos, &blocks)
+            : layout == 1                   ? dbfsamples::dbaseIVMemo(memos, 512, &blocks)
+                                            : dbfsamples::foxProMemo(memos, 64, &blocks);
+        dbfsamples::TableSpec spec;
+        spec.version = layout == 0 ? 0x83 : layout == 1 ? 0x8B : 0xF5;
+        spec.codePage = layout == 2 ? 0xC9 : 0x03;
+        spec.fields = {FieldSpec{"NAME", 'C', 8}, FieldSpec{"QTY", 'N', 6, 2}, FieldSpec{"WHEN", 'D', 8},
+                       FieldSpec{"OK", 'L', 1}, FieldSpec{"NOTES", 'M', 10}};
+        for (int i = 0; i < memos.size(); ++i)
+            spec.records.append({dbfsamples::text("row\xe9" + QByteArray::number(i), 8), dbfsamples::number("1.25", 6),
+                                 QByteArray("20240131"), QByteArray("T"), dbfsamples::memoPointer(blocks[i])});
+        spec.deleted = {1};
+        save(folder, QStringLiteral("layout%1.bin").arg(layout), fuzztables::pack(layout, false, dbfsamples::table(spec), memo));
+    }
+    dbfsamples::TableSpec vfp;
+    vfp.version = 0x30;
+    vfp.fields = {FieldSpec{"ID", 'I', 4}, FieldSpec{"PRICE", 'Y', 8}, FieldSpec{"AT", 'T', 8},
+                  FieldSpec{"NOTE", 'M', 4}, FieldSpec{"_NullFlags", '0', 1, 0, 0x05}};
+    vfp.records = {{dbfsamples::littleEndian32(7), QByteArray(8, '\x01'), QByteArray(8, '\x02'),
+                    dbfsamples::littleEndian32(8), QByteArray(1, '\0')}};
+    save(folder, "visual-foxpro.bin",
+         fuzztables::pack(2, false, dbfsamples::table(vfp), dbfsamples::foxProMemo({"note"}, 64, nullptr)));
+    dbfsamples::TableSpec plain;
+    plain.fields = {FieldSpec{"NAME", 'C', 8}};
+    plain.records = {{dbfsamples::text("x", 8)}};
+    save(folder, "mdx.bin", fuzztables::pack(0, false, dbfsamples::table(plain), dbfsamples::mdxIndex({"NAME", "QTY"})));
+    save(folder, "cdx.bin", fuzztables::pack(0, true, dbfsamples::table(plain), dbfsamples::cdxIndex({"NAME", "QTY"})));
+}
+
+// Paradox tables: blocks in order and out of it, and a memo file with a
+// block of its own and a shared block.
+void saveParadoxSeeds(const QString &folder)
+{
+    QByteArray mb(12288, '\0');
+    mb[4096] = 2;
+    mb[4097] = 1;
+    mb[4099] = char(100);
+    mb[8192] = 3;
+    mb[8193] = 1;
+    mb[8192 + 12] = 5;
+    paradoxsamples::Sample ordered;
+    save(folder, "ordered.bin", fuzztables::pack(1, false, paradoxsamples::paradoxTable(ordered), mb));
+    paradoxsamples::Sample shuffled;
+    shuffled.records = 9;
+    shuffled.chain = {3, 1, 5, 2, 4};
+    save(folder, "shuffled.bin", fuzztables::pack(0, false, paradoxsamples::paradoxTable(shuffled), mb));
 }
 
 } // namespace
@@ -114,5 +172,7 @@ int main(int argc, char **argv)
             save(root + "/sniff", folder + '-' + info.fileName(), in.readAll());
         }
     }
+    saveDbfSeeds(root + "/dbf");
+    saveParadoxSeeds(root + "/paradox");
     return 0;
 }

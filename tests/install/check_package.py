@@ -18,7 +18,7 @@ from installtest import SKIP, check, main, run
 # Packages that only dpkg-shlibdeps puts there: proof that it ran.
 FROM_LIBRARIES = ("libc6", "libqt6core6", "libqt6gui6", "libqt6widgets6", "libqt6multimedia6")
 # Packages named by hand: plugins and programs no link shows.
-BY_HAND = ("qt6-image-formats-plugins", "gstreamer1.0-plugins-good", "gstreamer1.0-libav", "antiword | catdoc")
+BY_HAND = ("qt6-image-formats-plugins", "libqt6sql6-sqlite", "gstreamer1.0-plugins-good", "gstreamer1.0-libav", "antiword | catdoc")
 
 
 def test():

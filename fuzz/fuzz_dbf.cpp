@@ -1,0 +1,60 @@
+// Feeds arbitrary bytes to the dBASE reader, its memo reader and the index
+// tag readers (see FuzzTables.h for how an input is split); every row of the
+// table is read. Any fault is a finding.
+#include "FuzzTables.h"
+
+#include "core/platform/tables/DbfIndexTags.h"
+#include "core/platform/tables/DbfReader.h"
+
+#include <QBuffer>
+
+using namespace tarnby::tables;
+
+namespace {
+
+std::unique_ptr<QIODevice> device(const QByteArray &bytes)
+{
+    auto buffer = std::make_unique<QBuffer>();
+    buffer->setData(bytes);
+    buffer->open(QIODevice::ReadOnly);
+    return buffer;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    if (size < 5)
+        return 0;
+    const fuzztables::Parts parts = fuzztables::split(data, size);
+    const quint8 selector = parts.selector;
+    const QByteArray &tableBytes = parts.table;
+    const QByteArray &memoBytes = parts.memo;
+
+    {
+        const std::unique_ptr<QIODevice> index = device(memoBytes);
+        if (selector & 0x80)
+            cdxTagNames(*index, maxIndexNames);
+        else
+            mdxTagNames(*index, maxIndexNames);
+    }
+
+    DbfSources sources;
+    sources.tableName = QStringLiteral("fuzz");
+    sources.table = device(tableBytes);
+    sources.memo = device(memoBytes);
+    const int layout = (selector & 0x7F) % 3;
+    sources.memoLayout = layout == 0 ? MemoLayout::DbaseIII : layout == 1 ? MemoLayout::DbaseIV : MemoLayout::FoxPro;
+    OpenResult opened = openDbf(std::move(sources));
+    if (!opened.ok())
+        return 0;
+    Result<std::unique_ptr<Table>> table = opened.file->openTable(QStringLiteral("fuzz"));
+    if (!table.ok())
+        return 0;
+    table.value->fields();
+    for (qint64 first = 0; first < table.value->rowCount(); first += 64) {
+        if (!table.value->readRows(first, 64).ok())
+            break;
+    }
+    return 0;
+}

@@ -1,0 +1,58 @@
+#include "TableReader.h"
+
+#include "DbfReader.h"
+#include "LotusReader.h"
+#include "MdbReader.h"
+#include "ParadoxReader.h"
+#include "SqliteReader.h"
+#include "XlsReader.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace tarnby::tables {
+
+Table::~Table() = default;
+TableFile::~TableFile() = default;
+
+namespace {
+
+OpenResult refuse(OpenStatus status, const QString &why)
+{
+    OpenResult result;
+    result.status = status;
+    result.errorString = why;
+    return result;
+}
+
+} // namespace
+
+OpenResult openTableFile(const QString &path, const QString &password)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return refuse(OpenStatus::Failed,
+                      QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, file.errorString()));
+    const QByteArray head = file.read(64);
+    file.close();
+    const QString extension = QFileInfo(path).suffix().toLower();
+
+    // Content first: an SQLite database is one whatever its name says.
+    if (looksLikeSqlite(head))
+        return openSqliteFile(path);
+    if (extension == QLatin1String("mdb") || head.mid(4, 15).startsWith("Standard Jet DB"))
+        return openMdbFile(path, password);
+    if (extension == QLatin1String("dbf") || (extension != QLatin1String("db") && looksLikeDbf(head)))
+        return openDbfFile(path);
+    if (extension == QLatin1String("db"))
+        return openParadoxFile(path);
+    if (extension == QLatin1String("xls"))
+        return openXlsFile(path);
+    if (extension == QLatin1String("wk4") || extension == QLatin1String("wk3") || extension == QLatin1String("wk1")
+        || extension == QLatin1String("wks"))
+        return openLotusFile(path);
+    return refuse(OpenStatus::Unsupported,
+                  QStringLiteral("Tarnby cannot read tables from the file \"%1\" yet.").arg(QFileInfo(path).fileName()));
+}
+
+} // namespace tarnby::tables

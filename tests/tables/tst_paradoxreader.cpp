@@ -1,0 +1,297 @@
+#include "Fixtures.h"
+#include "ParadoxSamples.h"
+#include "TestDir.h"
+
+#include "core/platform/tables/ParadoxReader.h"
+#include "core/platform/tables/TableReader.h"
+
+#include <QBuffer>
+#include <QDate>
+#include <QTest>
+#include <QtEndian>
+
+using namespace tarnby::tables;
+
+namespace {
+
+struct Opened {
+    OpenResult file;
+    std::unique_ptr<Table> table;
+    QString error;
+};
+
+Opened openFirstTable(const QString &path)
+{
+    Opened o;
+    o.file = openTableFile(path);
+    if (!o.file.ok()) {
+        o.error = o.file.errorString;
+        return o;
+    }
+    Result<std::unique_ptr<Table>> t = o.file.file->openTable(o.file.file->tableNames().value(0));
+    if (!t.ok())
+        o.error = t.errorString;
+    else
+        o.table = std::move(t.value);
+    return o;
+}
+
+QList<Row> allRows(Table &table)
+{
+    const Result<QList<Row>> rows = table.readRows(0, int(table.rowCount()));
+    return rows.ok() ? rows.value : QList<Row>();
+}
+
+} // namespace
+
+using paradoxsamples::Sample;
+using paradoxsamples::paradoxTable;
+
+class TestParadoxReader : public QObject
+{
+    Q_OBJECT
+private slots:
+    void fixtures_data();
+    void fixtures();
+    void fixtureValues();
+    void encryptedTablesRefused_data();
+    void encryptedTablesRefused();
+    void generatedTableInPages();
+    void blockChains_data();
+    void blockChains();
+    void hostileHeaders_data();
+    void hostileHeaders();
+    void blobPointers_data();
+    void blobPointers();
+};
+
+void TestParadoxReader::fixtures_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<qint64>("rows");
+    QTest::addColumn<QStringList>("fields");
+    QTest::addColumn<QStringList>("indexes");
+    QTest::newRow("paradox 3 keyed, no px") << "DB/STATES.DB" << qint64(53)
+                                            << QStringList{"Abv - 10 - 2", "State - 10 - 14", "Zip From - 10 - 3", "Zip To - 10 - 3"}
+                                            << QStringList{};
+    QTest::newRow("paradox 5 date and time") << "DB/date7.db" << qint64(5)
+                                             << QStringList{"DATE - 8 - 4", "TIME - 22 - 4"} << QStringList{};
+    QTest::newRow("paradox 5 keyed with memo and px") << "DB/memo.db" << qint64(2)
+                                                      << QStringList{"Id - 4 - 4", "MEMO - 12 - 250"}
+                                                      << QStringList{"PrimaryKey"};
+}
+
+void TestParadoxReader::fixtures()
+{
+    REQUIRE_FIXTURES();
+    QFETCH(QString, file);
+    QFETCH(qint64, rows);
+    QFETCH(QStringList, fields);
+    QFETCH(QStringList, indexes);
+    Opened o = openFirstTable(fixtures::path(file));
+    QVERIFY2(o.table, qPrintable(o.error));
+    QCOMPARE(o.file.file->formatName(), QStringLiteral("Paradox"));
+    QCOMPARE(o.table->rowCount(), rows);
+    QStringList shape;
+    for (const Field &f : o.table->fields())
+        shape << QStringLiteral("%1 - %2 - %3").arg(f.name).arg(f.type).arg(f.size);
+    QCOMPARE(shape, fields);
+    QCOMPARE(o.table->indexNames(), indexes);
+    QCOMPARE(allRows(*o.table).size(), rows);
+}
+
+void TestParadoxReader::fixtureValues()
+{
+    REQUIRE_FIXTURES();
+    {
+        Opened o = openFirstTable(fixtures::path(QStringLiteral("DB/STATES.DB")));
+        QVERIFY2(o.table, qPrintable(o.error));
+        const Row first = o.table->readRows(0, 1).value.value(0);
+        QCOMPARE(first, Row({QStringLiteral("AK"), QStringLiteral("Alaska"), QStringLiteral("995"), QStringLiteral("999")}));
+    }
+    {
+        // Record 4 has a null DATE, record 5 a null TIME.
+        Opened o = openFirstTable(fixtures::path(QStringLiteral("DB/date7.db")));
+        QVERIFY2(o.table, qPrintable(o.error));
+        const QList<Row> rows = allRows(*o.table);
+        QCOMPARE(rows[0], Row({QDate(2018, 1, 1), QTime(10, 0)}));
+        int dates = 0;
+        for (const Row &r : rows)
+            dates += r.value(0).isValid() ? 1 : 0;
+        QCOMPARE(dates, 4);
+        QVERIFY(!rows[3].value(0).isValid());
+        QVERIFY(!rows[4].value(1).isValid());
+    }
+    {
+        // The 555-character memo comes from the .mb file, the short one from
+        // the record.
+        Opened o = openFirstTable(fixtures::path(QStringLiteral("DB/memo.db")));
+        QVERIFY2(o.table, qPrintable(o.error));
+        const QList<Row> rows = allRows(*o.table);
+        QCOMPARE(rows[0].value(0).toLongLong(), 1);
+        QCOMPARE(rows[0].value(1).toString().size(), 555);
+        QVERIFY(rows[0].value(1).toString().startsWith(QStringLiteral("0123456789001234")));
+        QCOMPARE(rows[1], Row({qlonglong(2), QStringLiteral("01234567890\n")}));
+    }
+}
+
+void TestParadoxReader::encryptedTablesRefused_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("paradox 5") << "DB/encrypted.db";
+    QTest::newRow("paradox 3.5") << "DB/encrypted35.db";
+    QTest::newRow("paradox 4 with memo") << "DB/encryptedmemo.db";
+}
+
+void TestParadoxReader::encryptedTablesRefused()
+{
+    REQUIRE_FIXTURES();
+    QFETCH(QString, file);
+    const OpenResult r = openTableFile(fixtures::path(file));
+    QVERIFY(!r.ok());
+    QCOMPARE(r.status, OpenStatus::Unsupported);
+    QVERIFY2(r.errorString.endsWith(QStringLiteral("is encrypted, which Tarnby cannot read.")), qPrintable(r.errorString));
+}
+
+void TestParadoxReader::generatedTableInPages()
+{
+    Sample s;
+    s.records = 23;
+    s.perBlock = 4;
+    TestDir dir;
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("sample.db"), paradoxTable(s)));
+    QVERIFY2(o.table, qPrintable(o.error));
+    QCOMPARE(o.table->rowCount(), 23);
+    for (int page : {1, 3, 4, 5, 23}) {
+        for (int first = 0; first < 23; first += page) {
+            const QList<Row> rows = o.table->readRows(first, page).value;
+            QCOMPARE(rows.size(), qMin(page, 23 - first));
+            for (int i = 0; i < rows.size(); ++i) {
+                QCOMPARE(rows[i].value(0).toLongLong(), first + i);
+                QCOMPARE(rows[i].value(1).toString(), QStringLiteral("row %1").arg(first + i));
+            }
+        }
+    }
+}
+
+void TestParadoxReader::blockChains_data()
+{
+    QTest::addColumn<QList<int>>("chain");
+    QTest::addColumn<QList<qlonglong>>("ids");
+    // Three blocks of two records: 0 1 | 2 3 | 4.
+    QTest::newRow("in file order") << QList<int>{1, 2, 3} << QList<qlonglong>{0, 1, 2, 3, 4};
+    QTest::newRow("out of file order") << QList<int>{3, 1, 2} << QList<qlonglong>{4, 0, 1, 2, 3};
+    QTest::newRow("a loop back to the first block") << QList<int>{1, 2, 1} << QList<qlonglong>{0, 1, 2, 3};
+    QTest::newRow("a block beyond the file") << QList<int>{1, 40} << QList<qlonglong>{0, 1};
+}
+
+void TestParadoxReader::blockChains()
+{
+    QFETCH(QList<int>, chain);
+    QFETCH(QList<qlonglong>, ids);
+    Sample s;
+    s.chain = chain;
+    QByteArray bytes = paradoxTable(s);
+    if (chain == QList<int>{1, 2, 1})
+        qToLittleEndian(quint16(1), bytes.data() + 2048 + 1024); // block 2 points back to block 1
+    if (chain == QList<int>{1, 40})
+        qToLittleEndian(quint16(40), bytes.data() + 2048);
+    TestDir dir;
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("chain.db"), bytes));
+    QVERIFY2(o.table, qPrintable(o.error));
+    QList<qlonglong> got;
+    for (const Row &r : allRows(*o.table))
+        got << r.value(0).toLongLong();
+    QCOMPARE(got, ids);
+}
+
+void TestParadoxReader::hostileHeaders_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("message");
+    const QByteArray good = paradoxTable(Sample{});
+    QByteArray headerBeyond = good;
+    qToLittleEndian(quint16(65000), headerBeyond.data() + 2);
+    QTest::newRow("header beyond the file") << headerBeyond << "its header claims 65000 bytes";
+    QByteArray manyFields = good;
+    qToLittleEndian(quint16(300), manyFields.data() + 0x21);
+    QTest::newRow("field count over 255") << manyFields << "declares 300 fields";
+    QByteArray recordSize = good;
+    qToLittleEndian(quint16(13), recordSize.data());
+    QTest::newRow("record size not the fields' sum") << recordSize << "its fields take 12 bytes, but its records hold 13";
+    QByteArray bigRecords = good;
+    qToLittleEndian(quint16(5000), bigRecords.data());
+    QTest::newRow("records larger than blocks") << bigRecords << "do not fit its blocks";
+    QByteArray badType = good;
+    badType[0x78] = char(0x42);
+    QTest::newRow("unknown field type") << badType << "unknown type 66";
+    QByteArray badSize = good;
+    badSize[0x79] = 3;
+    QTest::newRow("long field three bytes") << badSize << "has a size of 3 bytes";
+    QByteArray overfull = good;
+    qToLittleEndian(qint16(2000), overfull.data() + 2048 + 4);
+    QTest::newRow("block claiming too many records") << overfull << "claims more records than it can hold";
+    QByteArray index = good;
+    index[0x04] = 1;
+    QTest::newRow("primary index file") << index << "is not a Paradox table";
+    QTest::newRow("truncated header") << good.left(40) << "is not a Paradox table";
+    QByteArray names = good.left(2048);
+    QByteArray noNul = names;
+    noNul.replace(0x78 + 4 + 4 + 8 + 79, 2048 - (0x78 + 4 + 4 + 8 + 79), QByteArray(2048 - (0x78 + 4 + 4 + 8 + 79), 'x'));
+    QTest::newRow("field names without their end") << noNul << "field names run past its header";
+}
+
+void TestParadoxReader::hostileHeaders()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, message);
+    TestDir dir;
+    const OpenResult r = openTableFile(dir.createFile(QStringLiteral("hostile.db"), bytes));
+    QVERIFY(!r.ok());
+    QVERIFY2(r.errorString.contains(message), qPrintable(r.errorString));
+}
+
+void TestParadoxReader::blobPointers_data()
+{
+    QTest::addColumn<QByteArray>("mb");
+    QTest::addColumn<quint32>("offset");
+    QTest::addColumn<quint32>("length");
+    QTest::addColumn<QByteArray>("expected");
+    // A single-value block at 4096: type 2, one 4 KB chunk, the length.
+    QByteArray single(8192, '\0');
+    single[4096] = 2;
+    qToLittleEndian(quint16(1), single.data() + 4097);
+    qToLittleEndian(quint32(600), single.data() + 4099);
+    single.replace(4096 + 9, 600, QByteArray(600, 'z'));
+    QTest::newRow("single block") << single << quint32(4096 | 0xFF) << quint32(600) << QByteArray(600, 'z');
+    QTest::newRow("single block, length past its chunks") << single << quint32(4096 | 0xFF) << quint32(5000) << QByteArray();
+    QTest::newRow("pointer into the header block") << single << quint32(0xFF) << quint32(10) << QByteArray();
+    QTest::newRow("pointer past the file") << single << quint32(0x7FFFFF00 | 0xFF) << quint32(10) << QByteArray();
+    // A shared block: entry 2 puts its value at 16 * 5.
+    QByteArray shared(8192, '\0');
+    shared[4096] = 3;
+    qToLittleEndian(quint16(1), shared.data() + 4097);
+    shared[4096 + 12 + 2 * 5] = 5;
+    shared.replace(4096 + 80, 11, "small value");
+    QTest::newRow("shared block") << shared << quint32(4096 | 2) << quint32(11) << QByteArray("small value");
+    QTest::newRow("shared block, entry past the table") << shared << quint32(4096 | 64) << quint32(11) << QByteArray();
+    QTest::newRow("shared block, empty entry") << shared << quint32(4096 | 3) << quint32(11) << QByteArray();
+    QTest::newRow("shared block, value past the block") << shared << quint32(4096 | 2) << quint32(4050) << QByteArray();
+    QTest::newRow("wrong block kind") << single << quint32(4096 | 2) << quint32(11) << QByteArray();
+}
+
+void TestParadoxReader::blobPointers()
+{
+    QFETCH(QByteArray, mb);
+    QFETCH(quint32, offset);
+    QFETCH(quint32, length);
+    QFETCH(QByteArray, expected);
+    QBuffer buffer(&mb);
+    buffer.open(QIODevice::ReadOnly);
+    const QByteArray got = readParadoxBlob(buffer, offset, length);
+    QCOMPARE(got, expected);
+    QCOMPARE(got.isNull(), expected.isNull());
+}
+
+QTEST_GUILESS_MAIN(TestParadoxReader)
+#include "tst_paradoxreader.moc"
