@@ -37,16 +37,16 @@ void saveDbfSeeds(const QString &folder)
         const QByteArray memo = layout == 0 ? dbfsamples::dbaseIIIMemo(memos, &blocks)
             : layout == 1                   ? dbfsamples::dbaseIVMemo(memos, 512, &blocks)
                                             : dbfsamples::foxProMemo(memos, 64, &blocks);
-        dbfsamples::TableSpec spec;
-        spec.version = layout == 0 ? 0x83 : layout == 1 ? 0x8B : 0xF5;
-        spec.codePage = layout == 2 ? 0xC9 : 0x03;
-        spec.fields = {FieldSpec{"NAME", 'C', 8}, FieldSpec{"QTY", 'N', 6, 2}, FieldSpec{"WHEN", 'D', 8},
+        dbfsamples::TableSpec tableLayout;
+        tableLayout.version = layout == 0 ? 0x83 : layout == 1 ? 0x8B : 0xF5;
+        tableLayout.codePage = layout == 2 ? 0xC9 : 0x03;
+        tableLayout.fields = {FieldSpec{"NAME", 'C', 8}, FieldSpec{"QTY", 'N', 6, 2}, FieldSpec{"WHEN", 'D', 8},
                        FieldSpec{"OK", 'L', 1}, FieldSpec{"NOTES", 'M', 10}};
         for (int i = 0; i < memos.size(); ++i)
-            spec.records.append({dbfsamples::text("row\xe9" + QByteArray::number(i), 8), dbfsamples::number("1.25", 6),
+            tableLayout.records.append({dbfsamples::text("row\xe9" + QByteArray::number(i), 8), dbfsamples::number("1.25", 6),
                                  QByteArray("20240131"), QByteArray("T"), dbfsamples::memoPointer(blocks[i])});
-        spec.deleted = {1};
-        save(folder, QStringLiteral("layout%1.bin").arg(layout), fuzztables::pack(layout, false, dbfsamples::table(spec), memo));
+        tableLayout.deleted = {1};
+        save(folder, QStringLiteral("layout%1.bin").arg(layout), fuzztables::pack(layout, false, dbfsamples::table(tableLayout), memo));
     }
     dbfsamples::TableSpec vfp;
     vfp.version = 0x30;

@@ -232,11 +232,11 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
             write->text.effect = *code;
         } else if (arg == "--font") {
             EditOperation *write = last(EditOperation::Kind::Text, "--text");
-            const std::optional<QString> spec = write ? value() : std::nullopt;
-            if (!spec)
+            const std::optional<QString> fontText = write ? value() : std::nullopt;
+            if (!fontText)
                 return std::nullopt;
             // FAMILY[,SIZE][,bold][,italic], the size in the picture's pixels.
-            const QStringList parts = spec->split(QLatin1Char(','));
+            const QStringList parts = fontText->split(QLatin1Char(','));
             QFont font = write->text.font;
             if (!parts.first().trimmed().isEmpty())
                 font.setFamily(parts.first().trimmed());
@@ -251,7 +251,7 @@ std::optional<ConvertOptions> parse(const QByteArrayList &args, QString *error)
                 } else if (part.compare(QLatin1String("italic"), Qt::CaseInsensitive) == 0) {
                     font.setItalic(true);
                 } else {
-                    *error = QStringLiteral("--font takes FAMILY[,SIZE][,bold][,italic], the size from 1 to 2000, not \"%1\".").arg(*spec);
+                    *error = QStringLiteral("--font takes FAMILY[,SIZE][,bold][,italic], the size from 1 to 2000, not \"%1\".").arg(*fontText);
                     return std::nullopt;
                 }
             }

@@ -50,11 +50,11 @@ QString TestCliTable::memoTable(TestDir &dir)
     QList<int> blocks;
     dir.createFile(QStringLiteral("notes.dbt"),
                    dbfsamples::dbaseIIIMemo({"first memo", "two\r\nlines, \"quoted\"", "gone"}, &blocks));
-    dbfsamples::TableSpec spec;
-    spec.version = 0x83;
-    spec.fields = {FieldSpec{"ID", 'N', 4}, FieldSpec{"TITLE", 'C', 12}, FieldSpec{"BORN", 'D', 8},
+    dbfsamples::TableSpec tableLayout;
+    tableLayout.version = 0x83;
+    tableLayout.fields = {FieldSpec{"ID", 'N', 4}, FieldSpec{"TITLE", 'C', 12}, FieldSpec{"BORN", 'D', 8},
                    FieldSpec{"OK", 'L', 1}, FieldSpec{"NOTES", 'M', 10}};
-    spec.records = {
+    tableLayout.records = {
         {dbfsamples::number("1", 4), dbfsamples::text("One", 12), QByteArray("19991231"), QByteArray("T"),
          dbfsamples::memoPointer(blocks[0])},
         {dbfsamples::number("2", 4), dbfsamples::text("Two, too", 12), QByteArray("        "), QByteArray("F"),
@@ -62,8 +62,8 @@ QString TestCliTable::memoTable(TestDir &dir)
         {dbfsamples::number("3", 4), dbfsamples::text("Three", 12), QByteArray("20000101"), QByteArray("T"),
          dbfsamples::memoPointer(blocks[2])},
     };
-    spec.deleted = {2};
-    return dir.createFile(QStringLiteral("notes.dbf"), dbfsamples::table(spec));
+    tableLayout.deleted = {2};
+    return dir.createFile(QStringLiteral("notes.dbf"), dbfsamples::table(tableLayout));
 }
 
 void TestCliTable::listsTables()
@@ -114,10 +114,10 @@ void TestCliTable::csvOfGeneratedTable()
 
 void TestCliTable::emptyTableGivesHeaderOnly()
 {
-    dbfsamples::TableSpec spec;
-    spec.fields = {dbfsamples::FieldSpec{"A", 'C', 3}, dbfsamples::FieldSpec{"B", 'N', 3}};
+    dbfsamples::TableSpec tableLayout;
+    tableLayout.fields = {dbfsamples::FieldSpec{"A", 'C', 3}, dbfsamples::FieldSpec{"B", 'N', 3}};
     TestDir dir;
-    const Run r = run({dir.createFile(QStringLiteral("empty.dbf"), dbfsamples::table(spec)), QStringLiteral("--csv")});
+    const Run r = run({dir.createFile(QStringLiteral("empty.dbf"), dbfsamples::table(tableLayout)), QStringLiteral("--csv")});
     QCOMPARE(r.exitCode, 0);
     QCOMPARE(r.out, QByteArray("A,B\r\n"));
 }

@@ -26,25 +26,25 @@ QByteArray memoPointer(int block)
     return QByteArray::number(block).rightJustified(10, ' ');
 }
 
-QByteArray table(const TableSpec &spec)
+QByteArray table(const TableSpec &tableLayout)
 {
-    const bool visualFoxPro = spec.version == 0x30 || spec.version == 0x31 || spec.version == 0x32;
+    const bool visualFoxPro = tableLayout.version == 0x30 || tableLayout.version == 0x31 || tableLayout.version == 0x32;
     int recordLength = 1;
-    for (const FieldSpec &f : spec.fields)
+    for (const FieldSpec &f : tableLayout.fields)
         recordLength += f.length;
-    const int headerLength = 32 + 32 * int(spec.fields.size()) + 1 + (visualFoxPro ? 263 : 0);
+    const int headerLength = 32 + 32 * int(tableLayout.fields.size()) + 1 + (visualFoxPro ? 263 : 0);
     QByteArray header(32, '\0');
-    header[0] = char(spec.version);
+    header[0] = char(tableLayout.version);
     header[1] = char(124);
     header[2] = char(5);
     header[3] = char(17);
-    const qint64 count = spec.announcedRecords >= 0 ? spec.announcedRecords : spec.records.size();
+    const qint64 count = tableLayout.announcedRecords >= 0 ? tableLayout.announcedRecords : tableLayout.records.size();
     qToLittleEndian(quint32(count), header.data() + 4);
     qToLittleEndian(quint16(headerLength), header.data() + 8);
     qToLittleEndian(quint16(recordLength), header.data() + 10);
-    header[29] = char(spec.codePage);
+    header[29] = char(tableLayout.codePage);
     int offset = 1;
-    for (const FieldSpec &f : spec.fields) {
+    for (const FieldSpec &f : tableLayout.fields) {
         QByteArray d(32, '\0');
         d.replace(0, qMin<int>(f.name.size(), 10), f.name.left(10));
         d[11] = f.type;
@@ -59,9 +59,9 @@ QByteArray table(const TableSpec &spec)
     if (visualFoxPro)
         header += QByteArray(263, '\0');
     QByteArray file = header;
-    for (int r = 0; r < spec.records.size(); ++r) {
-        QByteArray record(1, spec.deleted.contains(r) ? '*' : ' ');
-        for (const QByteArray &cell : spec.records[r])
+    for (int r = 0; r < tableLayout.records.size(); ++r) {
+        QByteArray record(1, tableLayout.deleted.contains(r) ? '*' : ' ');
+        for (const QByteArray &cell : tableLayout.records[r])
             record += cell;
         record = record.leftJustified(recordLength, ' ', true);
         file += record;

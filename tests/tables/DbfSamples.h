@@ -26,7 +26,7 @@ struct TableSpec {
     qint64 announcedRecords = -1;    // the header's record count, when not records.size()
 };
 
-QByteArray table(const TableSpec &spec);
+QByteArray table(const TableSpec &tableLayout);
 
 // A cell's bytes: text left-aligned and padded with blanks to length;
 // numbers right-aligned.

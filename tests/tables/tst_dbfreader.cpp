@@ -65,12 +65,12 @@ int fieldIndex(const Table &table, const QString &name)
 // Three text records, one number, for the edge cases that spoil one detail.
 TableSpec plainSpec()
 {
-    TableSpec spec;
-    spec.fields = {FieldSpec{"NAME", 'C', 12}, FieldSpec{"QTY", 'N', 5}};
-    spec.records = {{dbfsamples::text("alpha", 12), dbfsamples::number("1", 5)},
+    TableSpec tableLayout;
+    tableLayout.fields = {FieldSpec{"NAME", 'C', 12}, FieldSpec{"QTY", 'N', 5}};
+    tableLayout.records = {{dbfsamples::text("alpha", 12), dbfsamples::number("1", 5)},
                     {dbfsamples::text("beta", 12), dbfsamples::number("2", 5)},
                     {dbfsamples::text("gamma", 12), dbfsamples::number("3", 5)}};
-    return spec;
+    return tableLayout;
 }
 
 } // namespace
@@ -328,13 +328,13 @@ void TestDbfReader::deletedRecordsAreSkipped_data()
 void TestDbfReader::deletedRecordsAreSkipped()
 {
     QFETCH(QList<int>, deleted);
-    TableSpec spec;
-    spec.fields = {FieldSpec{"N", 'N', 4}};
+    TableSpec tableLayout;
+    tableLayout.fields = {FieldSpec{"N", 'N', 4}};
     for (int i = 0; i < 50; ++i)
-        spec.records.append({dbfsamples::number(QByteArray::number(i), 4)});
-    spec.deleted = deleted;
+        tableLayout.records.append({dbfsamples::number(QByteArray::number(i), 4)});
+    tableLayout.deleted = deleted;
     TestDir dir;
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("del.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("del.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     QList<qlonglong> expected;
     for (int i = 0; i < 50; ++i) {
@@ -385,15 +385,15 @@ void TestDbfReader::memoLayouts()
         memoFile = dbfsamples::dbaseIVMemo(memos, blockSize, &blocks);
     else
         memoFile = dbfsamples::foxProMemo(memos, blockSize, &blocks);
-    TableSpec spec;
-    spec.version = version;
-    spec.fields = {FieldSpec{"ID", 'N', 3}, FieldSpec{"NOTES", 'M', 10}};
+    TableSpec tableLayout;
+    tableLayout.version = version;
+    tableLayout.fields = {FieldSpec{"ID", 'N', 3}, FieldSpec{"NOTES", 'M', 10}};
     for (int i = 0; i < memos.size(); ++i)
-        spec.records.append({dbfsamples::number(QByteArray::number(i), 3), dbfsamples::memoPointer(blocks[i])});
-    spec.records.append({dbfsamples::number("9", 3), QByteArray(10, ' ')}); // no memo
+        tableLayout.records.append({dbfsamples::number(QByteArray::number(i), 3), dbfsamples::memoPointer(blocks[i])});
+    tableLayout.records.append({dbfsamples::number("9", 3), QByteArray(10, ' ')}); // no memo
     TestDir dir;
     dir.createFile(QStringLiteral("notes.") + memoExtension, memoFile);
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("notes.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("notes.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     const QList<Row> rows = allRows(*o.table);
     QCOMPARE(rows.size(), memos.size() + 1);
@@ -439,13 +439,13 @@ void TestDbfReader::hostileMemoPointers()
     QFETCH(QByteArray, memoFile);
     QFETCH(QByteArray, pointer);
     QFETCH(QString, expected);
-    TableSpec spec;
-    spec.version = layout == 3 ? 0x83 : layout == 4 ? 0x8B : 0xF5;
-    spec.fields = {FieldSpec{"NOTES", 'M', 10}};
-    spec.records = {{pointer}};
+    TableSpec tableLayout;
+    tableLayout.version = layout == 3 ? 0x83 : layout == 4 ? 0x8B : 0xF5;
+    tableLayout.fields = {FieldSpec{"NOTES", 'M', 10}};
+    tableLayout.records = {{pointer}};
     TestDir dir;
     dir.createFile(layout == 0 ? QStringLiteral("m.fpt") : QStringLiteral("m.dbt"), memoFile);
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("m.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("m.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     const Result<QList<Row>> rows = o.table->readRows(0, 1);
     QVERIFY(rows.ok());
@@ -454,9 +454,9 @@ void TestDbfReader::hostileMemoPointers()
 
 void TestDbfReader::visualFoxProTypes()
 {
-    TableSpec spec;
-    spec.version = 0x30;
-    spec.fields = {FieldSpec{"COUNT", 'I', 4},   FieldSpec{"PRICE", 'Y', 8},
+    TableSpec tableLayout;
+    tableLayout.version = 0x30;
+    tableLayout.fields = {FieldSpec{"COUNT", 'I', 4},   FieldSpec{"PRICE", 'Y', 8},
                    FieldSpec{"WHEN", 'T', 8},    FieldSpec{"RATIO", 'B', 8},
                    FieldSpec{"NOTE", 'M', 4},    FieldSpec{"_NullFlags", '0', 1, 0, 0x05}};
     QByteArray count(4, '\0');
@@ -470,10 +470,10 @@ void TestDbfReader::visualFoxProTypes()
     qToLittleEndian(0.25, ratio.data());
     QList<int> blocks;
     const QByteArray memo = dbfsamples::foxProMemo({"visual memo"}, 64, &blocks);
-    spec.records = {{count, price, when, ratio, dbfsamples::littleEndian32(quint32(blocks[0])), QByteArray(1, '\0')}};
+    tableLayout.records = {{count, price, when, ratio, dbfsamples::littleEndian32(quint32(blocks[0])), QByteArray(1, '\0')}};
     TestDir dir;
     dir.createFile(QStringLiteral("vfp.FPT"), memo);
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("vfp.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("vfp.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     QStringList shape;
     for (const Field &f : o.table->fields())
@@ -506,22 +506,22 @@ void TestDbfReader::codePages()
     QFETCH(quint8, mark);
     QFETCH(QByteArray, bytes);
     QFETCH(QString, expected);
-    TableSpec spec;
-    spec.codePage = mark;
-    spec.fields = {FieldSpec{"T", 'C', 20}};
-    spec.records = {{dbfsamples::text(bytes, 20)}};
+    TableSpec tableLayout;
+    tableLayout.codePage = mark;
+    tableLayout.fields = {FieldSpec{"T", 'C', 20}};
+    tableLayout.records = {{dbfsamples::text(bytes, 20)}};
     TestDir dir;
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("cp.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("cp.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     QCOMPARE(o.table->readRows(0, 1).value.value(0).value(0).toString(), expected);
 }
 
 void TestDbfReader::valuesOfEachType()
 {
-    TableSpec spec;
-    spec.fields = {FieldSpec{"N0", 'N', 6},     FieldSpec{"N2", 'N', 8, 2}, FieldSpec{"D", 'D', 8},
+    TableSpec tableLayout;
+    tableLayout.fields = {FieldSpec{"N0", 'N', 6},     FieldSpec{"N2", 'N', 8, 2}, FieldSpec{"D", 'D', 8},
                    FieldSpec{"L", 'L', 1},      FieldSpec{"C", 'C', 300}};
-    spec.records = {
+    tableLayout.records = {
         {dbfsamples::number("-17", 6), dbfsamples::number("3.25", 8), QByteArray("20240131"), QByteArray("T"),
          dbfsamples::text("x", 299) + "y"},
         {QByteArray(6, ' '), dbfsamples::number("*****", 8), QByteArray(8, ' '), QByteArray("?"),
@@ -530,7 +530,7 @@ void TestDbfReader::valuesOfEachType()
          dbfsamples::text(" lead", 300)},
     };
     TestDir dir;
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("types.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("types.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     // A character field of 300 keeps its length's high byte in the decimals.
     QCOMPARE(o.table->fields().value(4).size, 300);
@@ -612,13 +612,13 @@ void TestDbfReader::companionFilesMatchedWithoutCase()
 {
     QList<int> blocks;
     const QByteArray memo = dbfsamples::dbaseIIIMemo({"upper case memo file"}, &blocks);
-    TableSpec spec;
-    spec.version = 0x83;
-    spec.fields = {FieldSpec{"NOTES", 'M', 10}};
-    spec.records = {{dbfsamples::memoPointer(blocks[0])}};
+    TableSpec tableLayout;
+    tableLayout.version = 0x83;
+    tableLayout.fields = {FieldSpec{"NOTES", 'M', 10}};
+    tableLayout.records = {{dbfsamples::memoPointer(blocks[0])}};
     TestDir dir;
     dir.createFile(QStringLiteral("SHOUT.DBT"), memo);
-    Opened o = openFirstTable(dir.createFile(QStringLiteral("SHOUT.dbf"), dbfsamples::table(spec)));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("SHOUT.dbf"), dbfsamples::table(tableLayout)));
     QVERIFY2(o.table, qPrintable(o.error));
     QCOMPARE(o.table->readRows(0, 1).value.value(0).value(0).toString(), QStringLiteral("upper case memo file"));
 }
