@@ -1,5 +1,6 @@
 #include "DbfSamples.h"
 #include "Fixtures.h"
+#include "CliRun.h"
 #include "TestDir.h"
 
 #include <QProcess>
@@ -23,25 +24,11 @@ private slots:
     void failures();
 
 private:
-    struct Run {
-        int exitCode;
-        QByteArray out;
-        QByteArray err;
-    };
-    Run run(const QStringList &args);
+    using Run = clitest::Run;
+    static Run run(const QStringList &args) { return clitest::runCli(QStringLiteral("table"), args, 20000); }
     QString memoTable(TestDir &dir);
 };
 
-TestCliTable::Run TestCliTable::run(const QStringList &args)
-{
-    QProcess p;
-    p.start(qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"),
-            QStringList{QStringLiteral("table")} + args);
-    if (!p.waitForFinished(20000))
-        return {-1, {}, {}};
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardOutput(),
-            p.readAllStandardError()};
-}
 
 // A dBASE III table with memos and a deleted record.
 QString TestCliTable::memoTable(TestDir &dir)

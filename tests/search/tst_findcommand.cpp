@@ -1,4 +1,5 @@
 #include "Fixtures.h"
+#include "CliRun.h"
 #include "TestDir.h"
 
 #include <QDir>
@@ -24,24 +25,11 @@ private slots:
     void agreesWithFindOnSamples();
 
 private:
-    struct Run {
-        int exitCode;
-        QByteArray out;
-        QByteArray err;
-    };
-    Run run(const QStringList &args);
+    using Run = clitest::Run;
+    static Run run(const QStringList &args) { return clitest::runCli(QStringLiteral("find"), args, 60000); }
     void buildTree(TestDir &dir);
 };
 
-TestFindCommand::Run TestFindCommand::run(const QStringList &args)
-{
-    QProcess p;
-    p.start(qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"),
-            QStringList(QStringLiteral("find")) + args);
-    if (!p.waitForFinished(60000))
-        return {-1, {}, {}};
-    return {p.exitCode(), p.readAllStandardOutput(), p.readAllStandardError()};
-}
 
 void TestFindCommand::buildTree(TestDir &dir)
 {
