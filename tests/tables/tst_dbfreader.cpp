@@ -1,5 +1,6 @@
 #include "DbfSamples.h"
 #include "Fixtures.h"
+#include "OpenedTable.h"
 #include "TestDir.h"
 
 #include "core/platform/tables/DbfIndexTags.h"
@@ -19,38 +20,7 @@ using dbfsamples::TableSpec;
 
 namespace {
 
-struct Opened {
-    OpenResult file;
-    std::unique_ptr<Table> table;
-    QString error;
-};
-
-Opened openFirstTable(const QString &path)
-{
-    Opened o;
-    o.file = openTableFile(path);
-    if (!o.file.ok()) {
-        o.error = o.file.errorString;
-        return o;
-    }
-    const QStringList names = o.file.file->tableNames();
-    if (names.size() != 1) {
-        o.error = QStringLiteral("expected one table, got %1").arg(names.size());
-        return o;
-    }
-    Result<std::unique_ptr<Table>> t = o.file.file->openTable(names.first());
-    if (!t.ok())
-        o.error = t.errorString;
-    else
-        o.table = std::move(t.value);
-    return o;
-}
-
-QList<Row> allRows(Table &table)
-{
-    const Result<QList<Row>> rows = table.readRows(0, int(table.rowCount()));
-    return rows.ok() ? rows.value : QList<Row>();
-}
+using Opened = OpenedTable;
 
 int fieldIndex(const Table &table, const QString &name)
 {

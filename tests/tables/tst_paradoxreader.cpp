@@ -1,4 +1,5 @@
 #include "Fixtures.h"
+#include "OpenedTable.h"
 #include "ParadoxSamples.h"
 #include "TestDir.h"
 
@@ -14,33 +15,7 @@ using namespace tarnby::tables;
 
 namespace {
 
-struct Opened {
-    OpenResult file;
-    std::unique_ptr<Table> table;
-    QString error;
-};
-
-Opened openFirstTable(const QString &path)
-{
-    Opened o;
-    o.file = openTableFile(path);
-    if (!o.file.ok()) {
-        o.error = o.file.errorString;
-        return o;
-    }
-    Result<std::unique_ptr<Table>> t = o.file.file->openTable(o.file.file->tableNames().value(0));
-    if (!t.ok())
-        o.error = t.errorString;
-    else
-        o.table = std::move(t.value);
-    return o;
-}
-
-QList<Row> allRows(Table &table)
-{
-    const Result<QList<Row>> rows = table.readRows(0, int(table.rowCount()));
-    return rows.ok() ? rows.value : QList<Row>();
-}
+using Opened = OpenedTable;
 
 } // namespace
 
