@@ -116,6 +116,12 @@ private slots:
     void computerInNetwork_data();
     void computerInNetwork();
     void panesSavedAndRestored();
+    void optionsWrittenAtCloseAndReadBack();
+    void geometryRestored_data();
+    void geometryRestored();
+    void separatorPosition_data();
+    void separatorPosition();
+    void unwritableFolderIsToldOnce();
     void thumbnailsFill();
     void thumbnailsStayWithinBudget();
     void noThumbnailsToDisplay();
@@ -502,6 +508,182 @@ void TestBrowserWindow::panesSavedAndRestored()
     QCOMPARE(list, splitter->sizes().at(1));
     QVERIFY(!b.state.options.treePane1.isEmpty());
     QVERIFY(!b.state.options.listPane2.isEmpty());
+}
+
+void TestBrowserWindow::optionsWrittenAtCloseAndReadBack()
+{
+    // A user moves and sizes the window, drags the panes, picks a view and a
+    // computer, and exits: the next start finds all of it in "Options.INI".
+    Browser b;
+    b.load();
+    b.window->setGeometry(40, 50, 700, 500);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    auto *splitter = b.window->findChild<QSplitter *>(QStringLiteral("Splitter"));
+    splitter->setSizes({250, 440});
+    const QList<int> dragged = splitter->sizes();
+    b.window->toolClick(QStringLiteral("ID_SmallIconsBtn"));
+    b.state.networkComputer = QStringLiteral("nas1");
+    const QRect left = b.window->geometry();
+    b.window->toolClick(QStringLiteral("ID_ExitBtn"));
+    QVERIFY(!b.window->isVisible());
+
+    settings::ProgramOptions read;
+    QVERIFY(settings::readProgramOptions(b.home.path(), read).keptDefault.isEmpty());
+    const double dpi = b.window->logicalDpiX();
+    auto pixels = [dpi](const QString &twips) { return qRound(twips.toDouble() * dpi / 1440.0); };
+    QCOMPARE(QRect(pixels(read.browserLeft), pixels(read.browserTop), pixels(read.browserWidth),
+                   pixels(read.browserHeight)),
+             left);
+    QCOMPARE(pixels(read.treePane3), dragged.at(0));
+    QCOMPARE(pixels(read.listPane3), dragged.at(1));
+    QCOMPARE(read.viewStyle, QStringLiteral("1"));
+    QCOMPARE(read.networkComputer, QStringLiteral("nas1"));
+    QCOMPARE(read.browserValue33, QStringLiteral("0"));
+    QCOMPARE(read.separatorPercent, qRound(100.0 * dragged.at(0) / (dragged.at(0) + dragged.at(1))));
+    // The file keeps its shape: 34 lines, CR LF.
+    const QByteArray file = b.home.read(QStringLiteral("Options.INI"));
+    QCOMPARE(file.count("\r\n"), 34);
+    QVERIFY(b.responder.messages().isEmpty());
+
+    // The next start comes back as it was left.
+    Browser again;
+    again.home.remove();
+    again.state.programFolder = b.home.path();
+    StartupRequest request;
+    request.homeOption = b.home.path();
+    again.window->load(request);
+    QCOMPARE(again.window->geometry(), left);
+    QCOMPARE(again.window->fileListView()->viewStyle(), ViewStyle::SmallIcons);
+    again.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(again.window.get()));
+    QCOMPARE(again.window->findChild<QSplitter *>(QStringLiteral("Splitter"))->sizes(), dragged);
+    again.window->hide();
+}
+
+void TestBrowserWindow::geometryRestored_data()
+{
+    // At 96 DPI a pixel is 15 twips. "check": exact, on screen (size kept,
+    // moved onto the screen), screen (cut to the screen), default (untouched).
+    QTest::addColumn<QStringList>("lines"); // lines 1 to 4 and 33
+    QTest::addColumn<QString>("check");
+    QTest::addColumn<QRect>("expected");
+    QTest::addColumn<bool>("maximized");
+    QTest::newRow("as saved") << QStringList{"1500", "1200", "9000", "6000", "0"} << "exact"
+                              << QRect(100, 80, 600, 400) << false;
+    QTest::newRow("maximized keeps the normal size") << QStringList{"1500", "1200", "9000", "6000", "2"} << "exact"
+                                                    << QRect(100, 80, 600, 400) << true;
+    QTest::newRow("off screen comes back on it") << QStringList{"90000", "90000", "9000", "6000", "0"} << "on screen"
+                                                << QRect(0, 0, 600, 400) << false;
+    QTest::newRow("larger than the screen is cut to it") << QStringList{"0", "0", "90000", "90000", "0"} << "screen"
+                                                         << QRect() << false;
+    QTest::newRow("unreadable size keeps the default") << QStringList{"0", "0", "wide", "-1", "x"} << "default"
+                                                       << QRect() << false;
+}
+
+void TestBrowserWindow::geometryRestored()
+{
+    QFETCH(QStringList, lines);
+    QFETCH(QString, check);
+    QFETCH(QRect, expected);
+    QFETCH(bool, maximized);
+    Browser b;
+    if (b.window->logicalDpiX() != 96)
+        QSKIP("the rows are written for 96 DPI");
+    // Written by hand: unreadable values must reach the browser as they are.
+    QStringList file;
+    const settings::ProgramOptions defaults;
+    for (const auto &row : settings::optionsFileTable())
+        file << settings::formatLine(defaults, row);
+    for (int i = 0; i < 4; ++i)
+        file[i] = lines.at(i);
+    file[32] = lines.at(4);
+    QFile out(b.home.filePath(QStringLiteral("Options.INI")));
+    QVERIFY(out.open(QIODevice::WriteOnly));
+    out.write(file.join(QStringLiteral("\r\n")).toLatin1() + "\r\n");
+    out.close();
+    const QSize before = b.window->size();
+    b.load();
+    const QRect screen = b.window->screen()->availableGeometry();
+    const QRect shown = b.window->geometry();
+    if (check == QLatin1String("exact"))
+        QCOMPARE(shown, expected);
+    else if (check == QLatin1String("on screen"))
+        QVERIFY(screen.contains(shown) && shown.size() == expected.size());
+    else if (check == QLatin1String("screen"))
+        QCOMPARE(shown, screen);
+    else
+        QCOMPARE(b.window->size(), before);
+    QCOMPARE(b.window->windowState().testFlag(Qt::WindowMaximized), maximized);
+}
+
+void TestBrowserWindow::separatorPosition_data()
+{
+    QTest::addColumn<int>("percent");
+    QTest::newRow("lowest accepted 20") << 20;
+    QTest::newRow("default 30") << 30;
+    QTest::newRow("highest accepted 80") << 80;
+}
+
+void TestBrowserWindow::separatorPosition()
+{
+    // Without saved panes the separator position shares out the width; the
+    // options window's OK moves the splitter to a changed one.
+    QFETCH(int, percent);
+    Browser b;
+    b.saveOptions([percent](settings::ProgramOptions &o) { o.separatorPercent = percent; });
+    b.load();
+    b.window->resize(800, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    auto *splitter = b.window->findChild<QSplitter *>(QStringLiteral("Splitter"));
+    auto share = [splitter] { return 100.0 * splitter->sizes().at(0) / (splitter->sizes().at(0) + splitter->sizes().at(1)); };
+    QVERIFY2(qAbs(share() - percent) <= 2, qPrintable(QString::number(share())));
+
+    const int next = percent == 80 ? 45 : percent + 15;
+    QTimer::singleShot(0, [next] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetOptns1"));
+        dialog->findChild<QLineEdit *>(QStringLiteral("Text1_6"))->setText(QString::number(next));
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetApplicationOptions"));
+    QCOMPARE(b.state.options.separatorPercent, next);
+    QVERIFY2(qAbs(share() - next) <= 2, qPrintable(QString::number(share())));
+    b.window->hide();
+}
+
+void TestBrowserWindow::unwritableFolderIsToldOnce()
+{
+    // The program folder goes away under the running program (a removed
+    // stick, a folder made read-only): the first exit says so, later ones
+    // do not, and a write that works again lets the next failure be told.
+    Browser b;
+    b.load();
+    const QString folder = b.home.filePath(QStringLiteral("gone"));
+    b.state.programFolder = folder;
+    QVERIFY(!b.window->saveOptions());
+    QCOMPARE(b.responder.messages().size(), 1);
+    QVERIFY(b.responder.messageTexts().first().contains(folder));
+    QCOMPARE(b.responder.messages().first().title, QStringLiteral("Tarnby 3.0"));
+    QVERIFY(!b.window->saveOptions());
+    b.window->close();
+    QCOMPARE(b.responder.messages().size(), 1);
+
+    // A second run on the same folder and store stays quiet too.
+    Browser second;
+    second.home.remove();
+    Tarnby1 next(second.state, second.services, b.store);
+    second.state.programFolder = folder;
+    QVERIFY(!next.saveOptions());
+    QVERIFY(second.responder.messages().isEmpty());
+
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(next.saveOptions());
+    QVERIFY(QFile::exists(folder + QStringLiteral("/Options.INI")));
+    QVERIFY(QDir(folder).removeRecursively());
+    QVERIFY(!next.saveOptions());
+    QCOMPARE(second.responder.messages().size(), 1);
 }
 
 void TestBrowserWindow::thumbnailsFill()

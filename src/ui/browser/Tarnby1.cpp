@@ -3,6 +3,7 @@
 #include "core/app/AppState.h"
 #include "core/app/ProgramFolder.h"
 #include "core/app/SettingsStore.h"
+#include "core/app/Twips.h"
 #include "core/browser/FileListModel.h"
 #include "core/browser/FolderTreeModel.h"
 #include "core/browser/MountTable.h"
@@ -32,6 +33,7 @@
 #include "ui/settings/WindowColorsApplier.h"
 #include "ui/tools/HelpWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateTime>
@@ -45,6 +47,7 @@
 #include <QLocale>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QScreen>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -350,7 +353,9 @@ void Tarnby1::load(const StartupRequest &request)
     applyMainWindowColors(this, m_state);
     m_startupSteps << QStringLiteral("settings");
 
-    // 6. The panes from their saved sizes, and the list's view style.
+    // 6. The window where it was left, the panes from their saved sizes, and
+    // the list's view style.
+    restoreWindow();
     restorePanes();
     setViewStyle(viewStyleFromOption(m_state.options.viewStyle));
     m_startupSteps << QStringLiteral("panes");
@@ -664,6 +669,23 @@ void Tarnby1::showQuickView()
     }
 }
 
+void Tarnby1::restoreWindow()
+{
+    const settings::ProgramOptions &o = m_state.options;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    const std::optional<QRect> rect =
+        windowRectFromOptions({o.browserLeft, o.browserTop, o.browserWidth, o.browserHeight}, dpi);
+    if (rect) {
+        const QScreen *shownOn = QGuiApplication::screenAt(rect->center());
+        if (!shownOn)
+            shownOn = screen();
+        setGeometry(clampToScreen(*rect, shownOn ? shownOn->availableGeometry() : QRect()));
+    }
+    // Set before the window is shown, so that show() opens it maximized.
+    if (windowShowFromOption(o.browserValue33) == WindowShow::Maximized)
+        setWindowState(windowState() | Qt::WindowMaximized);
+}
+
 void Tarnby1::restorePanes()
 {
     const settings::ProgramOptions &o = m_state.options;
@@ -672,6 +694,54 @@ void Tarnby1::restorePanes()
                                                                    {o.listPane1, o.listPane2, o.listPane3}, dpi);
     if (widths)
         m_splitter->setSizes(*widths);
+    else
+        m_splitter->setSizes(paneWidthsFromPercent(o.separatorPercent, width()));
+}
+
+void Tarnby1::storeWindowValues()
+{
+    storePanes();
+    settings::ProgramOptions &o = m_state.options;
+    o.viewStyle = viewStyleToOption(m_listView->viewStyle());
+    o.networkComputer = m_state.networkComputer;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    // The size to come back to is the normal one, also when the window is
+    // maximized now; the state says how to show it.
+    const QRect normal = isMaximized() || isFullScreen() ? normalGeometry() : geometry();
+    if (normal.isValid()) {
+        const WindowGeometryValues values = windowGeometryValues(normal, dpi);
+        o.browserLeft = values.left;
+        o.browserTop = values.top;
+        o.browserWidth = values.width;
+        o.browserHeight = values.height;
+    }
+    o.browserValue33 = windowShowToOption(isMaximized() ? WindowShow::Maximized : WindowShow::Normal);
+}
+
+bool Tarnby1::saveOptions()
+{
+    storeWindowValues();
+    if (m_state.programFolder.isEmpty())
+        return false;
+    const QString section = QStringLiteral("Browser");
+    const QString key = QStringLiteral("UnwritableProgramFolder");
+    QString error;
+    if (settings::writeProgramOptions(m_state.programFolder, m_state.options, &error)) {
+        if (!m_store.value(section, key).toString().isEmpty())
+            m_store.setValue(section, key, QString());
+        return true;
+    }
+    // Said once per folder: a folder on a read-only disk stays so, and a
+    // message at every exit would only be in the way.
+    if (m_store.value(section, key).toString() != m_state.programFolder) {
+        m_store.setValue(section, key, m_state.programFolder);
+        m_store.sync();
+        m_services.messages.inform(error + QStringLiteral(" The window's size, the panes and the view are not "
+                                                          "remembered while the program folder cannot be written - ")
+                                       + m_state.programFolder,
+                                   this);
+    }
+    return false;
 }
 
 void Tarnby1::storePanes()
@@ -691,6 +761,7 @@ void Tarnby1::storePanes()
     o.listPane1 = list.left;
     o.listPane2 = list.top;
     o.listPane3 = list.width;
+    o.separatorPercent = treePercent(sizes.at(0), sizes.at(1));
 }
 
 void Tarnby1::updateStatus()
@@ -865,10 +936,19 @@ void Tarnby1::runCommand(BrowserAction action)
         return;
     }
     case BrowserAction::ApplicationOptions: {
+        // The window writes every line: the browser's own lines go in as
+        // they are now, not as they were at start-up.
+        storeWindowValues();
+        const int percent = m_state.options.separatorPercent;
         SetOptns1 window(m_state, m_services, this);
         connect(&window, &SetOptns1::helpRequested, this, [this] { showHelp(false); });
-        if (window.exec() == QDialog::Accepted)
+        if (window.exec() == QDialog::Accepted) {
+            // A new separator position moves the splitter; an unchanged one
+            // leaves the panes as the user dragged them.
+            if (m_state.options.separatorPercent != percent)
+                m_splitter->setSizes(paneWidthsFromPercent(m_state.options.separatorPercent, m_splitter->width()));
             applySettingsToWindows();
+        }
         return;
     }
     case BrowserAction::ComputerInNetwork: setComputerInNetwork(); return;
@@ -1118,9 +1198,6 @@ void Tarnby1::DisplayImage(const QString &path)
 
 void Tarnby1::closeEvent(QCloseEvent *event)
 {
-    // The panes and the view style go into the options that Exit saves.
-    storePanes();
-    m_state.options.viewStyle = viewStyleToOption(m_listView->viewStyle());
     if (m_frame) {
         // Document windows may ask to save; one that refuses keeps the program open.
         m_frame->mdiArea()->closeAllSubWindows();
@@ -1132,6 +1209,9 @@ void Tarnby1::closeEvent(QCloseEvent *event)
     }
     if (m_help)
         m_help->close();
+    // The window, its panes and its view are as the user left them: kept
+    // for the next start.
+    saveOptions();
     event->accept();
 }
 

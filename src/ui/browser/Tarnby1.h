@@ -119,6 +119,16 @@ public:
     // Rebuilds the working-folder list (List1) from the program-wide lines.
     void refreshWorkingFolderList();
 
+    // ---- what the browser remembers ----------------------------------------
+    // Copies the window's position, size and state, the pane sizes, the tree's
+    // share of the width and the list's view style into state.options.
+    void storeWindowValues();
+    // storeWindowValues(), then writes the options files (atomically). A
+    // program folder that cannot be written is reported once, not at every
+    // exit: the store remembers the folder it was reported for until a write
+    // there succeeds again. Returns whether the files were written.
+    bool saveOptions();
+
     // ---- the file search ------------------------------------------------
     // Opens the search window; OK there starts FindFileRoutine.
     void showFindWindow();
@@ -167,6 +177,7 @@ private:
     void stopThumbnails();
     void hideThumbnails();
     void showQuickView();
+    void restoreWindow();
     void restorePanes();
     void storePanes();
     void updateStatus();
