@@ -125,6 +125,11 @@ private slots:
     void thumbnailsFill();
     void thumbnailsStayWithinBudget();
     void noThumbnailsToDisplay();
+    void thumbnailSelectionEnablesFileCommands();
+    void listKeepsWholeNamesAfterFilterChange_data();
+    void listKeepsWholeNamesAfterFilterChange();
+    void renameOpensWithBaseNameSelected_data();
+    void renameOpensWithBaseNameSelected();
     void stopCancelsThumbnails();
     void folderChangeDropsStaleThumbnails();
     void dropOnTreeMovesOrCopies();
@@ -759,6 +764,113 @@ void TestBrowserWindow::noThumbnailsToDisplay()
     b.window->toolClick(QStringLiteral("ID_mnuViewThumbNails"));
     QCOMPARE(b.responder.messageTexts(), QStringList{"No Thumbnails to Display"});
     QVERIFY(!b.window->thumbnailsShown());
+}
+
+void TestBrowserWindow::thumbnailSelectionEnablesFileCommands()
+{
+    // A thumbnail chosen with the mouse or the keys is the current file, as
+    // a line of the list is: the file commands work on it.
+    Browser b;
+    b.load();
+    testPicture(1).save(b.files.filePath("one.png"));
+    testPicture(2).save(b.files.filePath("two.png"));
+    QVERIFY(b.show(b.files.path()));
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QVERIFY(b.window->thumbnailsShown());
+    ThumbnailView *view = b.window->thumbnailView();
+    QVERIFY(!b.enabled("ID_mnuRenameFile"));
+    view->setCurrentIndex(view->thumbnails()->index(1));
+    for (const char *key : {"ID_mnuRenameFile", "ID_mnuMoveFile", "ID_mnuSaveFileAs", "ID_mnuDeleteFile",
+                            "ID_mnuFileProperties"}) {
+        if (b.window->commandBar()->action(QLatin1String(key)))
+            QVERIFY2(b.enabled(QLatin1String(key)), key);
+    }
+    QCOMPARE(b.state.currentFile, b.files.filePath("two.png"));
+
+    // F2 in the thumbnails renames the chosen picture.
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    view->setFocus();
+    ModalCloser closer;
+    QTest::keyClick(view, Qt::Key_F2);
+    QCOMPARE(closer.seen().size(), 1);
+    b.window->hide();
+}
+
+void TestBrowserWindow::listKeepsWholeNamesAfterFilterChange_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("list") << "ID_ListIconsBtn";
+    QTest::newRow("small icons") << "ID_SmallIconsBtn";
+}
+
+void TestBrowserWindow::listKeepsWholeNamesAfterFilterChange()
+{
+    // Names in the list view are as wide as they need to be, whichever name
+    // the filter leaves at the end of the list.
+    QFETCH(QString, key);
+    Browser b;
+    b.load();
+    const QString longName = QStringLiteral("a long name of a holiday picture taken at the sea.jpg");
+    b.files.createFile(longName);
+    b.files.createFile("b.jpg");
+    b.files.createFile("z.png");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    b.window->toolClick(key);
+    b.chooseFilter(15); // PNG: only the short name
+    b.chooseFilter(0);  // JPEG: the long name first, a short one last
+    QCoreApplication::processEvents();
+    QListView *view = b.window->fileListView()->iconView();
+    const QModelIndex index = b.window->fileList()->index(b.window->fileList()->rowForName(longName), 0);
+    QVERIFY(index.isValid());
+    QTRY_VERIFY(view->visualRect(index).isValid());
+    const int needed = view->fontMetrics().horizontalAdvance(longName);
+    QVERIFY2(view->visualRect(index).width() >= needed,
+             qPrintable(QStringLiteral("%1 < %2").arg(view->visualRect(index).width()).arg(needed)));
+    b.window->hide();
+}
+
+void TestBrowserWindow::renameOpensWithBaseNameSelected_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("picture") << "photo.jpg" << "photo";
+    QTest::newRow("two dots keep all but the last") << "archive.tar.gz" << "archive.tar";
+    QTest::newRow("no extension") << "README" << "README";
+    QTest::newRow("database table") << "sales.dbf" << "sales";
+}
+
+void TestBrowserWindow::renameOpensWithBaseNameSelected()
+{
+    // The rename keeps the extension: the box holds the name without it,
+    // selected, so that what the user types replaces it.
+    QFETCH(QString, name);
+    QFETCH(QString, shown);
+    Browser b;
+    b.load();
+    b.files.createFile(name);
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(39);
+    b.select(name);
+    QString text;
+    QString selected;
+    QTimer::singleShot(0, [&] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("Rename1"));
+        auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("Text1"));
+        text = edit->text();
+        selected = edit->selectedText();
+        QTest::keyClicks(edit, QStringLiteral("holiday"));
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuRenameFile"));
+    QCOMPARE(text, shown);
+    QCOMPARE(selected, shown);
+    const QString renamed = QStringLiteral("holiday") + name.mid(shown.size());
+    QVERIFY2(QFile::exists(b.files.filePath(renamed)), qPrintable(renamed));
 }
 
 void TestBrowserWindow::stopCancelsThumbnails()

@@ -5,6 +5,7 @@
 #include <QStackedWidget>
 
 class QAbstractItemView;
+class QStyledItemDelegate;
 class QItemSelectionModel;
 class QListView;
 class QTreeView;
@@ -47,6 +48,7 @@ signals:
 private:
     FileListModel *m_model;
     QListView *m_icons;
+    QStyledItemDelegate *m_names = nullptr;
     QTreeView *m_details;
     ViewStyle m_style = ViewStyle::Details;
 };

@@ -283,6 +283,7 @@ void Tarnby1::buildCentralArea()
         m_thumbProgress->setValue(done);
     });
     connect(m_thumbs, &ThumbnailView::pictureActivated, this, &Tarnby1::DisplayImage);
+    connect(m_thumbs, &ThumbnailView::currentPictureChanged, this, &Tarnby1::thumbnailCurrentChanged);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     buildShortcuts();
 }
@@ -505,6 +506,31 @@ void Tarnby1::listCurrentChanged(int row)
         m_quick->showPicture(m_state.currentFile);
 }
 
+void Tarnby1::thumbnailCurrentChanged(const QString &path)
+{
+    if (!thumbnailsShown())
+        return;
+    if (path.isEmpty()) {
+        setSelectionCommands(false);
+        return;
+    }
+    // A chosen thumbnail is the current file, as a chosen line of the list is.
+    lookUpCurrentFile(m_state, path);
+    setSelectionCommands(true);
+    if (m_quick && m_quick->isVisible())
+        m_quick->showPicture(path);
+}
+
+QString Tarnby1::selectedFile() const
+{
+    if (thumbnailsShown())
+        return m_thumbs->currentPicture();
+    const int row = m_listView->currentRow();
+    if (row < 0 || m_listModel->isFolder(row))
+        return {};
+    return m_listModel->filePath(row);
+}
+
 void Tarnby1::listActivated(int row)
 {
     if (row < 0)
@@ -645,8 +671,12 @@ void Tarnby1::stopThumbnails()
 
 void Tarnby1::hideThumbnails()
 {
+    const bool wereShown = thumbnailsShown();
     m_thumbs->clear();
     m_listStack->setCurrentWidget(m_listView);
+    // The list's chosen line is the current file again.
+    if (wereShown)
+        listCurrentChanged(m_listView->currentRow());
 }
 
 void Tarnby1::setViewStyle(ViewStyle style)
@@ -778,18 +808,14 @@ void Tarnby1::updateStatus()
 
 void Tarnby1::deleteSelected()
 {
-    const int row = m_listView->currentRow();
-    if (row < 0 || m_listModel->isFolder(row))
-        return;
-    toolClick(commands::keys::mnuDeleteFile);
+    if (!selectedFile().isEmpty())
+        toolClick(commands::keys::mnuDeleteFile);
 }
 
 void Tarnby1::renameSelected()
 {
-    const int row = m_listView->currentRow();
-    if (row < 0 || m_listModel->isFolder(row))
-        return;
-    toolClick(commands::keys::mnuRenameFile);
+    if (!selectedFile().isEmpty())
+        toolClick(commands::keys::mnuRenameFile);
 }
 
 TransferResult Tarnby1::transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action)

@@ -166,6 +166,10 @@ private:
     void treeCurrentChanged(const QModelIndex &current);
     void listCurrentChanged(int row);
     void listActivated(int row);
+    void thumbnailCurrentChanged(const QString &path);
+    // The file chosen in the list or, while they are shown, the thumbnails;
+    // empty when a folder or nothing is chosen.
+    QString selectedFile() const;
     void fillDriveBox();
     void driveBoxActivated(int index);
     void upFolder();
