@@ -7,6 +7,7 @@
 #include "ui/browser/QuikPict1.h"
 #include "ui/browser/Tarnby1.h"
 #include "ui/browser/ThumbnailView.h"
+#include "ui/fileops/FileCommands.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
 #include "ui/services/UiServices.h"
@@ -22,6 +23,9 @@
 #include <QListWidget>
 #include <QLineEdit>
 #include <QListView>
+#include <QClipboard>
+#include <QInputDialog>
+#include <QMenu>
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
@@ -134,6 +138,9 @@ private slots:
     void folderChangeDropsStaleThumbnails();
     void dropOnTreeMovesOrCopies();
     void quickView();
+    void contextMenusDispatchTheMenuKeys_data();
+    void contextMenusDispatchTheMenuKeys();
+    void contextMenuOwnEntries();
     void commandLine();
 };
 
@@ -997,6 +1004,153 @@ void TestBrowserWindow::quickView()
     QCOMPARE(quick->picture()->paintMode(), 1);
     QTest::mouseClick(quick->picture()->viewport(), Qt::LeftButton);
     QCOMPARE(quick->picture()->paintMode(), 0);
+}
+
+void TestBrowserWindow::contextMenusDispatchTheMenuKeys_data()
+{
+    QTest::addColumn<int>("place");
+    QTest::addColumn<QString>("item"); // empty: the empty part of the view
+    QTest::addColumn<QStringList>("entries");
+    const QStringList file{"ContextOpen", "ID_mnuOpenOLE", "ID_mnuRenameFile", "ID_mnuMoveFile", "ID_mnuDeleteFile",
+                           "ContextNewFolder", "ContextCopyPath", "ID_mnuFileProperties"};
+    const QStringList folder{"ContextOpen", "ContextNewFolder", "ContextCopyPath"};
+    const int list = int(Tarnby1::ContextPlace::FileList);
+    QTest::newRow("file in the list") << list << "a.png" << file;
+    QTest::newRow("folder in the list") << list << "sub" << folder;
+    QTest::newRow("empty part of the list") << list << ""
+                                            << QStringList{"ContextNewFolder", "ContextCopyPath", "ID_mnuRefreshFileList"};
+    QTest::newRow("thumbnail") << int(Tarnby1::ContextPlace::Thumbnails) << "a.png" << file;
+    QTest::newRow("folder in the tree") << int(Tarnby1::ContextPlace::FolderTree) << "sub" << folder;
+}
+
+void TestBrowserWindow::contextMenusDispatchTheMenuKeys()
+{
+    QFETCH(int, place);
+    QFETCH(QString, item);
+    QFETCH(QStringList, entries);
+    Browser b;
+    b.load();
+    testPicture(5).save(b.files.filePath("a.png"));
+    testPicture(6).save(b.files.filePath("b.png"));
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    QModelIndex index;
+    if (place == int(Tarnby1::ContextPlace::Thumbnails)) {
+        b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+        view = b.window->thumbnailView();
+        index = b.window->thumbnailView()->thumbnails()->index(0);
+    } else if (place == int(Tarnby1::ContextPlace::FolderTree)) {
+        view = b.window->findChild<QTreeView *>(QStringLiteral("PTxShTree1"));
+        index = b.window->folderTree()->indexForNode(b.window->folderTree()->findPath(b.files.filePath(item)));
+        view->scrollTo(index);
+    } else if (!item.isEmpty()) {
+        index = b.window->fileList()->index(b.window->fileList()->rowForName(item), 0);
+    }
+    QCoreApplication::processEvents();
+    const QPoint pos = item.isEmpty() ? QPoint(view->viewport()->width() - 5, view->viewport()->height() - 5)
+                                      : view->visualRect(index).center();
+    QVERIFY(item.isEmpty() || index.isValid());
+    std::unique_ptr<QMenu> menu(b.window->contextMenuAt(Tarnby1::ContextPlace(place), pos));
+    QVERIFY(menu);
+    QStringList names;
+    for (QAction *action : menu->actions()) {
+        if (!action->isSeparator())
+            names << action->objectName();
+    }
+    QCOMPARE(names, entries);
+    if (item == QLatin1String("a.png"))
+        QCOMPARE(b.state.currentFile, b.files.filePath("a.png")); // the clicked one is chosen
+
+    // The file commands are the menu bar's own entries: a click runs the key
+    // the menu runs (each answered as a cautious user would: No, Cancel).
+    QSignalSpy clicked(b.window->commandBar(), &CommandBar::toolClicked);
+    b.window->fileCommands()->setUrlOpener([](const QUrl &) { return true; });
+    ModalCloser closer;
+    QStringList dispatched;
+    for (QAction *action : menu->actions()) {
+        if (!action->objectName().startsWith(QLatin1String("ID_")))
+            continue;
+        QCOMPARE(action, b.window->commandBar()->action(action->objectName()));
+        action->trigger();
+        dispatched << action->objectName();
+    }
+    QStringList keys;
+    for (const QList<QVariant> &signal : clicked)
+        keys << signal.at(0).toString();
+    QCOMPARE(keys, dispatched);
+    QVERIFY(QFile::exists(b.files.filePath("a.png")));
+    b.window->hide();
+}
+
+void TestBrowserWindow::contextMenuOwnEntries()
+{
+    Browser b;
+    b.load();
+    testPicture(5).save(b.files.filePath("a.png"));
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    auto menuOn = [&](const QString &name) {
+        const QModelIndex index = b.window->fileList()->index(b.window->fileList()->rowForName(name), 0);
+        return std::unique_ptr<QMenu>(
+            b.window->contextMenuAt(Tarnby1::ContextPlace::FileList, view->visualRect(index).center()));
+    };
+    auto entry = [](QMenu *menu, const char *name) { return menu->findChild<QAction *>(QLatin1String(name)); };
+
+    entry(menuOn("a.png").get(), "ContextCopyPath")->trigger();
+    QCOMPARE(QGuiApplication::clipboard()->text(), b.files.filePath("a.png"));
+
+    // New Folder offers a free name; a taken one is refused.
+    auto answerNewFolder = [](const QString &typed, QString *offered) {
+        QTimer::singleShot(0, [typed, offered] {
+            auto *dialog = qobject_cast<QInputDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog && dialog->objectName() == QLatin1String("NewFolder1"));
+            *offered = dialog->textValue();
+            if (!typed.isNull())
+                dialog->setTextValue(typed);
+            dialog->accept();
+        });
+    };
+    QString offered;
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    answerNewFolder(QString(), &offered);
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(offered, QStringLiteral("New Folder"));
+    QVERIFY(QFileInfo(b.files.filePath("New Folder")).isDir());
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->fileListView()->currentRow(), b.window->fileList()->rowForName("New Folder"));
+
+    answerNewFolder(QStringLiteral("sub"), &offered);
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(offered, QStringLiteral("New Folder 2"));
+    QCOMPARE(b.responder.messageTexts(), QStringList{"Folder already exists - " + b.files.filePath("sub")});
+    answerNewFolder(QStringLiteral("a/b"), &offered);
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(b.responder.messageTexts().size(), 2);
+    QVERIFY(!QFileInfo::exists(b.files.filePath("a")));
+
+    // Open on a folder enters it; on a file it opens the file.
+    entry(menuOn("sub").get(), "ContextOpen")->trigger();
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("sub"));
+    QStringList opened;
+    b.window->frame()->setDocumentFactory([&](const QString &path, viewer::DocumentKind) {
+        opened << path;
+        return nullptr;
+    });
+    QVERIFY(b.show(b.files.path()));
+    entry(menuOn("a.png").get(), "ContextOpen")->trigger();
+    QCOMPARE(opened, QStringList{b.files.filePath("a.png")});
+    b.window->frame()->hide();
+    b.window->hide();
 }
 
 void TestBrowserWindow::commandLine()

@@ -7,6 +7,7 @@
 #include "core/browser/FileListModel.h"
 #include "core/browser/FolderTreeModel.h"
 #include "core/browser/MountTable.h"
+#include "core/browser/NewFolder.h"
 #include "core/browser/ThumbnailModel.h"
 #include "core/catalogue/CommandLine.h"
 #include "core/catalogue/FileCatalogue.h"
@@ -34,6 +35,7 @@
 #include "ui/tools/HelpWindow.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateTime>
@@ -42,9 +44,11 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QLocale>
+#include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QScreen>
@@ -286,6 +290,149 @@ void Tarnby1::buildCentralArea()
     connect(m_thumbs, &ThumbnailView::currentPictureChanged, this, &Tarnby1::thumbnailCurrentChanged);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     buildShortcuts();
+
+    // Right-clicks on the tree, both styles of the list and the thumbnails.
+    auto offerMenu = [this](QAbstractItemView *view, ContextPlace place) {
+        view->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(view, &QWidget::customContextMenuRequested, this, [this, view, place](const QPoint &pos) {
+            std::unique_ptr<QMenu> menu(contextMenuAt(place, pos));
+            if (menu && !menu->isEmpty())
+                menu->exec(view->viewport()->mapToGlobal(pos));
+        });
+    };
+    offerMenu(m_listView->iconView(), ContextPlace::FileList);
+    offerMenu(m_listView->detailsView(), ContextPlace::FileList);
+    offerMenu(m_thumbs, ContextPlace::Thumbnails);
+    offerMenu(m_tree, ContextPlace::FolderTree);
+}
+
+QMenu *Tarnby1::contextMenuAt(ContextPlace place, const QPoint &pos)
+{
+    if (m_searchRunning)
+        return nullptr;
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("ContextMenu"));
+    auto addKey = [this, menu](QLatin1String key) {
+        if (QAction *action = m_bar->action(key))
+            menu->addAction(action);
+    };
+    auto addOwn = [menu](const char *name, const QString &text, auto slot) {
+        QAction *action = menu->addAction(text);
+        action->setObjectName(QLatin1String(name));
+        QObject::connect(action, &QAction::triggered, menu, slot);
+        return action;
+    };
+    auto addOpen = [&](const QString &path, bool folder) {
+        QAction *open = addOwn("ContextOpen", QStringLiteral("Open"), [this, path, folder] {
+            if (folder)
+                goToFolder(path);
+            else
+                DisplayImage(path);
+        });
+        menu->setDefaultAction(open);
+    };
+    auto addFolderTools = [&](const QString &folder, const QString &pathToCopy) {
+        addOwn("ContextNewFolder", QStringLiteral("New Folder..."), [this, folder] { newFolder(folder); });
+        addOwn("ContextCopyPath", QStringLiteral("Copy Path"),
+               [pathToCopy] { QGuiApplication::clipboard()->setText(pathToCopy); });
+    };
+
+    // The item under the pointer becomes the chosen one, as a left click
+    // would make it, so that the commands act on what was clicked.
+    QString path;
+    bool folder = false;
+    switch (place) {
+    case ContextPlace::FileList: {
+        const QModelIndex index = m_listView->currentView()->indexAt(pos);
+        if (index.isValid()) {
+            m_listView->setCurrentRow(index.row());
+            path = m_listModel->filePath(index.row());
+            folder = m_listModel->isFolder(index.row());
+        }
+        break;
+    }
+    case ContextPlace::Thumbnails: {
+        const QModelIndex index = m_thumbs->indexAt(pos);
+        if (index.isValid()) {
+            m_thumbs->setCurrentIndex(index);
+            path = m_thumbs->currentPicture();
+        }
+        break;
+    }
+    case ContextPlace::FolderTree: {
+        const QModelIndex index = m_tree->indexAt(pos);
+        path = index.isValid() ? m_treeModel->nodePath(m_treeModel->nodeForIndex(index)) : QString();
+        folder = true;
+        if (path.isEmpty()) {
+            delete menu;
+            return nullptr; // "Network Neighborhood" and the like are no folders
+        }
+        break;
+    }
+    }
+
+    if (path.isEmpty()) {
+        // The empty part of the list: the shown folder.
+        if (!m_folder.isEmpty())
+            addFolderTools(m_folder, m_folder);
+        menu->addSeparator();
+        addKey(commands::keys::mnuRefreshFileList);
+        return menu;
+    }
+    addOpen(path, folder);
+    if (folder) {
+        menu->addSeparator();
+        addFolderTools(path, path);
+        return menu;
+    }
+    addKey(commands::keys::mnuOpenOLE);
+    menu->addSeparator();
+    addKey(commands::keys::mnuRenameFile);
+    addKey(commands::keys::mnuMoveFile);
+    addKey(commands::keys::mnuDeleteFile);
+    menu->addSeparator();
+    addFolderTools(m_folder, path);
+    menu->addSeparator();
+    addKey(commands::keys::mnuFileProperties);
+    return menu;
+}
+
+void Tarnby1::newFolder(const QString &parent)
+{
+    QInputDialog ask(this);
+    ask.setObjectName(QStringLiteral("NewFolder1"));
+    installWindowColors(&ask, m_state);
+    ask.setWindowTitle(QStringLiteral("New Folder"));
+    ask.setLabelText(QStringLiteral("Name of the new Folder in - ") + parent);
+    ask.setTextValue(freeFolderName(parent));
+    if (ask.exec() != QDialog::Accepted)
+        return;
+    using Outcome = NewFolderResult::Outcome;
+    const NewFolderResult made = makeFolder(parent, ask.textValue());
+    switch (made.outcome) {
+    case Outcome::Made:
+        break;
+    case Outcome::EmptyName:
+        return; // nothing typed: nothing made, as with Cancel
+    case Outcome::InvalidName:
+        m_services.messages.inform(QStringLiteral("A Folder Name cannot contain \"/\" or be \".\" or \"..\" - ") + made.path,
+                                   this);
+        return;
+    case Outcome::Exists:
+        m_services.messages.inform(QStringLiteral("Folder already exists - ") + made.path, this);
+        return;
+    case Outcome::Failed:
+        m_services.messages.inform(QStringLiteral("Error Creating Folder - ") + made.path, this);
+        return;
+    }
+    const int node = m_treeModel->findPath(parent);
+    if (node >= 0 && m_treeModel->isListed(node))
+        m_treeModel->refresh(node);
+    if (parent != m_folder)
+        return;
+    // Shown in the list, chosen, once the listing is in.
+    selectWhenListed(QFileInfo(made.path).fileName());
+    m_listModel->refresh();
 }
 
 void Tarnby1::buildShortcuts()
@@ -553,7 +700,11 @@ void Tarnby1::upFolder()
         return;
     goToFolder(dir.absolutePath());
     // Come back up to the folder we left, selected, as file managers do.
-    const QString name = QFileInfo(from).fileName();
+    selectWhenListed(QFileInfo(from).fileName());
+}
+
+void Tarnby1::selectWhenListed(const QString &name)
+{
     auto select = std::make_shared<QMetaObject::Connection>();
     *select = connect(m_listModel, &FileListModel::folderLoaded, this, [this, name, select] {
         disconnect(*select);

@@ -13,6 +13,7 @@
 class QComboBox;
 class QFrame;
 class QLabel;
+class QMenu;
 class QListWidget;
 class QProgressBar;
 class QShortcut;
@@ -119,6 +120,18 @@ public:
     // Rebuilds the working-folder list (List1) from the program-wide lines.
     void refreshWorkingFolderList();
 
+    // ---- context menus ----------------------------------------------------
+    // Where a right-click happened.
+    enum class ContextPlace { FileList, Thumbnails, FolderTree };
+    // The menu a right-click at pos (the view's viewport coordinates) shows.
+    // The item under pos becomes the chosen one first. The file commands in
+    // it are the menu bar's own actions, so they run the same command keys
+    // and share their enabled state; Open, New Folder and Copy Path act on
+    // the item itself. The caller owns the menu.
+    QMenu *contextMenuAt(ContextPlace place, const QPoint &pos);
+    // Asks for a name and makes a folder in parent; the lists show it.
+    void newFolder(const QString &parent);
+
     // ---- what the browser remembers ----------------------------------------
     // Copies the window's position, size and state, the pane sizes, the tree's
     // share of the width and the list's view style into state.options.
@@ -173,6 +186,8 @@ private:
     void fillDriveBox();
     void driveBoxActivated(int index);
     void upFolder();
+    // Chooses the entry called name in the list when the next listing is in.
+    void selectWhenListed(const QString &name);
     void refreshLists();
     void collapseTree();
     void goToWorkingFolder();
