@@ -4,6 +4,7 @@
 
 #include <QHeaderView>
 #include <QListView>
+#include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTreeView>
 
@@ -55,6 +56,27 @@ private:
     mutable QSize m_size;
 };
 
+// The details view's cells, with grid lines along their right and bottom
+// edges when the option asks for them.
+class GridLineDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    bool lines = false;
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        QStyledItemDelegate::paint(painter, option, index);
+        if (!lines)
+            return;
+        painter->save();
+        painter->setPen(option.palette.color(QPalette::Mid));
+        painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
+        painter->drawLine(option.rect.topRight(), option.rect.bottomRight());
+        painter->restore();
+    }
+};
+
 void prepareView(QAbstractItemView *view)
 {
     view->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -92,6 +114,8 @@ FileListView::FileListView(FileListModel *model, QWidget *parent)
     m_details->setItemsExpandable(false);
     m_details->setUniformRowHeights(true);
     m_details->setAllColumnsShowFocus(true);
+    m_grid = new GridLineDelegate(m_details);
+    m_details->setItemDelegate(m_grid);
     m_details->header()->setStretchLastSection(false);
     m_details->header()->setSectionResizeMode(FileListModel::NameColumn, QHeaderView::Stretch);
     m_details->header()->resizeSection(FileListModel::SizeColumn, 90);
@@ -155,6 +179,20 @@ void FileListView::setViewStyle(ViewStyle style)
         setCurrentWidget(m_details);
         break;
     }
+}
+
+void FileListView::setGridLines(bool on)
+{
+    auto *grid = static_cast<GridLineDelegate *>(m_grid);
+    if (grid->lines == on)
+        return;
+    grid->lines = on;
+    m_details->viewport()->update();
+}
+
+bool FileListView::gridLines() const
+{
+    return static_cast<GridLineDelegate *>(m_grid)->lines;
 }
 
 QAbstractItemView *FileListView::currentView() const

@@ -28,6 +28,9 @@ public:
 
     void setViewStyle(ViewStyle style);
     ViewStyle viewStyle() const { return m_style; }
+    // Grid lines between the cells of the details view ("Use Grid Lines").
+    void setGridLines(bool on);
+    bool gridLines() const;
 
     // The view that shows the list in the current style.
     QAbstractItemView *currentView() const;
@@ -50,6 +53,7 @@ private:
     QListView *m_icons;
     QStyledItemDelegate *m_names = nullptr;
     QTreeView *m_details;
+    QStyledItemDelegate *m_grid = nullptr;
     ViewStyle m_style = ViewStyle::Details;
 };
 
