@@ -9,10 +9,12 @@
 #include "ui/browser/ThumbnailView.h"
 #include "ui/fileops/FileCommands.h"
 #include "ui/frame/CommandBar.h"
+#include "ui/settings/ReliefText.h"
 #include "ui/frame/MDIForm1.h"
 #include "ui/services/UiServices.h"
 
 #include "Fixtures.h"
+#include "DocumentDouble.h"
 #include "UiFixture.h"
 
 #include <QAbstractItemView>
@@ -23,11 +25,16 @@
 #include <QListWidget>
 #include <QLineEdit>
 #include <QListView>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QInputDialog>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QProgressBar>
+#include <QRadioButton>
 #include <QPushButton>
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -37,6 +44,8 @@
 
 #include <QTest>
 #include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
 #include <QTreeView>
 #include <QUrl>
 
@@ -117,6 +126,9 @@ private slots:
     void refreshAndVanishedFolder();
     void treeFollowsAndDrives();
     void workingFolders();
+    void savedWorkingFoldersSelectTheFirstLine();
+    void closingTheDocumentWindowsEndsTheHandOver_data();
+    void closingTheDocumentWindowsEndsTheHandOver();
     void computerInNetwork_data();
     void computerInNetwork();
     void panesSavedAndRestored();
@@ -126,6 +138,7 @@ private slots:
     void separatorPosition_data();
     void separatorPosition();
     void unwritableFolderIsToldOnce();
+    void gridLinesAndMenuTextFollowTheOptions();
     void thumbnailsFill();
     void thumbnailsStayWithinBudget();
     void noThumbnailsToDisplay();
@@ -460,6 +473,83 @@ void TestBrowserWindow::workingFolders()
     QCOMPARE(b.window->currentFolder(), b.files.filePath("pics"));
 }
 
+void TestBrowserWindow::savedWorkingFoldersSelectTheFirstLine()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("one");
+    b.files.createFolder("two");
+    b.state.workingFolders = {b.files.filePath("one") + QStringLiteral(" (0)"),
+                              b.files.filePath("two") + QStringLiteral(" (15)")};
+    b.window->refreshWorkingFolderList();
+    auto *list = b.window->findChild<QListWidget *>(QStringLiteral("List1"));
+    list->setCurrentRow(1);
+    QTimer::singleShot(0, [] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetFoldr1"));
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetWorkingFolders"));
+    QCOMPARE(list->count(), 2);
+    QCOMPARE(b.window->workingFolderIndex(), 0);
+    QVERIFY(b.home.read(QStringLiteral("FoldFile.INI")).startsWith(b.files.filePath("one").toUtf8() + " (0)\r\n"));
+}
+
+void TestBrowserWindow::closingTheDocumentWindowsEndsTheHandOver_data()
+{
+    QTest::addColumn<QString>("chosen"); // what the list has chosen when the windows close
+    QTest::newRow("nothing chosen in the list") << "";
+    QTest::newRow("a file chosen in the list") << "c.txt";
+}
+
+void TestBrowserWindow::closingTheDocumentWindowsEndsTheHandOver()
+{
+    QFETCH(QString, chosen);
+    Browser b;
+    b.load();
+    b.files.createFile("a.jpg");
+    b.files.createFile("b.txt");
+    b.files.createFile("c.txt");
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(39);
+    MDIForm1 *frame = b.window->frame();
+    frame->setDocumentFactory([](const QString &path, viewer::DocumentKind kind) {
+        return new DocumentDouble(viewer::kindLetter(kind), 0, path);
+    });
+    QVERIFY(!b.window->fileHandedOver());
+
+    b.window->DisplayImage(b.files.filePath("a.jpg"));
+    b.window->DisplayImage(b.files.filePath("b.txt"));
+    QVERIFY(b.window->fileHandedOver());
+    QCOMPARE(b.window->fileToOpen(), b.files.filePath("b.txt"));
+    QVERIFY(b.enabled("ID_mnuSaveFileAs"));
+    if (!chosen.isEmpty())
+        b.select(chosen);
+
+    // One window closed: the other still holds its file.
+    QList<QMdiSubWindow *> windows = frame->mdiArea()->subWindowList();
+    QCOMPARE(windows.size(), 2);
+    QPointer<QMdiSubWindow> first = windows.first();
+    first->close();
+    QTRY_VERIFY(first.isNull());
+    QVERIFY(b.window->fileHandedOver());
+    QCOMPARE(b.window->fileToOpen(), b.files.filePath("b.txt"));
+
+    QPointer<QMdiSubWindow> last = frame->mdiArea()->subWindowList().constFirst();
+    last->close();
+    QTRY_VERIFY(last.isNull());
+    QVERIFY(!b.window->fileHandedOver());
+    QVERIFY(b.window->fileToOpen().isEmpty());
+    if (chosen.isEmpty()) {
+        QVERIFY(b.state.currentFile.isEmpty());
+        QVERIFY(!b.enabled("ID_mnuSaveFileAs"));
+    } else {
+        QCOMPARE(b.state.currentFile, b.files.filePath(chosen));
+        QVERIFY(b.enabled("ID_mnuSaveFileAs"));
+    }
+    frame->hide();
+}
+
 void TestBrowserWindow::computerInNetwork_data()
 {
     QTest::addColumn<bool>("accept");
@@ -696,6 +786,54 @@ void TestBrowserWindow::unwritableFolderIsToldOnce()
     QVERIFY(QDir(folder).removeRecursively());
     QVERIFY(!next.saveOptions());
     QCOMPARE(second.responder.messages().size(), 1);
+}
+
+void TestBrowserWindow::gridLinesAndMenuTextFollowTheOptions()
+{
+    Browser b;
+    b.saveOptions([](settings::ProgramOptions &o) {
+        o.gridLines = true;
+        o.menuTextStyle = 4;
+    });
+    b.load();
+    b.files.createFile("a.jpg");
+    b.files.createFile("b.jpg");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(800, 500);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+
+    // The details view draws a line under each cell, in the palette's mid tone.
+    QTreeView *details = b.window->fileListView()->detailsView();
+    const QRect cell = details->visualRect(b.window->fileList()->index(0, 0));
+    const QPoint underCell(cell.center().x(), cell.bottom());
+    auto pixel = [&] { return details->viewport()->grab().toImage().pixel(underCell); };
+    QVERIFY(b.window->fileListView()->gridLines());
+    QCOMPARE(pixel(), details->palette().color(QPalette::Mid).rgb());
+    b.window->fileListView()->setGridLines(false);
+    QVERIFY(pixel() != details->palette().color(QPalette::Mid).rgb());
+
+    // The menu bar, its menus and the toolbar buttons take the menu text style.
+    MenuTextStyle *style = menuTextStyleOf(b.window.get());
+    QVERIFY(style);
+    QCOMPARE(style->relief(), (settings::TextRelief{settings::ReliefKind::Raised, 2}));
+    QCOMPARE(b.window->menuBar()->style(), style);
+    QCOMPARE(b.window->menuBar()->actions().constFirst()->menu()->style(), style);
+    QCOMPARE(b.window->findChild<QToolBar *>(QStringLiteral("BrowserToolBar"))->findChildren<QToolButton *>().constLast()->style(),
+             style);
+
+    // The options window's OK applies both at once.
+    QTimer::singleShot(0, [] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetOptns1"));
+        dialog->findChild<QCheckBox *>(QStringLiteral("CHKGRIDLINE"))->setChecked(true);
+        dialog->findChild<QRadioButton *>(QStringLiteral("RDMENU_0"))->setChecked(true);
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetApplicationOptions"));
+    QVERIFY(b.window->fileListView()->gridLines());
+    QVERIFY(style->relief().isFlat());
+    b.window->hide();
 }
 
 void TestBrowserWindow::thumbnailsFill()

@@ -15,6 +15,7 @@
 #include "core/search/BrowserSearchSources.h"
 #include "core/search/FileSearch.h"
 #include "core/settings/SettingsFiles.h"
+#include "core/settings/TextRelief.h"
 #include "core/settings/WorkingFolders.h"
 #include "core/viewer/DocumentRules.h"
 #include "ui/browser/FileListView.h"
@@ -31,6 +32,7 @@
 #include "ui/settings/SetColor1.h"
 #include "ui/settings/SetFoldr1.h"
 #include "ui/settings/SetOptns1.h"
+#include "ui/settings/ReliefText.h"
 #include "ui/settings/WindowColorsApplier.h"
 #include "ui/tools/HelpWindow.h"
 
@@ -127,7 +129,14 @@ Tarnby1::Tarnby1(AppState &state, UiServices &services, SettingsStore &store, QW
     resize(1000, 700);
 }
 
-Tarnby1::~Tarnby1() = default;
+Tarnby1::~Tarnby1()
+{
+    // The document windows go with the frame, after this object's members:
+    // they must not report back to it then.
+    for (const HandedOver &window : std::as_const(m_handedOver))
+        disconnect(window.closed);
+    m_handedOver.clear();
+}
 
 void Tarnby1::buildCommandBar()
 {
@@ -312,6 +321,8 @@ QMenu *Tarnby1::contextMenuAt(ContextPlace place, const QPoint &pos)
         return nullptr;
     auto *menu = new QMenu(this);
     menu->setObjectName(QStringLiteral("ContextMenu"));
+    if (MenuTextStyle *style = menuTextStyleOf(this))
+        menu->setStyle(style);
     auto addKey = [this, menu](QLatin1String key) {
         if (QAction *action = m_bar->action(key))
             menu->addAction(action);
@@ -498,7 +509,7 @@ void Tarnby1::load(const StartupRequest &request)
         settings::loadSettings(m_state.programFolder, m_state.options, m_state.colors, m_state.workingFolders);
     for (const QString &warning : loaded.warnings)
         m_services.messages.inform(warning, this);
-    applyMainWindowColors(this, m_state);
+    applySettingsToWindows();
     m_startupSteps << QStringLiteral("settings");
 
     // 6. The window where it was left, the panes from their saved sizes, and
@@ -1284,8 +1295,10 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
 void Tarnby1::CreateOpenFileExt()
 {
     // Read back whole, as at start-up: the file is the list's only source.
+    // Its first line is the one chosen, whatever was chosen before.
     m_state.workingFolders = settings::readWorkingFolders(m_state.programFolder).lines;
     refreshWorkingFolderList();
+    m_folderList->setCurrentRow(m_state.workingFolders.isEmpty() ? -1 : 0);
 }
 
 int Tarnby1::workingFolderIndex() const
@@ -1296,8 +1309,13 @@ int Tarnby1::workingFolderIndex() const
 void Tarnby1::applySettingsToWindows()
 {
     applyMainWindowColors(this, m_state);
-    if (m_frame)
+    m_listView->setGridLines(m_state.options.gridLines);
+    const settings::TextRelief menuText = settings::menuTextRelief(m_state.options.menuTextStyle);
+    applyMenuTextStyle(this, menuText);
+    if (m_frame) {
         applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
+        applyMenuTextStyle(m_frame, menuText);
+    }
 }
 
 void Tarnby1::showHelp(bool search)
@@ -1321,6 +1339,7 @@ MDIForm1 *Tarnby1::frame()
         m_frame->setWindowFlag(Qt::Window);
         m_frame->SetMDIWinSize();
         applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
+        applyMenuTextStyle(m_frame, settings::menuTextRelief(m_state.options.menuTextStyle));
         connect(m_frame, &MDIForm1::browserCommand, this, &Tarnby1::runCommand);
         connect(m_frame, &MDIForm1::openFileRequested, this, &Tarnby1::DisplayImage);
         connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {
@@ -1349,6 +1368,8 @@ void Tarnby1::DisplayImage(const QString &path)
 
     switch (routeForOpen(type)) {
     case OpenRoute::Nothing:
+        if (m_handedOver.isEmpty())
+            m_fileToOpen.clear();
         return;
     case OpenRoute::Unsupported:
         m_services.messages.inform(QStringLiteral("File Type is not Supported by this Software"), this);
@@ -1364,13 +1385,38 @@ void Tarnby1::DisplayImage(const QString &path)
         MDIForm1 *f = frame();
         f->show();
         f->raise();
-        if (QWidget *w = f->NewWindowFile(path, viewer::kindOf(type))) {
-            if (auto *child = qobject_cast<ChildFrm1 *>(w))
-                connect(child, &ChildFrm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        m_fileToOpen = path;
+        QWidget *w = f->NewWindowFile(path, viewer::kindOf(type));
+        if (!w) {
+            if (m_handedOver.isEmpty())
+                m_fileToOpen.clear();
+            return;
         }
+        if (auto *child = qobject_cast<ChildFrm1 *>(w))
+            connect(child, &ChildFrm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        const QMetaObject::Connection closed = connect(w, &QObject::destroyed, this, [this](QObject *gone) {
+            documentWindowClosed(m_handedOver.take(gone).path);
+        });
+        m_handedOver.insert(w, {path, closed});
         return;
     }
     }
+}
+
+void Tarnby1::documentWindowClosed(const QString &path)
+{
+    if (!m_handedOver.isEmpty())
+        return; // the other windows still hold their files
+    m_fileToOpen.clear();
+    const QString chosen = selectedFile();
+    if (chosen.isEmpty()) {
+        if (m_state.currentFile == path)
+            m_state.currentFile.clear();
+        setSelectionCommands(false);
+        return;
+    }
+    lookUpCurrentFile(m_state, chosen);
+    setSelectionCommands(true);
 }
 
 void Tarnby1::closeEvent(QCloseEvent *event)

@@ -6,6 +6,7 @@
 #include "core/fileops/FileTransfer.h"
 
 #include <QMainWindow>
+#include <QHash>
 #include <QStringList>
 
 #include <memory>
@@ -119,6 +120,18 @@ public:
     TransferResult transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action);
     // Rebuilds the working-folder list (List1) from the program-wide lines.
     void refreshWorkingFolderList();
+
+    // ---- the hand-over to the viewing frame ----------------------------------
+    // The file DisplayImage last gave the viewing frame; empty when none is
+    // waiting or open.
+    QString fileToOpen() const { return m_fileToOpen; }
+    // Whether a document window that the browser opened is still open.
+    bool fileHandedOver() const { return !m_handedOver.isEmpty(); }
+    // Told by each document window the browser opened, as it goes. When the
+    // last one has gone, the hand-over is over: the file to open is cleared,
+    // and the current file and the selection commands follow what is chosen
+    // in the browser again.
+    void documentWindowClosed(const QString &path);
 
     // ---- context menus ----------------------------------------------------
     // Where a right-click happened.
@@ -241,6 +254,12 @@ private:
     bool m_searchRunning = false;
     QShortcut *m_escape = nullptr;
     bool m_quickHiddenBySearch = false;
+    QString m_fileToOpen;
+    struct HandedOver {
+        QString path;
+        QMetaObject::Connection closed;
+    };
+    QHash<const QObject *, HandedOver> m_handedOver; // by document window
     QString m_dialogFilter;
     QString m_pictureDialogFilter;
 };
