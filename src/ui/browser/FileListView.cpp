@@ -28,7 +28,8 @@ public:
         connect(model, &QAbstractItemModel::rowsInserted, this, [this] { m_size = QSize(); });
     }
 
-    // 0: as wide as the longest name; otherwise no wider than this.
+    // 0: as wide as the longest name; otherwise no wider than this. Below
+    // 0: each item as the view measures it (the icon grid wraps names itself).
     void setMaximumWidth(int width)
     {
         m_maximumWidth = width;
@@ -37,6 +38,8 @@ public:
 
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
     {
+        if (m_maximumWidth < 0)
+            return QStyledItemDelegate::sizeHint(option, index);
         if (!m_size.isValid()) {
             // Names of about the same length differ in width by their
             // letters; measuring the longest few covers that.
@@ -140,7 +143,7 @@ void FileListView::setViewStyle(ViewStyle style)
     switch (style) {
     case ViewStyle::LargeIcons:
         // Large icons keep a grid of their own and wrap long names in it.
-        static_cast<WholeNameDelegate *>(m_names)->setMaximumWidth(0);
+        static_cast<WholeNameDelegate *>(m_names)->setMaximumWidth(-1);
         m_icons->setViewMode(QListView::IconMode);
         m_icons->setIconSize(QSize(32, 32));
         m_icons->setGridSize(QSize(96, 72));
