@@ -4,9 +4,12 @@
 
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
 #include <QTest>
 #include <QToolBar>
 #include <QToolButton>
+
+#include <algorithm>
 
 using namespace tarnby;
 using namespace tarnby::settings;
@@ -53,6 +56,7 @@ private slots:
     void reliefShowsInMenus_data();
     void reliefShowsInMenus();
     void applyingAgainChangesTheOneStyle();
+    void reliefTextForGrids();
 };
 
 void TestTextRelief::menuStylePositions_data()
@@ -143,6 +147,57 @@ void TestTextRelief::applyingAgainChangesTheOneStyle()
     QCOMPARE(menuTextStyleOf(&window), style);
     QCOMPARE(window.findChildren<MenuTextStyle *>().size(), 1);
     QCOMPARE(style->relief(), (TextRelief{ReliefKind::Inset, 1}));
+}
+
+void TestTextRelief::reliefTextForGrids()
+{
+    // What a table cell draws: flat text is plain text; raised text has its
+    // highlight above and left of the letters and its shadow below and
+    // right, inset text the other way round.
+    QPalette palette;
+    palette.setColor(QPalette::Light, Qt::white);
+    palette.setColor(QPalette::Dark, Qt::black);
+    palette.setColor(QPalette::Text, Qt::blue);
+    auto draw = [&](TextRelief relief, bool enabled = true) {
+        QImage image(80, 30, QImage::Format_RGB32);
+        image.fill(Qt::gray);
+        QPainter painter(&image);
+        drawReliefText(&painter, image.rect(), Qt::AlignCenter, QStringLiteral("Sales"), palette, enabled,
+                       QPalette::Text, relief);
+        return image;
+    };
+    QImage plain(80, 30, QImage::Format_RGB32);
+    plain.fill(Qt::gray);
+    {
+        QPainter painter(&plain);
+        painter.setPen(Qt::blue);
+        painter.drawText(plain.rect(), Qt::AlignCenter, QStringLiteral("Sales"));
+    }
+    QCOMPARE(draw(tableTextRelief(QStringLiteral("F"))), plain);
+    const QImage raised = draw(tableTextRelief(QStringLiteral("R")));
+    const QImage inset = draw(tableTextRelief(QStringLiteral("I")));
+    QVERIFY(raised != plain);
+    QVERIFY(raised != inset);
+    // Text is smoothed into the grey: count the pixels near white and near
+    // black, which only the highlight and the shadow give.
+    auto count = [](const QImage &image, bool light) {
+        int n = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor c = image.pixelColor(x, y);
+                const int low = std::min({c.red(), c.green(), c.blue()});
+                const int high = std::max({c.red(), c.green(), c.blue()});
+                n += (light ? low > 230 : high < 40) ? 1 : 0;
+            }
+        }
+        return n;
+    };
+    QCOMPARE(count(plain, true), 0);
+    QCOMPARE(count(plain, false), 0);
+    QVERIFY(count(raised, true) > 0);
+    QVERIFY(count(raised, false) > 0);
+    // Disabled text keeps no relief.
+    QCOMPARE(count(draw(tableTextRelief(QStringLiteral("R")), false), true), 0);
 }
 
 QTEST_MAIN(TestTextRelief)
