@@ -7,11 +7,14 @@
 #include "ui/browser/QuikPict1.h"
 #include "ui/browser/Tarnby1.h"
 #include "ui/browser/ThumbnailView.h"
+#include "ui/fileops/FileCommands.h"
 #include "ui/frame/CommandBar.h"
+#include "ui/settings/ReliefText.h"
 #include "ui/frame/MDIForm1.h"
 #include "ui/services/UiServices.h"
 
 #include "Fixtures.h"
+#include "DocumentDouble.h"
 #include "UiFixture.h"
 
 #include <QAbstractItemView>
@@ -22,8 +25,16 @@
 #include <QListWidget>
 #include <QLineEdit>
 #include <QListView>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QProgressBar>
+#include <QRadioButton>
 #include <QPushButton>
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -33,6 +44,8 @@
 
 #include <QTest>
 #include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
 #include <QTreeView>
 #include <QUrl>
 
@@ -113,16 +126,34 @@ private slots:
     void refreshAndVanishedFolder();
     void treeFollowsAndDrives();
     void workingFolders();
+    void savedWorkingFoldersSelectTheFirstLine();
+    void closingTheDocumentWindowsEndsTheHandOver_data();
+    void closingTheDocumentWindowsEndsTheHandOver();
     void computerInNetwork_data();
     void computerInNetwork();
     void panesSavedAndRestored();
+    void optionsWrittenAtCloseAndReadBack();
+    void geometryRestored_data();
+    void geometryRestored();
+    void separatorPosition_data();
+    void separatorPosition();
+    void unwritableFolderIsToldOnce();
+    void gridLinesAndMenuTextFollowTheOptions();
     void thumbnailsFill();
     void thumbnailsStayWithinBudget();
     void noThumbnailsToDisplay();
+    void thumbnailSelectionEnablesFileCommands();
+    void listKeepsWholeNamesAfterFilterChange_data();
+    void listKeepsWholeNamesAfterFilterChange();
+    void renameOpensWithBaseNameSelected_data();
+    void renameOpensWithBaseNameSelected();
     void stopCancelsThumbnails();
     void folderChangeDropsStaleThumbnails();
     void dropOnTreeMovesOrCopies();
     void quickView();
+    void contextMenusDispatchTheMenuKeys_data();
+    void contextMenusDispatchTheMenuKeys();
+    void contextMenuOwnEntries();
     void commandLine();
 };
 
@@ -442,6 +473,83 @@ void TestBrowserWindow::workingFolders()
     QCOMPARE(b.window->currentFolder(), b.files.filePath("pics"));
 }
 
+void TestBrowserWindow::savedWorkingFoldersSelectTheFirstLine()
+{
+    Browser b;
+    b.load();
+    b.files.createFolder("one");
+    b.files.createFolder("two");
+    b.state.workingFolders = {b.files.filePath("one") + QStringLiteral(" (0)"),
+                              b.files.filePath("two") + QStringLiteral(" (15)")};
+    b.window->refreshWorkingFolderList();
+    auto *list = b.window->findChild<QListWidget *>(QStringLiteral("List1"));
+    list->setCurrentRow(1);
+    QTimer::singleShot(0, [] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetFoldr1"));
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetWorkingFolders"));
+    QCOMPARE(list->count(), 2);
+    QCOMPARE(b.window->workingFolderIndex(), 0);
+    QVERIFY(b.home.read(QStringLiteral("FoldFile.INI")).startsWith(b.files.filePath("one").toUtf8() + " (0)\r\n"));
+}
+
+void TestBrowserWindow::closingTheDocumentWindowsEndsTheHandOver_data()
+{
+    QTest::addColumn<QString>("chosen"); // what the list has chosen when the windows close
+    QTest::newRow("nothing chosen in the list") << "";
+    QTest::newRow("a file chosen in the list") << "c.txt";
+}
+
+void TestBrowserWindow::closingTheDocumentWindowsEndsTheHandOver()
+{
+    QFETCH(QString, chosen);
+    Browser b;
+    b.load();
+    b.files.createFile("a.jpg");
+    b.files.createFile("b.txt");
+    b.files.createFile("c.txt");
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(39);
+    MDIForm1 *frame = b.window->frame();
+    frame->setDocumentFactory([](const QString &path, viewer::DocumentKind kind) {
+        return new DocumentDouble(viewer::kindLetter(kind), 0, path);
+    });
+    QVERIFY(!b.window->fileHandedOver());
+
+    b.window->DisplayImage(b.files.filePath("a.jpg"));
+    b.window->DisplayImage(b.files.filePath("b.txt"));
+    QVERIFY(b.window->fileHandedOver());
+    QCOMPARE(b.window->fileToOpen(), b.files.filePath("b.txt"));
+    QVERIFY(b.enabled("ID_mnuSaveFileAs"));
+    if (!chosen.isEmpty())
+        b.select(chosen);
+
+    // One window closed: the other still holds its file.
+    QList<QMdiSubWindow *> windows = frame->mdiArea()->subWindowList();
+    QCOMPARE(windows.size(), 2);
+    QPointer<QMdiSubWindow> first = windows.first();
+    first->close();
+    QTRY_VERIFY(first.isNull());
+    QVERIFY(b.window->fileHandedOver());
+    QCOMPARE(b.window->fileToOpen(), b.files.filePath("b.txt"));
+
+    QPointer<QMdiSubWindow> last = frame->mdiArea()->subWindowList().constFirst();
+    last->close();
+    QTRY_VERIFY(last.isNull());
+    QVERIFY(!b.window->fileHandedOver());
+    QVERIFY(b.window->fileToOpen().isEmpty());
+    if (chosen.isEmpty()) {
+        QVERIFY(b.state.currentFile.isEmpty());
+        QVERIFY(!b.enabled("ID_mnuSaveFileAs"));
+    } else {
+        QCOMPARE(b.state.currentFile, b.files.filePath(chosen));
+        QVERIFY(b.enabled("ID_mnuSaveFileAs"));
+    }
+    frame->hide();
+}
+
 void TestBrowserWindow::computerInNetwork_data()
 {
     QTest::addColumn<bool>("accept");
@@ -502,6 +610,230 @@ void TestBrowserWindow::panesSavedAndRestored()
     QCOMPARE(list, splitter->sizes().at(1));
     QVERIFY(!b.state.options.treePane1.isEmpty());
     QVERIFY(!b.state.options.listPane2.isEmpty());
+}
+
+void TestBrowserWindow::optionsWrittenAtCloseAndReadBack()
+{
+    // A user moves and sizes the window, drags the panes, picks a view and a
+    // computer, and exits: the next start finds all of it in "Options.INI".
+    Browser b;
+    b.load();
+    b.window->setGeometry(40, 50, 700, 500);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    auto *splitter = b.window->findChild<QSplitter *>(QStringLiteral("Splitter"));
+    splitter->setSizes({250, 440});
+    const QList<int> dragged = splitter->sizes();
+    b.window->toolClick(QStringLiteral("ID_SmallIconsBtn"));
+    b.state.networkComputer = QStringLiteral("nas1");
+    const QRect left = b.window->geometry();
+    b.window->toolClick(QStringLiteral("ID_ExitBtn"));
+    QVERIFY(!b.window->isVisible());
+
+    settings::ProgramOptions read;
+    QVERIFY(settings::readProgramOptions(b.home.path(), read).keptDefault.isEmpty());
+    const double dpi = b.window->logicalDpiX();
+    auto pixels = [dpi](const QString &twips) { return qRound(twips.toDouble() * dpi / 1440.0); };
+    QCOMPARE(QRect(pixels(read.browserLeft), pixels(read.browserTop), pixels(read.browserWidth),
+                   pixels(read.browserHeight)),
+             left);
+    QCOMPARE(pixels(read.treePane3), dragged.at(0));
+    QCOMPARE(pixels(read.listPane3), dragged.at(1));
+    QCOMPARE(read.viewStyle, QStringLiteral("1"));
+    QCOMPARE(read.networkComputer, QStringLiteral("nas1"));
+    QCOMPARE(read.browserValue33, QStringLiteral("0"));
+    QCOMPARE(read.separatorPercent, qRound(100.0 * dragged.at(0) / (dragged.at(0) + dragged.at(1))));
+    // The file keeps its shape: 34 lines, CR LF.
+    const QByteArray file = b.home.read(QStringLiteral("Options.INI"));
+    QCOMPARE(file.count("\r\n"), 34);
+    QVERIFY(b.responder.messages().isEmpty());
+
+    // The next start comes back as it was left.
+    Browser again;
+    again.home.remove();
+    again.state.programFolder = b.home.path();
+    StartupRequest request;
+    request.homeOption = b.home.path();
+    again.window->load(request);
+    QCOMPARE(again.window->geometry(), left);
+    QCOMPARE(again.window->fileListView()->viewStyle(), ViewStyle::SmallIcons);
+    again.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(again.window.get()));
+    QCOMPARE(again.window->findChild<QSplitter *>(QStringLiteral("Splitter"))->sizes(), dragged);
+    again.window->hide();
+}
+
+void TestBrowserWindow::geometryRestored_data()
+{
+    // At 96 DPI a pixel is 15 twips. "check": exact, on screen (size kept,
+    // moved onto the screen), screen (cut to the screen), default (untouched).
+    QTest::addColumn<QStringList>("lines"); // lines 1 to 4 and 33
+    QTest::addColumn<QString>("check");
+    QTest::addColumn<QRect>("expected");
+    QTest::addColumn<bool>("maximized");
+    QTest::newRow("as saved") << QStringList{"1500", "1200", "9000", "6000", "0"} << "exact"
+                              << QRect(100, 80, 600, 400) << false;
+    QTest::newRow("maximized keeps the normal size") << QStringList{"1500", "1200", "9000", "6000", "2"} << "exact"
+                                                    << QRect(100, 80, 600, 400) << true;
+    QTest::newRow("off screen comes back on it") << QStringList{"90000", "90000", "9000", "6000", "0"} << "on screen"
+                                                << QRect(0, 0, 600, 400) << false;
+    QTest::newRow("larger than the screen is cut to it") << QStringList{"0", "0", "90000", "90000", "0"} << "screen"
+                                                         << QRect() << false;
+    QTest::newRow("unreadable size keeps the default") << QStringList{"0", "0", "wide", "-1", "x"} << "default"
+                                                       << QRect() << false;
+}
+
+void TestBrowserWindow::geometryRestored()
+{
+    QFETCH(QStringList, lines);
+    QFETCH(QString, check);
+    QFETCH(QRect, expected);
+    QFETCH(bool, maximized);
+    Browser b;
+    if (b.window->logicalDpiX() != 96)
+        QSKIP("the rows are written for 96 DPI");
+    // Written by hand: unreadable values must reach the browser as they are.
+    QStringList file;
+    const settings::ProgramOptions defaults;
+    for (const auto &row : settings::optionsFileTable())
+        file << settings::formatLine(defaults, row);
+    for (int i = 0; i < 4; ++i)
+        file[i] = lines.at(i);
+    file[32] = lines.at(4);
+    QFile out(b.home.filePath(QStringLiteral("Options.INI")));
+    QVERIFY(out.open(QIODevice::WriteOnly));
+    out.write(file.join(QStringLiteral("\r\n")).toLatin1() + "\r\n");
+    out.close();
+    const QSize before = b.window->size();
+    b.load();
+    const QRect screen = b.window->screen()->availableGeometry();
+    const QRect shown = b.window->geometry();
+    if (check == QLatin1String("exact"))
+        QCOMPARE(shown, expected);
+    else if (check == QLatin1String("on screen"))
+        QVERIFY(screen.contains(shown) && shown.size() == expected.size());
+    else if (check == QLatin1String("screen"))
+        QCOMPARE(shown, screen);
+    else
+        QCOMPARE(b.window->size(), before);
+    QCOMPARE(b.window->windowState().testFlag(Qt::WindowMaximized), maximized);
+}
+
+void TestBrowserWindow::separatorPosition_data()
+{
+    QTest::addColumn<int>("percent");
+    QTest::newRow("lowest accepted 20") << 20;
+    QTest::newRow("default 30") << 30;
+    QTest::newRow("highest accepted 80") << 80;
+}
+
+void TestBrowserWindow::separatorPosition()
+{
+    // Without saved panes the separator position shares out the width; the
+    // options window's OK moves the splitter to a changed one.
+    QFETCH(int, percent);
+    Browser b;
+    b.saveOptions([percent](settings::ProgramOptions &o) { o.separatorPercent = percent; });
+    b.load();
+    b.window->resize(800, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    auto *splitter = b.window->findChild<QSplitter *>(QStringLiteral("Splitter"));
+    auto share = [splitter] { return 100.0 * splitter->sizes().at(0) / (splitter->sizes().at(0) + splitter->sizes().at(1)); };
+    QVERIFY2(qAbs(share() - percent) <= 2, qPrintable(QString::number(share())));
+
+    const int next = percent == 80 ? 45 : percent + 15;
+    QTimer::singleShot(0, [next] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetOptns1"));
+        dialog->findChild<QLineEdit *>(QStringLiteral("Text1_6"))->setText(QString::number(next));
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetApplicationOptions"));
+    QCOMPARE(b.state.options.separatorPercent, next);
+    QVERIFY2(qAbs(share() - next) <= 2, qPrintable(QString::number(share())));
+    b.window->hide();
+}
+
+void TestBrowserWindow::unwritableFolderIsToldOnce()
+{
+    // The program folder goes away under the running program (a removed
+    // stick, a folder made read-only): the first exit says so, later ones
+    // do not, and a write that works again lets the next failure be told.
+    Browser b;
+    b.load();
+    const QString folder = b.home.filePath(QStringLiteral("gone"));
+    b.state.programFolder = folder;
+    QVERIFY(!b.window->saveOptions());
+    QCOMPARE(b.responder.messages().size(), 1);
+    QVERIFY(b.responder.messageTexts().first().contains(folder));
+    QCOMPARE(b.responder.messages().first().title, QStringLiteral("Tarnby 3.0"));
+    QVERIFY(!b.window->saveOptions());
+    b.window->close();
+    QCOMPARE(b.responder.messages().size(), 1);
+
+    // A second run on the same folder and store stays quiet too.
+    Browser second;
+    second.home.remove();
+    Tarnby1 next(second.state, second.services, b.store);
+    second.state.programFolder = folder;
+    QVERIFY(!next.saveOptions());
+    QVERIFY(second.responder.messages().isEmpty());
+
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(next.saveOptions());
+    QVERIFY(QFile::exists(folder + QStringLiteral("/Options.INI")));
+    QVERIFY(QDir(folder).removeRecursively());
+    QVERIFY(!next.saveOptions());
+    QCOMPARE(second.responder.messages().size(), 1);
+}
+
+void TestBrowserWindow::gridLinesAndMenuTextFollowTheOptions()
+{
+    Browser b;
+    b.saveOptions([](settings::ProgramOptions &o) {
+        o.gridLines = true;
+        o.menuTextStyle = 4;
+    });
+    b.load();
+    b.files.createFile("a.jpg");
+    b.files.createFile("b.jpg");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(800, 500);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+
+    // The details view draws a line under each cell, in the palette's mid tone.
+    QTreeView *details = b.window->fileListView()->detailsView();
+    const QRect cell = details->visualRect(b.window->fileList()->index(0, 0));
+    const QPoint underCell(cell.center().x(), cell.bottom());
+    auto pixel = [&] { return details->viewport()->grab().toImage().pixel(underCell); };
+    QVERIFY(b.window->fileListView()->gridLines());
+    QCOMPARE(pixel(), details->palette().color(QPalette::Mid).rgb());
+    b.window->fileListView()->setGridLines(false);
+    QVERIFY(pixel() != details->palette().color(QPalette::Mid).rgb());
+
+    // The menu bar, its menus and the toolbar buttons take the menu text style.
+    MenuTextStyle *style = menuTextStyleOf(b.window.get());
+    QVERIFY(style);
+    QCOMPARE(style->relief(), (settings::TextRelief{settings::ReliefKind::Raised, 2}));
+    QCOMPARE(b.window->menuBar()->style(), style);
+    QCOMPARE(b.window->menuBar()->actions().constFirst()->menu()->style(), style);
+    QCOMPARE(b.window->findChild<QToolBar *>(QStringLiteral("BrowserToolBar"))->findChildren<QToolButton *>().constLast()->style(),
+             style);
+
+    // The options window's OK applies both at once.
+    QTimer::singleShot(0, [] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("SetOptns1"));
+        dialog->findChild<QCheckBox *>(QStringLiteral("CHKGRIDLINE"))->setChecked(true);
+        dialog->findChild<QRadioButton *>(QStringLiteral("RDMENU_0"))->setChecked(true);
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuSetApplicationOptions"));
+    QVERIFY(b.window->fileListView()->gridLines());
+    QVERIFY(style->relief().isFlat());
+    b.window->hide();
 }
 
 void TestBrowserWindow::thumbnailsFill()
@@ -577,6 +909,113 @@ void TestBrowserWindow::noThumbnailsToDisplay()
     b.window->toolClick(QStringLiteral("ID_mnuViewThumbNails"));
     QCOMPARE(b.responder.messageTexts(), QStringList{"No Thumbnails to Display"});
     QVERIFY(!b.window->thumbnailsShown());
+}
+
+void TestBrowserWindow::thumbnailSelectionEnablesFileCommands()
+{
+    // A thumbnail chosen with the mouse or the keys is the current file, as
+    // a line of the list is: the file commands work on it.
+    Browser b;
+    b.load();
+    testPicture(1).save(b.files.filePath("one.png"));
+    testPicture(2).save(b.files.filePath("two.png"));
+    QVERIFY(b.show(b.files.path()));
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QVERIFY(b.window->thumbnailsShown());
+    ThumbnailView *view = b.window->thumbnailView();
+    QVERIFY(!b.enabled("ID_mnuRenameFile"));
+    view->setCurrentIndex(view->thumbnails()->index(1));
+    for (const char *key : {"ID_mnuRenameFile", "ID_mnuMoveFile", "ID_mnuSaveFileAs", "ID_mnuDeleteFile",
+                            "ID_mnuFileProperties"}) {
+        if (b.window->commandBar()->action(QLatin1String(key)))
+            QVERIFY2(b.enabled(QLatin1String(key)), key);
+    }
+    QCOMPARE(b.state.currentFile, b.files.filePath("two.png"));
+
+    // F2 in the thumbnails renames the chosen picture.
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    view->setFocus();
+    ModalCloser closer;
+    QTest::keyClick(view, Qt::Key_F2);
+    QCOMPARE(closer.seen().size(), 1);
+    b.window->hide();
+}
+
+void TestBrowserWindow::listKeepsWholeNamesAfterFilterChange_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("list") << "ID_ListIconsBtn";
+    QTest::newRow("small icons") << "ID_SmallIconsBtn";
+}
+
+void TestBrowserWindow::listKeepsWholeNamesAfterFilterChange()
+{
+    // Names in the list view are as wide as they need to be, whichever name
+    // the filter leaves at the end of the list.
+    QFETCH(QString, key);
+    Browser b;
+    b.load();
+    const QString longName = QStringLiteral("a long name of a holiday picture taken at the sea.jpg");
+    b.files.createFile(longName);
+    b.files.createFile("b.jpg");
+    b.files.createFile("z.png");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    b.window->toolClick(key);
+    b.chooseFilter(15); // PNG: only the short name
+    b.chooseFilter(0);  // JPEG: the long name first, a short one last
+    QCoreApplication::processEvents();
+    QListView *view = b.window->fileListView()->iconView();
+    const QModelIndex index = b.window->fileList()->index(b.window->fileList()->rowForName(longName), 0);
+    QVERIFY(index.isValid());
+    QTRY_VERIFY(view->visualRect(index).isValid());
+    const int needed = view->fontMetrics().horizontalAdvance(longName);
+    QVERIFY2(view->visualRect(index).width() >= needed,
+             qPrintable(QStringLiteral("%1 < %2").arg(view->visualRect(index).width()).arg(needed)));
+    b.window->hide();
+}
+
+void TestBrowserWindow::renameOpensWithBaseNameSelected_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("picture") << "photo.jpg" << "photo";
+    QTest::newRow("two dots keep all but the last") << "archive.tar.gz" << "archive.tar";
+    QTest::newRow("no extension") << "README" << "README";
+    QTest::newRow("database table") << "sales.dbf" << "sales";
+}
+
+void TestBrowserWindow::renameOpensWithBaseNameSelected()
+{
+    // The rename keeps the extension: the box holds the name without it,
+    // selected, so that what the user types replaces it.
+    QFETCH(QString, name);
+    QFETCH(QString, shown);
+    Browser b;
+    b.load();
+    b.files.createFile(name);
+    QVERIFY(b.show(b.files.path()));
+    b.chooseFilter(39);
+    b.select(name);
+    QString text;
+    QString selected;
+    QTimer::singleShot(0, [&] {
+        QWidget *dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("Rename1"));
+        auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("Text1"));
+        text = edit->text();
+        selected = edit->selectedText();
+        QTest::keyClicks(edit, QStringLiteral("holiday"));
+        dialog->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click();
+    });
+    b.window->toolClick(QStringLiteral("ID_mnuRenameFile"));
+    QCOMPARE(text, shown);
+    QCOMPARE(selected, shown);
+    const QString renamed = QStringLiteral("holiday") + name.mid(shown.size());
+    QVERIFY2(QFile::exists(b.files.filePath(renamed)), qPrintable(renamed));
 }
 
 void TestBrowserWindow::stopCancelsThumbnails()
@@ -703,6 +1142,153 @@ void TestBrowserWindow::quickView()
     QCOMPARE(quick->picture()->paintMode(), 1);
     QTest::mouseClick(quick->picture()->viewport(), Qt::LeftButton);
     QCOMPARE(quick->picture()->paintMode(), 0);
+}
+
+void TestBrowserWindow::contextMenusDispatchTheMenuKeys_data()
+{
+    QTest::addColumn<int>("place");
+    QTest::addColumn<QString>("item"); // empty: the empty part of the view
+    QTest::addColumn<QStringList>("entries");
+    const QStringList file{"ContextOpen", "ID_mnuOpenOLE", "ID_mnuRenameFile", "ID_mnuMoveFile", "ID_mnuDeleteFile",
+                           "ContextNewFolder", "ContextCopyPath", "ID_mnuFileProperties"};
+    const QStringList folder{"ContextOpen", "ContextNewFolder", "ContextCopyPath"};
+    const int list = int(Tarnby1::ContextPlace::FileList);
+    QTest::newRow("file in the list") << list << "a.png" << file;
+    QTest::newRow("folder in the list") << list << "sub" << folder;
+    QTest::newRow("empty part of the list") << list << ""
+                                            << QStringList{"ContextNewFolder", "ContextCopyPath", "ID_mnuRefreshFileList"};
+    QTest::newRow("thumbnail") << int(Tarnby1::ContextPlace::Thumbnails) << "a.png" << file;
+    QTest::newRow("folder in the tree") << int(Tarnby1::ContextPlace::FolderTree) << "sub" << folder;
+}
+
+void TestBrowserWindow::contextMenusDispatchTheMenuKeys()
+{
+    QFETCH(int, place);
+    QFETCH(QString, item);
+    QFETCH(QStringList, entries);
+    Browser b;
+    b.load();
+    testPicture(5).save(b.files.filePath("a.png"));
+    testPicture(6).save(b.files.filePath("b.png"));
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    QModelIndex index;
+    if (place == int(Tarnby1::ContextPlace::Thumbnails)) {
+        b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+        view = b.window->thumbnailView();
+        index = b.window->thumbnailView()->thumbnails()->index(0);
+    } else if (place == int(Tarnby1::ContextPlace::FolderTree)) {
+        view = b.window->findChild<QTreeView *>(QStringLiteral("PTxShTree1"));
+        index = b.window->folderTree()->indexForNode(b.window->folderTree()->findPath(b.files.filePath(item)));
+        view->scrollTo(index);
+    } else if (!item.isEmpty()) {
+        index = b.window->fileList()->index(b.window->fileList()->rowForName(item), 0);
+    }
+    QCoreApplication::processEvents();
+    const QPoint pos = item.isEmpty() ? QPoint(view->viewport()->width() - 5, view->viewport()->height() - 5)
+                                      : view->visualRect(index).center();
+    QVERIFY(item.isEmpty() || index.isValid());
+    std::unique_ptr<QMenu> menu(b.window->contextMenuAt(Tarnby1::ContextPlace(place), pos));
+    QVERIFY(menu);
+    QStringList names;
+    for (QAction *action : menu->actions()) {
+        if (!action->isSeparator())
+            names << action->objectName();
+    }
+    QCOMPARE(names, entries);
+    if (item == QLatin1String("a.png"))
+        QCOMPARE(b.state.currentFile, b.files.filePath("a.png")); // the clicked one is chosen
+
+    // The file commands are the menu bar's own entries: a click runs the key
+    // the menu runs (each answered as a cautious user would: No, Cancel).
+    QSignalSpy clicked(b.window->commandBar(), &CommandBar::toolClicked);
+    b.window->fileCommands()->setUrlOpener([](const QUrl &) { return true; });
+    ModalCloser closer;
+    QStringList dispatched;
+    for (QAction *action : menu->actions()) {
+        if (!action->objectName().startsWith(QLatin1String("ID_")))
+            continue;
+        QCOMPARE(action, b.window->commandBar()->action(action->objectName()));
+        action->trigger();
+        dispatched << action->objectName();
+    }
+    QStringList keys;
+    for (const QList<QVariant> &signal : clicked)
+        keys << signal.at(0).toString();
+    QCOMPARE(keys, dispatched);
+    QVERIFY(QFile::exists(b.files.filePath("a.png")));
+    b.window->hide();
+}
+
+void TestBrowserWindow::contextMenuOwnEntries()
+{
+    Browser b;
+    b.load();
+    testPicture(5).save(b.files.filePath("a.png"));
+    b.files.createFolder("sub");
+    QVERIFY(b.show(b.files.path()));
+    b.window->resize(900, 600);
+    b.window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(b.window.get()));
+    QAbstractItemView *view = b.window->fileListView()->currentView();
+    auto menuOn = [&](const QString &name) {
+        const QModelIndex index = b.window->fileList()->index(b.window->fileList()->rowForName(name), 0);
+        return std::unique_ptr<QMenu>(
+            b.window->contextMenuAt(Tarnby1::ContextPlace::FileList, view->visualRect(index).center()));
+    };
+    auto entry = [](QMenu *menu, const char *name) { return menu->findChild<QAction *>(QLatin1String(name)); };
+
+    entry(menuOn("a.png").get(), "ContextCopyPath")->trigger();
+    QCOMPARE(QGuiApplication::clipboard()->text(), b.files.filePath("a.png"));
+
+    // New Folder offers a free name; a taken one is refused.
+    auto answerNewFolder = [](const QString &typed, QString *offered) {
+        QTimer::singleShot(0, [typed, offered] {
+            auto *dialog = qobject_cast<QInputDialog *>(QApplication::activeModalWidget());
+            QVERIFY(dialog && dialog->objectName() == QLatin1String("NewFolder1"));
+            *offered = dialog->textValue();
+            if (!typed.isNull())
+                dialog->setTextValue(typed);
+            dialog->accept();
+        });
+    };
+    QString offered;
+    QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
+    answerNewFolder(QString(), &offered);
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(offered, QStringLiteral("New Folder"));
+    QVERIFY(QFileInfo(b.files.filePath("New Folder")).isDir());
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->fileListView()->currentRow(), b.window->fileList()->rowForName("New Folder"));
+
+    answerNewFolder(QStringLiteral("sub"), &offered);
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(offered, QStringLiteral("New Folder 2"));
+    QCOMPARE(b.responder.messageTexts(), QStringList{"Folder already exists - " + b.files.filePath("sub")});
+    answerNewFolder(QStringLiteral("a/b"), &offered);
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(b.responder.messageTexts().size(), 2);
+    QVERIFY(!QFileInfo::exists(b.files.filePath("a")));
+
+    // Open on a folder enters it; on a file it opens the file.
+    entry(menuOn("sub").get(), "ContextOpen")->trigger();
+    QVERIFY(loaded.wait(5000));
+    QCOMPARE(b.window->currentFolder(), b.files.filePath("sub"));
+    QStringList opened;
+    b.window->frame()->setDocumentFactory([&](const QString &path, viewer::DocumentKind) {
+        opened << path;
+        return nullptr;
+    });
+    QVERIFY(b.show(b.files.path()));
+    entry(menuOn("a.png").get(), "ContextOpen")->trigger();
+    QCOMPARE(opened, QStringList{b.files.filePath("a.png")});
+    b.window->frame()->hide();
+    b.window->hide();
 }
 
 void TestBrowserWindow::commandLine()

@@ -14,6 +14,9 @@
 #include "UiFixture.h"
 
 #include <QAction>
+#include <QDir>
+#include <QRegularExpression>
+#include <QSet>
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
@@ -44,6 +47,7 @@ private slots:
     void busyDocumentBlocksTheBrowser();
     void commandLineFilesOpenAfterStartup();
     void helpContentsAndSearch();
+    void helpPagesAreDeliveredAndLinked();
 
 private:
     void start(const QString &commandLine = {});
@@ -272,6 +276,36 @@ void TestTarnby1::helpContentsAndSearch()
     QCOMPARE(help->search(QStringLiteral("colours")), 2); // contents and the settings page
     QCOMPARE(help->search(QStringLiteral("zzzz-no-such-word")), 0);
     QVERIFY(help->search(QString()) >= 4);
+}
+
+void TestTarnby1::helpPagesAreDeliveredAndLinked()
+{
+    // Every page a new program folder is given is reachable from the
+    // contents, links only to pages that are there, and leads back.
+    start();
+    const QDir help(m_state->helpFolder());
+    const QStringList pages = help.entryList({QStringLiteral("*.html")}, QDir::Files);
+    QVERIFY(pages.size() >= 7);
+    static const QRegularExpression link(QStringLiteral("href=\"([^\"#]+)\""));
+    QSet<QString> linkedFromContents;
+    for (const QString &page : pages) {
+        QFile file(help.filePath(page));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString html = QString::fromUtf8(file.readAll());
+        QStringList targets;
+        for (const QRegularExpressionMatch &m : link.globalMatch(html))
+            targets << m.captured(1);
+        for (const QString &target : std::as_const(targets))
+            QVERIFY2(help.exists(target), qPrintable(page + QStringLiteral(" links to ") + target));
+        if (page == QLatin1String("index.html"))
+            linkedFromContents = QSet<QString>(targets.begin(), targets.end());
+        else
+            QVERIFY2(targets.contains(QStringLiteral("index.html")), qPrintable(page));
+    }
+    for (const QString &page : pages) {
+        if (page != QLatin1String("index.html"))
+            QVERIFY2(linkedFromContents.contains(page), qPrintable(page));
+    }
 }
 
 QTEST_MAIN(TestTarnby1)

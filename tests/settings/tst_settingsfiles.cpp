@@ -2,6 +2,7 @@
 #include "TestDir.h"
 
 #include "core/app/AppState.h"
+#include "core/catalogue/FileCatalogue.h"
 #include "core/settings/LineFile.h"
 #include "core/settings/ProgramOptions.h"
 #include "core/settings/SettingsFiles.h"
@@ -506,6 +507,15 @@ void TestSettingsFiles::folderPatternTable()
     const auto &t = settings::folderPatternTable();
     QVERIFY(t[36].contains(QStringLiteral(";*LOG;")));
     QVERIFY(!t[36].contains(QStringLiteral("*.LOG")));
+    // Entry 35 is the picture list again, without sound and video.
+    QCOMPARE(t[35], t[32]);
+    QVERIFY(t[35].startsWith(QStringLiteral("*.JPG;")));
+    QVERIFY(!t[35].contains(QStringLiteral("*.WAV")));
+    QVERIFY(QString::fromLatin1(tarnby::catalogue::FilterPatterns[35]).contains(QStringLiteral("*.WAV")));
+    for (int i = 0; i < settings::FolderPatternCount; ++i) {
+        if (i != 35 && i != 36)
+            QCOMPARE(t[size_t(i)], QString::fromLatin1(tarnby::catalogue::FilterPatterns[size_t(i)]));
+    }
 }
 
 void TestSettingsFiles::seedingNeverOverwrites()

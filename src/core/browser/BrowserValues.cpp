@@ -60,6 +60,56 @@ PaneValues paneValues(int leftPixels, int topPixels, int widthPixels, double dpi
     return {twips(leftPixels), twips(topPixels), twips(widthPixels)};
 }
 
+std::optional<QRect> windowRectFromOptions(const WindowGeometryValues &values, double dpi)
+{
+    double number[4] = {};
+    const QString *texts[4] = {&values.left, &values.top, &values.width, &values.height};
+    for (int i = 0; i < 4; ++i) {
+        bool ok = false;
+        number[i] = texts[i]->trimmed().toDouble(&ok);
+        if (!ok || !std::isfinite(number[i]) || std::abs(number[i]) > 1e7)
+            return std::nullopt;
+    }
+    if (dpi <= 0 || number[2] <= 0 || number[3] <= 0)
+        return std::nullopt;
+    const QRect rect(twipsToPixels(number[0], dpi), twipsToPixels(number[1], dpi), twipsToPixels(number[2], dpi),
+                     twipsToPixels(number[3], dpi));
+    if (rect.width() < 1 || rect.height() < 1)
+        return std::nullopt;
+    return rect;
+}
+
+WindowGeometryValues windowGeometryValues(const QRect &pixels, double dpi)
+{
+    auto twips = [dpi](int value) { return QString::number(std::lround(pixelsToTwips(value, dpi))); };
+    return {twips(pixels.x()), twips(pixels.y()), twips(pixels.width()), twips(pixels.height())};
+}
+
+WindowShow windowShowFromOption(const QString &value)
+{
+    return value.trimmed() == QLatin1String("2") ? WindowShow::Maximized : WindowShow::Normal;
+}
+
+QString windowShowToOption(WindowShow show)
+{
+    return QString::number(int(show));
+}
+
+QList<int> paneWidthsFromPercent(int percent, int totalWidth)
+{
+    const int total = std::max(totalWidth, 2);
+    const int tree = std::clamp(int(std::lround(total * std::clamp(percent, 20, 80) / 100.0)), 1, total - 1);
+    return {tree, total - tree};
+}
+
+int treePercent(int treeWidth, int listWidth)
+{
+    const int total = treeWidth + listWidth;
+    if (treeWidth < 0 || listWidth < 0 || total <= 0)
+        return 30;
+    return std::clamp(int(std::lround(100.0 * treeWidth / total)), 20, 80);
+}
+
 QSize thumbnailBox(double widthCm, double heightCm, double dpi)
 {
     auto pixels = [dpi](double cm) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <QRect>
 #include <QSize>
 #include <QString>
 #include <QStringList>
@@ -45,6 +46,32 @@ struct PaneValues {
 };
 std::optional<QList<int>> paneWidthsFromOptions(const PaneValues &tree, const PaneValues &list, double dpi);
 PaneValues paneValues(int leftPixels, int topPixels, int widthPixels, double dpi);
+
+// ---- window geometry ----------------------------------------------------------
+
+// The browser window's left, top, width and height in twips, as the options
+// keep them. Returns the rectangle in pixels, or nullopt when a value is not
+// a number or the size is not positive. The caller keeps it on screen
+// (clampToScreen): the values may come from a larger screen or a bad file.
+struct WindowGeometryValues {
+    QString left, top, width, height;
+};
+std::optional<QRect> windowRectFromOptions(const WindowGeometryValues &values, double dpi);
+WindowGeometryValues windowGeometryValues(const QRect &pixels, double dpi);
+
+// How the browser window was left: the options keep it in the line that is
+// the browser's own, as "0" (normal) or "2" (maximized). A minimized window
+// comes back normal; anything unreadable reads as normal.
+enum class WindowShow { Normal = 0, Maximized = 2 };
+WindowShow windowShowFromOption(const QString &value);
+QString windowShowToOption(WindowShow show);
+
+// The folder tree's share of the width: the two pane widths for a splitter of
+// totalWidth pixels when the tree takes percent of it (clamped to 20 to 80).
+QList<int> paneWidthsFromPercent(int percent, int totalWidth);
+// The tree's share of treeWidth + listWidth, in percent, rounded and kept
+// within 20 to 80 (the range the options window accepts).
+int treePercent(int treeWidth, int listWidth);
 
 // ---- thumbnails ---------------------------------------------------------------
 

@@ -231,6 +231,19 @@ QStringList FileListModel::shownFilePaths() const
     return paths;
 }
 
+QList<int> FileListModel::longestNameRows(int count) const
+{
+    std::vector<int> rows(m_rows.size());
+    for (int row = 0; row < int(rows.size()); ++row)
+        rows[size_t(row)] = row;
+    const auto longer = [this](int a, int b) {
+        return m_entries[size_t(m_rows[size_t(a)])].name.size() > m_entries[size_t(m_rows[size_t(b)])].name.size();
+    };
+    const size_t keep = std::min(rows.size(), size_t(std::max(count, 0)));
+    std::partial_sort(rows.begin(), rows.begin() + qsizetype(keep), rows.end(), longer);
+    return QList<int>(rows.begin(), rows.begin() + qsizetype(keep));
+}
+
 QString FileListModel::typeText(const FileEntry &entry) const
 {
     if (entry.folder)

@@ -89,6 +89,9 @@ public:
     const FileEntry *entry(int row) const;
     int rowForName(const QString &name) const; // -1 when not shown
     QStringList shownFilePaths() const;        // the files shown, in order
+    // The rows of the count longest names (in characters), longest first: a
+    // view that gives every item one size measures these instead of all.
+    QList<int> longestNameRows(int count) const;
 
     // Icons are the desktop theme's icons for each file type, looked up once
     // per extension; where the theme has none, the fallback icons serve.

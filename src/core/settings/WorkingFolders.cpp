@@ -47,6 +47,9 @@ const std::array<QString, FolderPatternCount> &folderPatternTable()
         std::array<QString, FolderPatternCount> t;
         for (int i = 0; i < FolderPatternCount; ++i)
             t[i] = QLatin1String(catalogue::FilterPatterns[i]);
+        // The browser's entry 35 adds the sound and video patterns; here the
+        // entry is a second list of the picture patterns alone.
+        t[35] = t[32];
         t[36] = QStringLiteral("*.TXT;*.RTF;*.INI;*LOG;*.BAT;*.BAK;*.DOS;*.SYS;*.DOC;*.WPS;*.WDB;*.WRI;*.LST;"
                                "*.HTM;*.HTML;*.URL;*.MSG");
         return t;

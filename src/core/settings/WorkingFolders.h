@@ -48,9 +48,10 @@ std::optional<WorkingFolderEntry> splitWorkingFolderLine(const QString &line);
 
 // The working folders window's own table of 40 file patterns, indexed like
 // the browser's filter list, from which its file box takes its pattern. It
-// follows the browser's patterns except for the text entry, which has always
-// read "*LOG" without its dot; that is kept, since it matches the same files
-// and more ("CHANGELOG").
+// follows the browser's patterns except in two entries: 35 is a second list
+// of all picture patterns (the browser's 35 adds sound and video), and the
+// text entry has always read "*LOG" without its dot; that is kept, since it
+// matches the same files and more ("CHANGELOG").
 inline constexpr int FolderPatternCount = 40;
 const std::array<QString, FolderPatternCount> &folderPatternTable();
 // The pattern of all picture files, which the file box starts with.

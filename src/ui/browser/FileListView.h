@@ -5,6 +5,7 @@
 #include <QStackedWidget>
 
 class QAbstractItemView;
+class QStyledItemDelegate;
 class QItemSelectionModel;
 class QListView;
 class QTreeView;
@@ -27,6 +28,9 @@ public:
 
     void setViewStyle(ViewStyle style);
     ViewStyle viewStyle() const { return m_style; }
+    // Grid lines between the cells of the details view ("Use Grid Lines").
+    void setGridLines(bool on);
+    bool gridLines() const;
 
     // The view that shows the list in the current style.
     QAbstractItemView *currentView() const;
@@ -47,7 +51,9 @@ signals:
 private:
     FileListModel *m_model;
     QListView *m_icons;
+    QStyledItemDelegate *m_names = nullptr;
     QTreeView *m_details;
+    QStyledItemDelegate *m_grid = nullptr;
     ViewStyle m_style = ViewStyle::Details;
 };
 

@@ -3,9 +3,11 @@
 #include "core/app/AppState.h"
 #include "core/app/ProgramFolder.h"
 #include "core/app/SettingsStore.h"
+#include "core/app/Twips.h"
 #include "core/browser/FileListModel.h"
 #include "core/browser/FolderTreeModel.h"
 #include "core/browser/MountTable.h"
+#include "core/browser/NewFolder.h"
 #include "core/browser/ThumbnailModel.h"
 #include "core/catalogue/CommandLine.h"
 #include "core/catalogue/FileCatalogue.h"
@@ -13,6 +15,7 @@
 #include "core/search/BrowserSearchSources.h"
 #include "core/search/FileSearch.h"
 #include "core/settings/SettingsFiles.h"
+#include "core/settings/TextRelief.h"
 #include "core/settings/WorkingFolders.h"
 #include "core/viewer/DocumentRules.h"
 #include "ui/browser/FileListView.h"
@@ -29,9 +32,12 @@
 #include "ui/settings/SetColor1.h"
 #include "ui/settings/SetFoldr1.h"
 #include "ui/settings/SetOptns1.h"
+#include "ui/settings/ReliefText.h"
 #include "ui/settings/WindowColorsApplier.h"
 #include "ui/tools/HelpWindow.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDateTime>
@@ -40,11 +46,14 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QLocale>
+#include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QScreen>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -120,7 +129,14 @@ Tarnby1::Tarnby1(AppState &state, UiServices &services, SettingsStore &store, QW
     resize(1000, 700);
 }
 
-Tarnby1::~Tarnby1() = default;
+Tarnby1::~Tarnby1()
+{
+    // The document windows go with the frame, after this object's members:
+    // they must not report back to it then.
+    for (const HandedOver &window : std::as_const(m_handedOver))
+        disconnect(window.closed);
+    m_handedOver.clear();
+}
 
 void Tarnby1::buildCommandBar()
 {
@@ -280,8 +296,154 @@ void Tarnby1::buildCentralArea()
         m_thumbProgress->setValue(done);
     });
     connect(m_thumbs, &ThumbnailView::pictureActivated, this, &Tarnby1::DisplayImage);
+    connect(m_thumbs, &ThumbnailView::currentPictureChanged, this, &Tarnby1::thumbnailCurrentChanged);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     buildShortcuts();
+
+    // Right-clicks on the tree, both styles of the list and the thumbnails.
+    auto offerMenu = [this](QAbstractItemView *view, ContextPlace place) {
+        view->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(view, &QWidget::customContextMenuRequested, this, [this, view, place](const QPoint &pos) {
+            std::unique_ptr<QMenu> menu(contextMenuAt(place, pos));
+            if (menu && !menu->isEmpty())
+                menu->exec(view->viewport()->mapToGlobal(pos));
+        });
+    };
+    offerMenu(m_listView->iconView(), ContextPlace::FileList);
+    offerMenu(m_listView->detailsView(), ContextPlace::FileList);
+    offerMenu(m_thumbs, ContextPlace::Thumbnails);
+    offerMenu(m_tree, ContextPlace::FolderTree);
+}
+
+QMenu *Tarnby1::contextMenuAt(ContextPlace place, const QPoint &pos)
+{
+    if (m_searchRunning)
+        return nullptr;
+    auto *menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("ContextMenu"));
+    if (MenuTextStyle *style = menuTextStyleOf(this))
+        menu->setStyle(style);
+    auto addKey = [this, menu](QLatin1String key) {
+        if (QAction *action = m_bar->action(key))
+            menu->addAction(action);
+    };
+    auto addOwn = [menu](const char *name, const QString &text, auto slot) {
+        QAction *action = menu->addAction(text);
+        action->setObjectName(QLatin1String(name));
+        QObject::connect(action, &QAction::triggered, menu, slot);
+        return action;
+    };
+    auto addOpen = [&](const QString &path, bool folder) {
+        QAction *open = addOwn("ContextOpen", QStringLiteral("Open"), [this, path, folder] {
+            if (folder)
+                goToFolder(path);
+            else
+                DisplayImage(path);
+        });
+        menu->setDefaultAction(open);
+    };
+    auto addFolderTools = [&](const QString &folder, const QString &pathToCopy) {
+        addOwn("ContextNewFolder", QStringLiteral("New Folder..."), [this, folder] { newFolder(folder); });
+        addOwn("ContextCopyPath", QStringLiteral("Copy Path"),
+               [pathToCopy] { QGuiApplication::clipboard()->setText(pathToCopy); });
+    };
+
+    // The item under the pointer becomes the chosen one, as a left click
+    // would make it, so that the commands act on what was clicked.
+    QString path;
+    bool folder = false;
+    switch (place) {
+    case ContextPlace::FileList: {
+        const QModelIndex index = m_listView->currentView()->indexAt(pos);
+        if (index.isValid()) {
+            m_listView->setCurrentRow(index.row());
+            path = m_listModel->filePath(index.row());
+            folder = m_listModel->isFolder(index.row());
+        }
+        break;
+    }
+    case ContextPlace::Thumbnails: {
+        const QModelIndex index = m_thumbs->indexAt(pos);
+        if (index.isValid()) {
+            m_thumbs->setCurrentIndex(index);
+            path = m_thumbs->currentPicture();
+        }
+        break;
+    }
+    case ContextPlace::FolderTree: {
+        const QModelIndex index = m_tree->indexAt(pos);
+        path = index.isValid() ? m_treeModel->nodePath(m_treeModel->nodeForIndex(index)) : QString();
+        folder = true;
+        if (path.isEmpty()) {
+            delete menu;
+            return nullptr; // "Network Neighborhood" and the like are no folders
+        }
+        break;
+    }
+    }
+
+    if (path.isEmpty()) {
+        // The empty part of the list: the shown folder.
+        if (!m_folder.isEmpty())
+            addFolderTools(m_folder, m_folder);
+        menu->addSeparator();
+        addKey(commands::keys::mnuRefreshFileList);
+        return menu;
+    }
+    addOpen(path, folder);
+    if (folder) {
+        menu->addSeparator();
+        addFolderTools(path, path);
+        return menu;
+    }
+    addKey(commands::keys::mnuOpenOLE);
+    menu->addSeparator();
+    addKey(commands::keys::mnuRenameFile);
+    addKey(commands::keys::mnuMoveFile);
+    addKey(commands::keys::mnuDeleteFile);
+    menu->addSeparator();
+    addFolderTools(m_folder, path);
+    menu->addSeparator();
+    addKey(commands::keys::mnuFileProperties);
+    return menu;
+}
+
+void Tarnby1::newFolder(const QString &parent)
+{
+    QInputDialog ask(this);
+    ask.setObjectName(QStringLiteral("NewFolder1"));
+    installWindowColors(&ask, m_state);
+    ask.setWindowTitle(QStringLiteral("New Folder"));
+    ask.setLabelText(QStringLiteral("Name of the new Folder in - ") + parent);
+    ask.setTextValue(freeFolderName(parent));
+    if (ask.exec() != QDialog::Accepted)
+        return;
+    using Outcome = NewFolderResult::Outcome;
+    const NewFolderResult made = makeFolder(parent, ask.textValue());
+    switch (made.outcome) {
+    case Outcome::Made:
+        break;
+    case Outcome::EmptyName:
+        return; // nothing typed: nothing made, as with Cancel
+    case Outcome::InvalidName:
+        m_services.messages.inform(QStringLiteral("A Folder Name cannot contain \"/\" or be \".\" or \"..\" - ") + made.path,
+                                   this);
+        return;
+    case Outcome::Exists:
+        m_services.messages.inform(QStringLiteral("Folder already exists - ") + made.path, this);
+        return;
+    case Outcome::Failed:
+        m_services.messages.inform(QStringLiteral("Error Creating Folder - ") + made.path, this);
+        return;
+    }
+    const int node = m_treeModel->findPath(parent);
+    if (node >= 0 && m_treeModel->isListed(node))
+        m_treeModel->refresh(node);
+    if (parent != m_folder)
+        return;
+    // Shown in the list, chosen, once the listing is in.
+    selectWhenListed(QFileInfo(made.path).fileName());
+    m_listModel->refresh();
 }
 
 void Tarnby1::buildShortcuts()
@@ -347,10 +509,12 @@ void Tarnby1::load(const StartupRequest &request)
         settings::loadSettings(m_state.programFolder, m_state.options, m_state.colors, m_state.workingFolders);
     for (const QString &warning : loaded.warnings)
         m_services.messages.inform(warning, this);
-    applyMainWindowColors(this, m_state);
+    applySettingsToWindows();
     m_startupSteps << QStringLiteral("settings");
 
-    // 6. The panes from their saved sizes, and the list's view style.
+    // 6. The window where it was left, the panes from their saved sizes, and
+    // the list's view style.
+    restoreWindow();
     restorePanes();
     setViewStyle(viewStyleFromOption(m_state.options.viewStyle));
     m_startupSteps << QStringLiteral("panes");
@@ -500,6 +664,31 @@ void Tarnby1::listCurrentChanged(int row)
         m_quick->showPicture(m_state.currentFile);
 }
 
+void Tarnby1::thumbnailCurrentChanged(const QString &path)
+{
+    if (!thumbnailsShown())
+        return;
+    if (path.isEmpty()) {
+        setSelectionCommands(false);
+        return;
+    }
+    // A chosen thumbnail is the current file, as a chosen line of the list is.
+    lookUpCurrentFile(m_state, path);
+    setSelectionCommands(true);
+    if (m_quick && m_quick->isVisible())
+        m_quick->showPicture(path);
+}
+
+QString Tarnby1::selectedFile() const
+{
+    if (thumbnailsShown())
+        return m_thumbs->currentPicture();
+    const int row = m_listView->currentRow();
+    if (row < 0 || m_listModel->isFolder(row))
+        return {};
+    return m_listModel->filePath(row);
+}
+
 void Tarnby1::listActivated(int row)
 {
     if (row < 0)
@@ -522,7 +711,11 @@ void Tarnby1::upFolder()
         return;
     goToFolder(dir.absolutePath());
     // Come back up to the folder we left, selected, as file managers do.
-    const QString name = QFileInfo(from).fileName();
+    selectWhenListed(QFileInfo(from).fileName());
+}
+
+void Tarnby1::selectWhenListed(const QString &name)
+{
     auto select = std::make_shared<QMetaObject::Connection>();
     *select = connect(m_listModel, &FileListModel::folderLoaded, this, [this, name, select] {
         disconnect(*select);
@@ -640,8 +833,12 @@ void Tarnby1::stopThumbnails()
 
 void Tarnby1::hideThumbnails()
 {
+    const bool wereShown = thumbnailsShown();
     m_thumbs->clear();
     m_listStack->setCurrentWidget(m_listView);
+    // The list's chosen line is the current file again.
+    if (wereShown)
+        listCurrentChanged(m_listView->currentRow());
 }
 
 void Tarnby1::setViewStyle(ViewStyle style)
@@ -664,6 +861,23 @@ void Tarnby1::showQuickView()
     }
 }
 
+void Tarnby1::restoreWindow()
+{
+    const settings::ProgramOptions &o = m_state.options;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    const std::optional<QRect> rect =
+        windowRectFromOptions({o.browserLeft, o.browserTop, o.browserWidth, o.browserHeight}, dpi);
+    if (rect) {
+        const QScreen *shownOn = QGuiApplication::screenAt(rect->center());
+        if (!shownOn)
+            shownOn = screen();
+        setGeometry(clampToScreen(*rect, shownOn ? shownOn->availableGeometry() : QRect()));
+    }
+    // Set before the window is shown, so that show() opens it maximized.
+    if (windowShowFromOption(o.browserValue33) == WindowShow::Maximized)
+        setWindowState(windowState() | Qt::WindowMaximized);
+}
+
 void Tarnby1::restorePanes()
 {
     const settings::ProgramOptions &o = m_state.options;
@@ -672,6 +886,54 @@ void Tarnby1::restorePanes()
                                                                    {o.listPane1, o.listPane2, o.listPane3}, dpi);
     if (widths)
         m_splitter->setSizes(*widths);
+    else
+        m_splitter->setSizes(paneWidthsFromPercent(o.separatorPercent, width()));
+}
+
+void Tarnby1::storeWindowValues()
+{
+    storePanes();
+    settings::ProgramOptions &o = m_state.options;
+    o.viewStyle = viewStyleToOption(m_listView->viewStyle());
+    o.networkComputer = m_state.networkComputer;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    // The size to come back to is the normal one, also when the window is
+    // maximized now; the state says how to show it.
+    const QRect normal = isMaximized() || isFullScreen() ? normalGeometry() : geometry();
+    if (normal.isValid()) {
+        const WindowGeometryValues values = windowGeometryValues(normal, dpi);
+        o.browserLeft = values.left;
+        o.browserTop = values.top;
+        o.browserWidth = values.width;
+        o.browserHeight = values.height;
+    }
+    o.browserValue33 = windowShowToOption(isMaximized() ? WindowShow::Maximized : WindowShow::Normal);
+}
+
+bool Tarnby1::saveOptions()
+{
+    storeWindowValues();
+    if (m_state.programFolder.isEmpty())
+        return false;
+    const QString section = QStringLiteral("Browser");
+    const QString key = QStringLiteral("UnwritableProgramFolder");
+    QString error;
+    if (settings::writeProgramOptions(m_state.programFolder, m_state.options, &error)) {
+        if (!m_store.value(section, key).toString().isEmpty())
+            m_store.setValue(section, key, QString());
+        return true;
+    }
+    // Said once per folder: a folder on a read-only disk stays so, and a
+    // message at every exit would only be in the way.
+    if (m_store.value(section, key).toString() != m_state.programFolder) {
+        m_store.setValue(section, key, m_state.programFolder);
+        m_store.sync();
+        m_services.messages.inform(error + QStringLiteral(" The window's size, the panes and the view are not "
+                                                          "remembered while the program folder cannot be written - ")
+                                       + m_state.programFolder,
+                                   this);
+    }
+    return false;
 }
 
 void Tarnby1::storePanes()
@@ -691,6 +953,7 @@ void Tarnby1::storePanes()
     o.listPane1 = list.left;
     o.listPane2 = list.top;
     o.listPane3 = list.width;
+    o.separatorPercent = treePercent(sizes.at(0), sizes.at(1));
 }
 
 void Tarnby1::updateStatus()
@@ -707,18 +970,14 @@ void Tarnby1::updateStatus()
 
 void Tarnby1::deleteSelected()
 {
-    const int row = m_listView->currentRow();
-    if (row < 0 || m_listModel->isFolder(row))
-        return;
-    toolClick(commands::keys::mnuDeleteFile);
+    if (!selectedFile().isEmpty())
+        toolClick(commands::keys::mnuDeleteFile);
 }
 
 void Tarnby1::renameSelected()
 {
-    const int row = m_listView->currentRow();
-    if (row < 0 || m_listModel->isFolder(row))
-        return;
-    toolClick(commands::keys::mnuRenameFile);
+    if (!selectedFile().isEmpty())
+        toolClick(commands::keys::mnuRenameFile);
 }
 
 TransferResult Tarnby1::transferDropped(const QStringList &paths, const QString &targetFolder, Qt::DropAction action)
@@ -865,10 +1124,19 @@ void Tarnby1::runCommand(BrowserAction action)
         return;
     }
     case BrowserAction::ApplicationOptions: {
+        // The window writes every line: the browser's own lines go in as
+        // they are now, not as they were at start-up.
+        storeWindowValues();
+        const int percent = m_state.options.separatorPercent;
         SetOptns1 window(m_state, m_services, this);
         connect(&window, &SetOptns1::helpRequested, this, [this] { showHelp(false); });
-        if (window.exec() == QDialog::Accepted)
+        if (window.exec() == QDialog::Accepted) {
+            // A new separator position moves the splitter; an unchanged one
+            // leaves the panes as the user dragged them.
+            if (m_state.options.separatorPercent != percent)
+                m_splitter->setSizes(paneWidthsFromPercent(m_state.options.separatorPercent, m_splitter->width()));
             applySettingsToWindows();
+        }
         return;
     }
     case BrowserAction::ComputerInNetwork: setComputerInNetwork(); return;
@@ -1027,8 +1295,10 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
 void Tarnby1::CreateOpenFileExt()
 {
     // Read back whole, as at start-up: the file is the list's only source.
+    // Its first line is the one chosen, whatever was chosen before.
     m_state.workingFolders = settings::readWorkingFolders(m_state.programFolder).lines;
     refreshWorkingFolderList();
+    m_folderList->setCurrentRow(m_state.workingFolders.isEmpty() ? -1 : 0);
 }
 
 int Tarnby1::workingFolderIndex() const
@@ -1039,8 +1309,13 @@ int Tarnby1::workingFolderIndex() const
 void Tarnby1::applySettingsToWindows()
 {
     applyMainWindowColors(this, m_state);
-    if (m_frame)
+    m_listView->setGridLines(m_state.options.gridLines);
+    const settings::TextRelief menuText = settings::menuTextRelief(m_state.options.menuTextStyle);
+    applyMenuTextStyle(this, menuText);
+    if (m_frame) {
         applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
+        applyMenuTextStyle(m_frame, menuText);
+    }
 }
 
 void Tarnby1::showHelp(bool search)
@@ -1064,6 +1339,7 @@ MDIForm1 *Tarnby1::frame()
         m_frame->setWindowFlag(Qt::Window);
         m_frame->SetMDIWinSize();
         applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
+        applyMenuTextStyle(m_frame, settings::menuTextRelief(m_state.options.menuTextStyle));
         connect(m_frame, &MDIForm1::browserCommand, this, &Tarnby1::runCommand);
         connect(m_frame, &MDIForm1::openFileRequested, this, &Tarnby1::DisplayImage);
         connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {
@@ -1092,6 +1368,8 @@ void Tarnby1::DisplayImage(const QString &path)
 
     switch (routeForOpen(type)) {
     case OpenRoute::Nothing:
+        if (m_handedOver.isEmpty())
+            m_fileToOpen.clear();
         return;
     case OpenRoute::Unsupported:
         m_services.messages.inform(QStringLiteral("File Type is not Supported by this Software"), this);
@@ -1107,20 +1385,42 @@ void Tarnby1::DisplayImage(const QString &path)
         MDIForm1 *f = frame();
         f->show();
         f->raise();
-        if (QWidget *w = f->NewWindowFile(path, viewer::kindOf(type))) {
-            if (auto *child = qobject_cast<ChildFrm1 *>(w))
-                connect(child, &ChildFrm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        m_fileToOpen = path;
+        QWidget *w = f->NewWindowFile(path, viewer::kindOf(type));
+        if (!w) {
+            if (m_handedOver.isEmpty())
+                m_fileToOpen.clear();
+            return;
         }
+        if (auto *child = qobject_cast<ChildFrm1 *>(w))
+            connect(child, &ChildFrm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        const QMetaObject::Connection closed = connect(w, &QObject::destroyed, this, [this](QObject *gone) {
+            documentWindowClosed(m_handedOver.take(gone).path);
+        });
+        m_handedOver.insert(w, {path, closed});
         return;
     }
     }
 }
 
+void Tarnby1::documentWindowClosed(const QString &path)
+{
+    if (!m_handedOver.isEmpty())
+        return; // the other windows still hold their files
+    m_fileToOpen.clear();
+    const QString chosen = selectedFile();
+    if (chosen.isEmpty()) {
+        if (m_state.currentFile == path)
+            m_state.currentFile.clear();
+        setSelectionCommands(false);
+        return;
+    }
+    lookUpCurrentFile(m_state, chosen);
+    setSelectionCommands(true);
+}
+
 void Tarnby1::closeEvent(QCloseEvent *event)
 {
-    // The panes and the view style go into the options that Exit saves.
-    storePanes();
-    m_state.options.viewStyle = viewStyleToOption(m_listView->viewStyle());
     if (m_frame) {
         // Document windows may ask to save; one that refuses keeps the program open.
         m_frame->mdiArea()->closeAllSubWindows();
@@ -1132,6 +1432,9 @@ void Tarnby1::closeEvent(QCloseEvent *event)
     }
     if (m_help)
         m_help->close();
+    // The window, its panes and its view are as the user left them: kept
+    // for the next start.
+    saveOptions();
     event->accept();
 }
 

@@ -6,6 +6,7 @@
 #include "core/fileops/FileTransfer.h"
 
 #include <QMainWindow>
+#include <QHash>
 #include <QStringList>
 
 #include <memory>
@@ -13,6 +14,7 @@
 class QComboBox;
 class QFrame;
 class QLabel;
+class QMenu;
 class QListWidget;
 class QProgressBar;
 class QShortcut;
@@ -119,6 +121,40 @@ public:
     // Rebuilds the working-folder list (List1) from the program-wide lines.
     void refreshWorkingFolderList();
 
+    // ---- the hand-over to the viewing frame ----------------------------------
+    // The file DisplayImage last gave the viewing frame; empty when none is
+    // waiting or open.
+    QString fileToOpen() const { return m_fileToOpen; }
+    // Whether a document window that the browser opened is still open.
+    bool fileHandedOver() const { return !m_handedOver.isEmpty(); }
+    // Told by each document window the browser opened, as it goes. When the
+    // last one has gone, the hand-over is over: the file to open is cleared,
+    // and the current file and the selection commands follow what is chosen
+    // in the browser again.
+    void documentWindowClosed(const QString &path);
+
+    // ---- context menus ----------------------------------------------------
+    // Where a right-click happened.
+    enum class ContextPlace { FileList, Thumbnails, FolderTree };
+    // The menu a right-click at pos (the view's viewport coordinates) shows.
+    // The item under pos becomes the chosen one first. The file commands in
+    // it are the menu bar's own actions, so they run the same command keys
+    // and share their enabled state; Open, New Folder and Copy Path act on
+    // the item itself. The caller owns the menu.
+    QMenu *contextMenuAt(ContextPlace place, const QPoint &pos);
+    // Asks for a name and makes a folder in parent; the lists show it.
+    void newFolder(const QString &parent);
+
+    // ---- what the browser remembers ----------------------------------------
+    // Copies the window's position, size and state, the pane sizes, the tree's
+    // share of the width and the list's view style into state.options.
+    void storeWindowValues();
+    // storeWindowValues(), then writes the options files (atomically). A
+    // program folder that cannot be written is reported once, not at every
+    // exit: the store remembers the folder it was reported for until a write
+    // there succeeds again. Returns whether the files were written.
+    bool saveOptions();
+
     // ---- the file search ------------------------------------------------
     // Opens the search window; OK there starts FindFileRoutine.
     void showFindWindow();
@@ -156,9 +192,15 @@ private:
     void treeCurrentChanged(const QModelIndex &current);
     void listCurrentChanged(int row);
     void listActivated(int row);
+    void thumbnailCurrentChanged(const QString &path);
+    // The file chosen in the list or, while they are shown, the thumbnails;
+    // empty when a folder or nothing is chosen.
+    QString selectedFile() const;
     void fillDriveBox();
     void driveBoxActivated(int index);
     void upFolder();
+    // Chooses the entry called name in the list when the next listing is in.
+    void selectWhenListed(const QString &name);
     void refreshLists();
     void collapseTree();
     void goToWorkingFolder();
@@ -167,6 +209,7 @@ private:
     void stopThumbnails();
     void hideThumbnails();
     void showQuickView();
+    void restoreWindow();
     void restorePanes();
     void storePanes();
     void updateStatus();
@@ -211,6 +254,12 @@ private:
     bool m_searchRunning = false;
     QShortcut *m_escape = nullptr;
     bool m_quickHiddenBySearch = false;
+    QString m_fileToOpen;
+    struct HandedOver {
+        QString path;
+        QMetaObject::Connection closed;
+    };
+    QHash<const QObject *, HandedOver> m_handedOver; // by document window
     QString m_dialogFilter;
     QString m_pictureDialogFilter;
 };

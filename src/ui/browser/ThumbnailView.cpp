@@ -45,6 +45,16 @@ ThumbnailView::ThumbnailView(QWidget *parent)
     connect(this, &QAbstractItemView::activated, this, [this](const QModelIndex &index) {
         emit pictureActivated(m_model->data(index, ThumbnailModel::PathRole).toString());
     });
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this] { emit currentPictureChanged(currentPicture()); });
+    // New pictures reset the model, and with it the chosen one.
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this] { emit currentPictureChanged(QString()); });
+}
+
+QString ThumbnailView::currentPicture() const
+{
+    const QModelIndex current = currentIndex();
+    return current.isValid() ? m_model->data(current, ThumbnailModel::PathRole).toString() : QString();
 }
 
 ThumbnailView::~ThumbnailView()

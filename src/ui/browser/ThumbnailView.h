@@ -33,6 +33,8 @@ public:
 
     bool isLoading() const { return m_job && !m_job->isStopped() && !m_job->isFinished(); }
     ThumbnailModel *thumbnails() const { return m_model; }
+    // The path of the chosen thumbnail; empty when none is.
+    QString currentPicture() const;
     imaging::ThumbnailJob *job() const { return m_job; }
     // Replaces the picture maker (tests make pictures that block or fail).
     void setProducer(ThumbnailMaker maker) { m_maker = std::move(maker); }
@@ -41,6 +43,8 @@ signals:
     void loadingChanged(bool loading);
     void progress(int done, int total);
     void pictureActivated(const QString &path);
+    // The chosen thumbnail changed (mouse or keys); empty when none is.
+    void currentPictureChanged(const QString &path);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

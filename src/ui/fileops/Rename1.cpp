@@ -21,6 +21,11 @@ Rename1::Rename1(const QString &path, AppState &state, UiServices &services, QWi
     addFileListAndButtons({prompt, m_text});
 
     fillFileList();
+    // The extension stays as it is, so the box offers the name without it,
+    // selected: what the user types replaces it, and a small change to the
+    // name is one click away.
+    m_text->setText(fileops::baseName(path));
+    m_text->selectAll();
     m_text->setFocus();
 }
 
