@@ -92,6 +92,8 @@ TableDocumentView::TableDocumentView(viewer::Document &document, UiServices &ser
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setWordWrap(false);
     m_grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // Column widths come from the fields; a narrow field keeps its narrow column.
+    m_grid->horizontalHeader()->setMinimumSectionSize(4);
     m_grid->hide();
 
     // Frame1: the table list, the index list and the button that closes both.

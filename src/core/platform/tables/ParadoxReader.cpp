@@ -426,7 +426,7 @@ OpenResult openParadox(ParadoxSources sources)
     const int firstBlock = qFromLittleEndian<quint16>(h + 0x0E);
     const int fieldCount = qFromLittleEndian<quint16>(h + 0x21);
     // A keyed table's primary key is made of its first fields.
-    const int keyFields = h[0x0B];
+    const int keyFields = qFromLittleEndian<quint16>(h + 0x23);
     const quint32 encryption1 = qFromLittleEndian<quint32>(h + 0x25);
     const quint8 version = h[0x39];
     // Data tables only: 0 keyed, 2 unkeyed. Other types are index files.
