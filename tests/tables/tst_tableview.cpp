@@ -341,6 +341,7 @@ void TestTableView::indexOrdersRows_data()
                                                          << QStringList{"Zug", "bern", "aarau", ""};
     QTest::newRow("ascending") << "towns" << "byname" << 0 << QStringList{"Al", "Bo", "Cy", "Di"};
     QTest::newRow("Paradox primary key") << "DB/memo.db" << "PrimaryKey" << 0 << QStringList{"1", "2"};
+    QTest::newRow("dBASE tag, descending") << "people" << "BYNAME" << 2 << QStringList{"Bob", "Ann"};
 }
 
 void TestTableView::indexOrdersRows()
@@ -350,9 +351,17 @@ void TestTableView::indexOrdersRows()
     QFETCH(int, column);
     QFETCH(QStringList, expected);
     TestDir dir;
-    QString path = file == QLatin1String("towns") ? writeSqlite(dir) : fixtures::path(file);
-    if (file != QLatin1String("towns"))
+    QString path;
+    if (file == QLatin1String("towns")) {
+        path = writeSqlite(dir);
+    } else if (file == QLatin1String("people")) {
+        dir.createFile(QStringLiteral("people.mdx"),
+                       dbfsamples::mdxIndexWithKeys({{"BYNAME", "UPPER(NAME)", true}, {"BYWHEN", "DTOS(WHEN)", false}}));
+        path = writePeople(dir);
+    } else {
         REQUIRE_FIXTURES();
+        path = fixtures::path(file);
+    }
     ChildFrm1 *w = open(path);
     QVERIFY(w);
     TableDocumentView *view = viewOf(w);
