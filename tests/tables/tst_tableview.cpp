@@ -3,9 +3,11 @@
 #include "ModalCloser.h"
 #include "UiFixture.h"
 
+#include "core/app/SettingsStore.h"
 #include "core/app/Twips.h"
 #include "core/tables/TableModel.h"
 #include "core/viewer/Document.h"
+#include "ui/browser/Tarnby1.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
@@ -19,6 +21,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -119,6 +122,7 @@ private slots:
     void properties();
     void propertiesOfAPictureFormat86();
     void propertiesOfAnUnknownFile();
+    void browserTableCommands();
 
 private:
     ChildFrm1 *open(const QString &path);
@@ -574,6 +578,39 @@ void TestTableView::propertiesOfAnUnknownFile()
     showFileProperties(dir.createFile(QStringLiteral("notes.qqq")), m_ui->state, m_ui->services, nullptr);
     QCOMPARE(m_ui->responder.messageTexts(),
              QStringList{QStringLiteral("Cannot determine File Properties for this type of File")});
+}
+
+void TestTableView::browserTableCommands()
+{
+    TestDir dir;
+    const QString path = writePeople(dir);
+    auto browser = std::make_unique<Tarnby1>(m_ui->state, m_ui->services, m_ui->store);
+    StartupRequest request;
+    request.homeOption = dir.filePath(QStringLiteral("home"));
+    request.dataFolder = dir.filePath(QStringLiteral("data"));
+    browser->load(request);
+    m_ui->state.currentFile = path;
+
+    // File Properties of the selected table, without a window.
+    QStringList values;
+    whenModal(QStringLiteral("ProPert1"), [&](QDialog *d) {
+        values = texts(d, QStringLiteral("Label2"));
+        d->reject();
+    });
+    browser->toolClick(QStringLiteral("ID_mnuFileProperties"));
+    QCOMPARE(values.value(2), QStringLiteral("people.dbf"));
+    QCOMPARE(values.value(3), QStringLiteral("2"));
+
+    // The table commands open the selected file and run on its window.
+    browser->toolClick(QStringLiteral("ID_mnuSetDatabaseTableIndex"));
+    auto *window = qobject_cast<ChildFrm1 *>(browser->frame()->activeDocumentWidget());
+    QVERIFY(window);
+    QCOMPARE(window->filePath(), path);
+    QTRY_VERIFY(window->findChild<QListWidget *>(QStringLiteral("List2"))->isVisible());
+    // Again on the same file: the window that shows it, not a new one.
+    browser->toolClick(QStringLiteral("ID_mnuViewTableComments"));
+    QCOMPARE(browser->frame()->mdiArea()->subWindowList().size(), 1);
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{QStringLiteral("Please select a Comment Field to Display")});
 }
 
 QTEST_MAIN(TestTableView)
