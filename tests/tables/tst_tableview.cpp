@@ -30,6 +30,7 @@
 #include <QTableView>
 #include <QTest>
 #include <QTextEdit>
+#include <QToolButton>
 
 using namespace tarnby;
 using namespace tarnby::ui;
@@ -162,6 +163,7 @@ void TestTableView::showTable()
 {
     TestDir dir;
     const QString path = writePeople(dir);
+    m_ui->state.colors.setSwatch(settings::Swatch::SelectionItemBack, 0x00FF80);
     ChildFrm1 *w = open(path);
     QVERIFY(w);
     TableDocumentView *view = viewOf(w);
@@ -173,6 +175,13 @@ void TestTableView::showTable()
     QVERIFY(grid->isVisible());
     QCOMPARE(grid->model()->rowCount(), 2);
     QCOMPARE(grid->model()->index(1, 2).data().toString(), QStringLiteral("Bob"));
+    // The current cell is painted in the selection item's colour.
+    QCOMPARE(grid->palette().color(QPalette::Highlight), QColor(0x80, 0xFF, 0x00));
+    // The record bar moves the grid's current row.
+    w->findChild<QToolButton *>(QStringLiteral("Data1Last"))->click();
+    QCOMPARE(grid->currentIndex().row(), 1);
+    w->findChild<QToolButton *>(QStringLiteral("Data1Previous"))->click();
+    QCOMPARE(grid->currentIndex().row(), 0);
 
     // The data control's connect texts.
     QCOMPARE(view->connectText(), QStringLiteral("dBASE 5.0;"));
