@@ -1,11 +1,10 @@
+#include "SqliteSamples.h"
 #include "TestDir.h"
 #include "core/tables/DatabaseValues.h"
 #include "core/tables/IndexOrder.h"
 #include "core/tables/TableModel.h"
 
 #include <QDate>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTimeZone>
 #include <QTest>
 
@@ -233,19 +232,11 @@ void TestIndexOrder::tableListIsCappedAt251()
 {
     TestDir dir;
     const QString path = dir.filePath(QStringLiteral("many.db"));
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("many"));
-        db.setDatabaseName(path);
-        QVERIFY(db.open());
-        QSqlQuery query(db);
-        QVERIFY(query.exec(QStringLiteral("BEGIN")));
-        for (int i = 0; i < 260; ++i)
-            QVERIFY(query.exec(QStringLiteral("CREATE TABLE t%1 (a INTEGER, b TEXT)").arg(i, 3, 10, QLatin1Char('0'))));
-        QVERIFY(query.exec(QStringLiteral("CREATE INDEX byb ON t000 (b)")));
-        QVERIFY(query.exec(QStringLiteral("COMMIT")));
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("many"));
+    QStringList statements;
+    for (int i = 0; i < 260; ++i)
+        statements << QStringLiteral("CREATE TABLE t%1 (a INTEGER, b TEXT)").arg(i, 3, 10, QLatin1Char('0'));
+    statements << QStringLiteral("CREATE INDEX byb ON t000 (b)");
+    QVERIFY(writeSqliteFile(path, statements));
 
     DatabaseValues values;
     QCOMPARE(readDatabaseTables(path, QString(), values), QStringLiteral("t000"));

@@ -1,6 +1,7 @@
 #include "DbfSamples.h"
 #include "Fixtures.h"
 #include "ModalCloser.h"
+#include "SqliteSamples.h"
 #include "UiFixture.h"
 
 #include "core/app/SettingsStore.h"
@@ -25,8 +26,6 @@
 #include <QMdiSubWindow>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTableView>
 #include <QTest>
 #include <QTextEdit>
@@ -61,21 +60,26 @@ QString writePeople(TestDir &dir)
 QString writeSqlite(TestDir &dir)
 {
     const QString path = dir.filePath(QStringLiteral("towns.db"));
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("towns"));
-        db.setDatabaseName(path);
-        if (!db.open())
-            return {};
-        QSqlQuery q(db);
-        for (const char *sql : {"CREATE TABLE people (name TEXT, city TEXT)",
-                                "INSERT INTO people VALUES ('Cy', 'bern'), ('Al', 'Zug'), ('Bo', 'aarau'), ('Di', NULL)",
-                                "CREATE INDEX bycity ON people (city COLLATE NOCASE DESC)",
-                                "CREATE INDEX byname ON people (name)", "CREATE TABLE empty (x INTEGER)"})
-            q.exec(QLatin1String(sql));
-        db.close();
+    const bool written = writeSqliteFile(
+        path, {QStringLiteral("CREATE TABLE people (name TEXT, city TEXT)"),
+               QStringLiteral("INSERT INTO people VALUES ('Cy', 'bern'), ('Al', 'Zug'), ('Bo', 'aarau'), ('Di', NULL)"),
+               QStringLiteral("CREATE INDEX bycity ON people (city COLLATE NOCASE DESC)"),
+               QStringLiteral("CREATE INDEX byname ON people (name)"), QStringLiteral("CREATE TABLE empty (x INTEGER)")});
+    return written ? path : QString();
+}
+
+// The file a data row names: "people" (people.dbf with an index of two
+// tags), "towns" (the SQLite database), else a sample file of the corpus.
+QString tablePath(TestDir &dir, const QString &file)
+{
+    if (file == QLatin1String("towns"))
+        return writeSqlite(dir);
+    if (file == QLatin1String("people")) {
+        dir.createFile(QStringLiteral("people.mdx"),
+                       dbfsamples::mdxIndexWithKeys({{"BYNAME", "UPPER(NAME)", true}, {"BYWHEN", "DTOS(WHEN)", false}}));
+        return writePeople(dir);
     }
-    QSqlDatabase::removeDatabase(QStringLiteral("towns"));
-    return path;
+    return fixtures::path(file);
 }
 
 // How many of this process's file descriptors point at path.
@@ -363,18 +367,10 @@ void TestTableView::indexOrdersRows()
     QFETCH(QString, index);
     QFETCH(int, column);
     QFETCH(QStringList, expected);
-    TestDir dir;
-    QString path;
-    if (file == QLatin1String("towns")) {
-        path = writeSqlite(dir);
-    } else if (file == QLatin1String("people")) {
-        dir.createFile(QStringLiteral("people.mdx"),
-                       dbfsamples::mdxIndexWithKeys({{"BYNAME", "UPPER(NAME)", true}, {"BYWHEN", "DTOS(WHEN)", false}}));
-        path = writePeople(dir);
-    } else {
+    if (file.contains(QLatin1Char('/')))
         REQUIRE_FIXTURES();
-        path = fixtures::path(file);
-    }
+    TestDir dir;
+    const QString path = tablePath(dir, file);
     ChildFrm1 *w = open(path);
     QVERIFY(w);
     TableDocumentView *view = viewOf(w);
@@ -525,14 +521,10 @@ void TestTableView::properties()
     QFETCH(QStringList, captions);
     QFETCH(QStringList, someValues);
     QFETCH(QStringList, fieldLines);
-    TestDir dir;
-    QString path;
-    if (file == QLatin1String("people")) {
-        path = writePeople(dir);
-    } else {
+    if (file.contains(QLatin1Char('/')))
         REQUIRE_FIXTURES();
-        path = fixtures::path(file);
-    }
+    TestDir dir;
+    const QString path = tablePath(dir, file);
     const viewer::DocumentKind kind = file == QLatin1String("people") ? viewer::DocumentKind::Database
         : file.endsWith(QLatin1String(".txt"))                        ? viewer::DocumentKind::Text
                                                                       : viewer::DocumentKind::Picture;
