@@ -115,6 +115,7 @@ private slots:
     void columnWidths();
     void memoBox();
     void copyCurrentCell();
+    void tableSwitch_data();
     void tableSwitch();
     void tableSwitchOnlyForFilesOfTables();
     void indexOrdersRows_data();
@@ -297,33 +298,51 @@ void TestTableView::copyCurrentCell()
     QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
+void TestTableView::tableSwitch_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("connect");
+    QTest::addColumn<QStringList>("tables"); // system tables never appear
+    QTest::addColumn<QList<int>>("rows");    // of the first table, then of the second
+    QTest::newRow("Access") << "MDB/test.mdb" << "Access" << QStringList{"Table1", "Table2", "Table3", "Table4"}
+                            << QList<int>{2, 0};
+    QTest::newRow("Excel") << "XLS/testEXCEL.xls" << "Excel 8.0;" << QStringList{"Feuil1", "Feuil2", "Feuil3"}
+                           << QList<int>{22, 0};
+    QTest::newRow("Lotus, one sheet") << "WK4/testLotus123-lotusftp.wk4" << "Lotus WK4;"
+                                      << QStringList{"Employees"} << QList<int>{12};
+}
+
 void TestTableView::tableSwitch()
 {
     REQUIRE_FIXTURES();
-    ChildFrm1 *w = open(fixtures::path(QStringLiteral("MDB/test.mdb")));
+    QFETCH(QString, file);
+    QFETCH(QString, connect);
+    QFETCH(QStringList, tables);
+    QFETCH(QList<int>, rows);
+    ChildFrm1 *w = open(fixtures::path(file));
     QVERIFY(w);
     TableDocumentView *view = viewOf(w);
-    QCOMPARE(view->connectText(), QStringLiteral("Access"));
-    QCOMPARE(view->databaseName(), fixtures::path(QStringLiteral("MDB/test.mdb")));
-    QCOMPARE(view->recordSource(), QStringLiteral("Table1"));
-    QCOMPARE(view->model()->rowCount(), 2);
+    QCOMPARE(view->connectText(), connect);
+    QCOMPARE(view->databaseName(), fixtures::path(file));
+    QCOMPARE(view->recordSource(), tables.first());
+    QCOMPARE(view->model()->rowCount(), rows.first());
     QVERIFY(bar()->isEnabled(QStringLiteral("ID_TableBtn")));
     QVERIFY(bar()->isEnabled(QStringLiteral("ID_mnuSetDatabaseTable")));
 
-    // System tables never appear.
     auto *list1 = w->findChild<QListWidget *>(QStringLiteral("List1"));
     QStringList names;
     for (int i = 0; i < list1->count(); ++i)
         names << list1->item(i)->text();
-    QCOMPARE(names, (QStringList{"Table1", "Table2", "Table3", "Table4"}));
-    QCOMPARE(m_ui->state.database.tableCount, 4);
+    QCOMPARE(names, tables);
+    QCOMPARE(m_ui->state.database.tableCount, tables.size());
 
     m_frame->toolClick(QStringLiteral("ID_TableBtn"));
     QVERIFY(list1->isVisible());
-    emit list1->itemClicked(list1->item(1));
-    QCOMPARE(view->recordSource(), QStringLiteral("Table2"));
-    QCOMPARE(view->model()->table().name(), QStringLiteral("Table2"));
-    QCOMPARE(view->model()->rowCount(), 0);
+    emit list1->itemClicked(list1->item(tables.size() - 1 > 0 ? 1 : 0));
+    const QString second = tables.value(1, tables.first());
+    QCOMPARE(view->recordSource(), second);
+    QCOMPARE(view->model()->table().name(), second);
+    QCOMPARE(view->model()->rowCount(), rows.value(1, rows.first()));
     QCOMPARE(m_ui->state.database.fields.size(), view->model()->columnCount());
 }
 
