@@ -31,12 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArray &tableBytes = parts.table;
     const QByteArray &memoBytes = parts.memo;
 
+    QList<IndexTag> tags;
     {
         const std::unique_ptr<QIODevice> index = device(memoBytes);
-        if (selector & 0x80)
-            cdxTagNames(*index, maxIndexNames);
-        else
-            mdxTagNames(*index, maxIndexNames);
+        tags = (selector & 0x80) ? cdxTags(*index, maxIndexNames) : mdxTags(*index, maxIndexNames);
     }
 
     DbfSources sources;
@@ -45,6 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     sources.memo = device(memoBytes);
     const int layout = (selector & 0x7F) % 3;
     sources.memoLayout = layout == 0 ? MemoLayout::DbaseIII : layout == 1 ? MemoLayout::DbaseIV : MemoLayout::FoxPro;
+    sources.indexTags = tags;
     OpenResult opened = openDbf(std::move(sources));
     if (!opened.ok())
         return 0;
@@ -52,6 +51,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (!table.ok())
         return 0;
     table.value->fields();
+    // Every tag's key, from the expressions the index file carried.
+    for (const QString &name : table.value->indexNames())
+        table.value->indexKey(name);
     for (qint64 first = 0; first < table.value->rowCount(); first += 64) {
         if (!table.value->readRows(first, 64).ok())
             break;

@@ -254,7 +254,7 @@ void TestChildFrm1::kindDispatch_data()
     QTest::newRow("HTML in the web view") << "HTML/testHTML.html" << false << "T" << "WebBrowser1" << true;
     QTest::newRow("WPS in the web view") << "WPS/word_document.wps" << false << "T" << "WebBrowser1" << true;
     QTest::newRow("INI as plain text") << "INI/normal.ini" << false << "T" << "Text1" << false;
-    QTest::newRow("DBF waits for the table view") << "DBF/dbase_03.dbf" << false << "D" << "TableNotice" << false;
+    QTest::newRow("DBF in the table grid") << "DBF/dbase_03.dbf" << false << "D" << "MSFlexGrid1" << false;
     QTest::newRow("JPG picture") << "JPG/hopper.jpg" << false << "I" << "Image1" << false;
 }
 
@@ -273,7 +273,7 @@ void TestChildFrm1::kindDispatch()
     QCOMPARE(w->isWebView(), webFlag);
     // The window holds the controls of its own kind's view only, and the one
     // that shows the document is visible.
-    for (const char *name : {"Image1", "Text1", "WebBrowser1", "TableNotice"}) {
+    for (const char *name : {"Image1", "Text1", "WebBrowser1", "MSFlexGrid1"}) {
         QWidget *control = w->findChild<QWidget *>(QLatin1String(name));
         if (visible == QLatin1String(name))
             QVERIFY2(control && control->isVisible(), name);
@@ -285,8 +285,6 @@ void TestChildFrm1::kindDispatch()
         const QString html = w->findChild<QTextEdit *>("Text1")->toHtml();
         QVERIFY(html.contains(QLatin1String("Times New Roman")));
     }
-    if (visible == QLatin1String("TableNotice"))
-        QVERIFY(w->findChild<QLabel *>("TableNotice")->text().contains(QLatin1String("cannot be shown")));
 }
 
 void TestChildFrm1::copyRules()
@@ -330,12 +328,6 @@ void TestChildFrm1::commandsOutsideTheirKind_data()
     QTest::newRow("view modes in a text window do nothing") << "TXT/testTXT.txt" << viewModes << QStringList();
     QTest::newRow("view modes in a web window do nothing") << "HTML/testHTML.html" << viewModes << QStringList();
     QTest::newRow("view modes in a table window do nothing") << "DBF/dbase_03.dbf" << viewModes << QStringList();
-    QTest::newRow("copy in a table window is not available yet")
-        << "DBF/dbase_03.dbf" << QStringList{"ID_CopyBtn"}
-        << QStringList{"Copying from a database table is not available in this version of Tarnby."};
-    QTest::newRow("choosing a table is not available yet")
-        << "DBF/dbase_03.dbf" << QStringList{"ID_TableBtn"}
-        << QStringList{"Choosing a database table is not available in this version of Tarnby."};
     QTest::newRow("shapes in a picture window are not available yet")
         << "PNG/hopper.png" << QStringList{"ID_mnuAddShapestoPictures"}
         << QStringList{"Adding shapes to pictures is not available in this version of Tarnby."};

@@ -119,7 +119,30 @@ QByteArray foxProMemo(const QList<QByteArray> &memos, int blockSize, QList<int> 
     return file;
 }
 
+namespace {
+
+QList<TagSpec> namesOnly(const QStringList &names)
+{
+    QList<TagSpec> tags;
+    for (const QString &name : names)
+        tags.append(TagSpec{name, {}, false});
+    return tags;
+}
+
+} // namespace
+
 QByteArray mdxIndex(const QStringList &tags)
+{
+    return mdxIndexWithKeys(namesOnly(tags));
+}
+
+QByteArray cdxIndex(const QStringList &tags)
+{
+    return cdxIndexWithKeys(namesOnly(tags));
+}
+
+// The header, the tag table and a 512-byte header page per tag from page 4.
+QByteArray mdxIndexWithKeys(const QList<TagSpec> &tags)
 {
     QByteArray file(544, '\0');
     file[0] = 2;
@@ -131,16 +154,24 @@ QByteArray mdxIndex(const QStringList &tags)
     for (int i = 0; i < tags.size(); ++i) {
         QByteArray entry(32, '\0');
         qToLittleEndian(quint32(4 + i), entry.data());
-        entry.replace(4, qMin<int>(int(tags[i].size()), 10), tags[i].toLatin1().left(10));
+        entry.replace(4, qMin<int>(int(tags[i].name.size()), 10), tags[i].name.toLatin1().left(10));
         entry[20] = 'C';
         file += entry;
     }
-    return file.leftJustified(2048, '\0');
+    file = file.leftJustified(2048, '\0');
+    for (const TagSpec &tag : tags) {
+        QByteArray page(512, '\0');
+        page[8] = char(tag.descending ? 0x08 : 0x00);
+        page[9] = 'C';
+        page.replace(24, tag.expression.size(), tag.expression);
+        file += page;
+    }
+    return file;
 }
 
 // One compact leaf that is also the root: each tag name stored whole (no
 // bytes shared with the previous key), its trailing blanks dropped.
-QByteArray cdxIndex(const QStringList &tags)
+QByteArray cdxIndexWithKeys(const QList<TagSpec> &tags)
 {
     constexpr int keyLength = 10;
     QByteArray file(1024, '\0');
@@ -164,9 +195,10 @@ QByteArray cdxIndex(const QStringList &tags)
     node[23] = 3;
     int keyEnd = 512;
     for (int i = 0; i < tags.size(); ++i) {
-        const QByteArray name = tags[i].toLatin1().left(keyLength);
+        const QByteArray name = tags[i].name.toLatin1().left(keyLength);
         const int trailing = keyLength - int(name.size());
-        const quint32 packed = quint32(1536 + 512 * i) | (0u << 16) | (quint32(trailing) << 20);
+        // Each tag's own header (1024 bytes) follows the tag list's node.
+        const quint32 packed = quint32(1536 + 1024 * i) | (0u << 16) | (quint32(trailing) << 20);
         node[24 + i * 3] = char(packed & 0xFF);
         node[24 + i * 3 + 1] = char((packed >> 8) & 0xFF);
         node[24 + i * 3 + 2] = char((packed >> 16) & 0xFF);
@@ -175,6 +207,13 @@ QByteArray cdxIndex(const QStringList &tags)
     }
     qToLittleEndian(quint16(keyEnd - 24 - 3 * int(tags.size())), node.data() + 12);
     file += node;
+    for (const TagSpec &tag : tags) {
+        QByteArray header(1024, '\0');
+        qToLittleEndian(quint16(tag.descending ? 1 : 0), header.data() + 502);
+        qToLittleEndian(quint16(tag.expression.size() + 1), header.data() + 510);
+        header.replace(512, tag.expression.size(), tag.expression);
+        file += header;
+    }
     return file;
 }
 

@@ -41,7 +41,15 @@ QByteArray dbaseIIIMemo(const QList<QByteArray> &memos, QList<int> *blocks);
 QByteArray dbaseIVMemo(const QList<QByteArray> &memos, int blockSize, QList<int> *blocks);
 QByteArray foxProMemo(const QList<QByteArray> &memos, int blockSize, QList<int> *blocks);
 
-// Index files naming these tags.
+// Index files naming these tags, with their key expressions.
+struct TagSpec {
+    QString name;
+    QByteArray expression;
+    bool descending = false;
+};
+QByteArray mdxIndexWithKeys(const QList<TagSpec> &tags);
+QByteArray cdxIndexWithKeys(const QList<TagSpec> &tags);
+// The same with the tag names only (no expressions).
 QByteArray mdxIndex(const QStringList &tags);
 QByteArray cdxIndex(const QStringList &tags);
 

@@ -70,6 +70,10 @@ private slots:
     void indexTagNames();
     void cdxLeafLoopEnds();
     void indexFileBesideTable();
+    void indexKeys_data();
+    void indexKeys();
+    void tagKeysBesideTable_data();
+    void tagKeysBesideTable();
     void companionFilesMatchedWithoutCase();
 };
 
@@ -576,6 +580,75 @@ void TestDbfReader::indexFileBesideTable()
     Opened fox = openFirstTable(dir.createFile(QStringLiteral("fox.dbf"), dbfsamples::table(plainSpec())));
     QVERIFY2(fox.table, qPrintable(fox.error));
     QCOMPARE(fox.table->indexNames(), QStringList({"CODE"}));
+}
+
+void TestDbfReader::indexKeys_data()
+{
+    // Parts as "column" with "i" for without case and "d" for descending.
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<bool>("descending");
+    QTest::addColumn<QStringList>("parts"); // empty: no key
+    QTest::newRow("one field") << "NAME" << false << QStringList{"0"};
+    QTest::newRow("field names without case") << "name" << false << QStringList{"0"};
+    QTest::newRow("UPPER drops the case") << "UPPER(NAME)" << false << QStringList{"0i"};
+    QTest::newRow("fields joined") << "NAME+DTOS(WHEN)" << false << QStringList{"0", "2"};
+    QTest::newRow("joined with minus") << "TRIM(NAME)-STR(QTY,10,2)" << false << QStringList{"0", "1"};
+    QTest::newRow("alias") << "STOCK->QTY" << false << QStringList{"1"};
+    QTest::newRow("blanks around") << " UPPER( NAME ) + QTY " << false << QStringList{"0i", "1"};
+    QTest::newRow("descending tag") << "QTY" << true << QStringList{"1d"};
+    QTest::newRow("unknown field") << "PRICE" << false << QStringList();
+    QTest::newRow("function that changes the order") << "LEFT(NAME,3)" << false << QStringList();
+    QTest::newRow("expression in STR's first argument") << "STR(QTY*2,10)" << false << QStringList();
+    QTest::newRow("unbalanced") << "UPPER(NAME" << false << QStringList();
+    QTest::newRow("closing first") << "NAME)+(QTY" << false << QStringList();
+    QTest::newRow("empty") << "" << false << QStringList();
+}
+
+void TestDbfReader::indexKeys()
+{
+    QFETCH(QString, expression);
+    QFETCH(bool, descending);
+    QFETCH(QStringList, parts);
+    const QList<Field> fields = {{"NAME", FieldType::Text, 20}, {"QTY", FieldType::Double, 10}, {"WHEN", FieldType::Date, 8}};
+    const std::optional<IndexKey> key = keyOfExpression(expression, fields, descending);
+    QStringList got;
+    if (key) {
+        for (const IndexKey::Part &part : key->parts)
+            got << QString::number(part.column) + (part.caseInsensitive ? "i" : "") + (part.descending ? "d" : "");
+    }
+    QCOMPARE(key.has_value(), !parts.isEmpty());
+    QCOMPARE(got, parts);
+}
+
+void TestDbfReader::tagKeysBesideTable_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("mdx") << "mdx";
+    QTest::newRow("cdx") << "cdx";
+}
+
+void TestDbfReader::tagKeysBesideTable()
+{
+    QFETCH(QString, kind);
+    const QList<dbfsamples::TagSpec> tags = {{"BYNAME", "UPPER(NAME)", false}, {"BYQTY", "QTY", true},
+                                             {"ODD", "IIF(QTY>1,NAME,'')", false}};
+    TestDir dir;
+    dir.createFile(QStringLiteral("stock.") + kind,
+                   kind == QLatin1String("mdx") ? dbfsamples::mdxIndexWithKeys(tags) : dbfsamples::cdxIndexWithKeys(tags));
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("stock.dbf"), dbfsamples::table(plainSpec())));
+    QVERIFY2(o.table, qPrintable(o.error));
+    QCOMPARE(o.table->indexNames(), QStringList({"BYNAME", "BYQTY", "ODD"}));
+    const Result<IndexKey> byName = o.table->indexKey(QStringLiteral("BYNAME"));
+    QVERIFY2(byName.ok(), qPrintable(byName.errorString));
+    QCOMPARE(byName.value.parts.size(), 1);
+    QVERIFY(byName.value.parts[0].caseInsensitive);
+    QVERIFY(!byName.value.parts[0].descending);
+    const Result<IndexKey> byQty = o.table->indexKey(QStringLiteral("BYQTY"));
+    QVERIFY(byQty.ok());
+    QVERIFY(byQty.value.parts[0].descending);
+    const Result<IndexKey> odd = o.table->indexKey(QStringLiteral("ODD"));
+    QVERIFY(!odd.ok());
+    QVERIFY(odd.errorString.contains(QLatin1String("IIF(QTY>1,NAME,'')")));
 }
 
 void TestDbfReader::companionFilesMatchedWithoutCase()

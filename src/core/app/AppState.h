@@ -2,6 +2,7 @@
 
 #include "core/settings/ProgramOptions.h"
 #include "core/settings/WindowColors.h"
+#include "core/tables/DatabaseValues.h"
 
 #include <QString>
 #include <QStringList>
@@ -37,6 +38,10 @@ public:
     QString searchPattern;
     bool reportMode = false;
     bool cancelFlag = false;
+
+    // The database password, the table list of the last database read and
+    // the structure of its last table read (the table view fills them).
+    tables::DatabaseValues database;
 
     // Settings files, read at start-up.
     settings::ProgramOptions options;

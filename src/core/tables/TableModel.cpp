@@ -3,6 +3,7 @@
 #include "core/tables/TableText.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tarnby::tables {
 
@@ -35,7 +36,16 @@ const QList<Row> *TableModel::page(qint64 number) const
         m_recent.push_front(number);
         return &held->second;
     }
-    Result<QList<Row>> read = m_table->readRows(number * pageRows, pageRows);
+    Result<QList<Row>> read;
+    if (m_order.empty()) {
+        read = m_table->readRows(number * pageRows, pageRows);
+    } else {
+        const size_t first = size_t(number) * pageRows;
+        const size_t end = std::min(m_order.size(), first + pageRows);
+        read = first < end ? readRowsAt(*m_table, std::vector<qint64>(m_order.begin() + qint64(first),
+                                                                        m_order.begin() + qint64(end)))
+                           : Result<QList<Row>>::success({});
+    }
     if (!read.ok())
         m_lastError = read.errorString;
     if ((int)m_pages.size() >= maxPages) {
@@ -52,6 +62,17 @@ QVariant TableModel::value(int row, int column) const
         return {};
     const QList<Row> *rows = page(row / pageRows);
     return rows->value(row % pageRows).value(column);
+}
+
+void TableModel::setOrder(RowOrder order)
+{
+    beginResetModel();
+    m_order = std::move(order);
+    const qint64 rows = m_order.empty() ? m_table->rowCount() : qint64(m_order.size());
+    m_rows = int(qMin<qint64>(rows, std::numeric_limits<int>::max()));
+    m_pages.clear();
+    m_recent.clear();
+    endResetModel();
 }
 
 QVariant TableModel::data(const QModelIndex &index, int role) const

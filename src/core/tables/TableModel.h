@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/platform/tables/TableReader.h"
+#include "core/tables/IndexOrder.h"
 
 #include <QAbstractTableModel>
 
@@ -46,12 +47,19 @@ public:
     // The typed value of a cell (an invalid QVariant for null).
     QVariant value(int row, int column) const;
 
+    // Shows the rows in order (row numbers of the table, as indexOrder gives
+    // them), or in the table's own order when order is empty. Resets the
+    // model.
+    void setOrder(RowOrder order);
+    bool isOrdered() const { return !m_order.empty(); }
+
 private:
     const QList<Row> *page(qint64 number) const;
 
     std::unique_ptr<Table> m_table;
     QList<Field> m_fields;
     int m_rows = 0;
+    RowOrder m_order;
     mutable std::map<qint64, QList<Row>> m_pages;
     mutable std::list<qint64> m_recent; // page numbers, most recent first
     mutable QString m_lastError;

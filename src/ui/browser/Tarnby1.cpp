@@ -29,6 +29,7 @@
 #include "ui/frame/MDIForm1.h"
 #include "ui/search/FindFile1.h"
 #include "ui/services/UiServices.h"
+#include "ui/tables/ProPert1.h"
 #include "ui/settings/SetColor1.h"
 #include "ui/settings/SetFoldr1.h"
 #include "ui/settings/SetOptns1.h"
@@ -1093,10 +1094,10 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::PrinterSetup: notYetAvailable(QStringLiteral("Printer Setup")); return;
     case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
     case BrowserAction::ReceiveFiles: notYetAvailable(QStringLiteral("Receive Files")); return;
-    case BrowserAction::FileProperties: notYetAvailable(QStringLiteral("File Properties")); return;
-    case BrowserAction::SetDatabaseTable: notYetAvailable(QStringLiteral("Set Database Table")); return;
-    case BrowserAction::SetDatabaseTableIndex: notYetAvailable(QStringLiteral("Set Database Table Index")); return;
-    case BrowserAction::ViewTableComments: notYetAvailable(QStringLiteral("View Table Comments")); return;
+    case BrowserAction::FileProperties: showFileProperties(m_state.currentFile, m_state, m_services, this); return;
+    case BrowserAction::SetDatabaseTable: runTableCommand(&ChildFrm1::mnuViewTable_Click); return;
+    case BrowserAction::SetDatabaseTableIndex: runTableCommand(&ChildFrm1::mnuViewIndex_Click); return;
+    case BrowserAction::ViewTableComments: runTableCommand(&ChildFrm1::mnuViewComments_Click); return;
     case BrowserAction::ViewThumbnails: showThumbnails(); return;
     case BrowserAction::AddressBook: notYetAvailable(QStringLiteral("E-Mail Address Book")); return;
     case BrowserAction::ViewGroups:
@@ -1358,6 +1359,28 @@ void Tarnby1::setSelectionCommands(bool fileSelected)
     const bool database = fileSelected && commands::enablesDatabaseEntries(catalogue::GetFileExt(m_state.currentFile));
     for (const QString &key : commands::databaseSelectionKeys())
         m_bar->setEnabled(key, database);
+}
+
+void Tarnby1::runTableCommand(void (ChildFrm1::*command)())
+{
+    // The table of the selected file: its window when it is the active one,
+    // else a new window, which runs the command once it shows the table.
+    const QString path = m_state.currentFile;
+    if (m_frame) {
+        auto *active = qobject_cast<ChildFrm1 *>(m_frame->activeDocumentWidget());
+        if (active && active->filePath() == path && active->FILE_TYPE() == QLatin1String("D")) {
+            m_frame->show();
+            m_frame->raise();
+            (active->*command)();
+            return;
+        }
+    }
+    DisplayImage(path);
+    auto *opened = m_frame ? qobject_cast<ChildFrm1 *>(m_frame->activeDocumentWidget()) : nullptr;
+    if (!opened || opened->filePath() != path || opened->FILE_TYPE() != QLatin1String("D"))
+        return;
+    connect(opened, &ChildFrm1::documentShown, opened, [opened, command] { (opened->*command)(); },
+            Qt::SingleShotConnection);
 }
 
 void Tarnby1::DisplayImage(const QString &path)

@@ -44,6 +44,7 @@ class CommandBar;
 class FileCommands;
 class FileListView;
 class HelpWindow;
+class ChildFrm1;
 class MDIForm1;
 class QuikPict1;
 class ThumbnailView;
@@ -80,6 +81,8 @@ public:
 
     // Opens a file the way a double-click in the list does.
     void DisplayImage(const QString &path);
+    // Runs a table command of the document window on the selected file.
+    void runTableCommand(void (ChildFrm1::*command)());
 
     // The viewing frame, created on first use.
     MDIForm1 *frame();

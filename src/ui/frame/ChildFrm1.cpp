@@ -7,6 +7,7 @@
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
 #include "ui/services/UiServices.h"
+#include "ui/tables/ProPert1.h"
 #include "ui/viewer/PictureDocumentView.h"
 #include "ui/viewer/TableDocumentView.h"
 #include "ui/viewer/TextDocumentView.h"
@@ -50,7 +51,7 @@ ChildFrm1::ChildFrm1(AppState &state, UiServices &services, const QString &path,
             m_view = new TextDocumentView(*m_document, services, *this, this);
         break;
     case DocumentKind::Database:
-        m_view = new TableDocumentView(*m_document, services, *this, this);
+        m_view = new TableDocumentView(*m_document, services, *this, state, this);
         break;
     }
 
@@ -183,6 +184,13 @@ void ChildFrm1::setFrameCheck(const QString &key, bool checked)
     m_toolbarGuard = false;
 }
 
+void ChildFrm1::setFrameEnabled(const QString &key, bool enabled)
+{
+    MDIForm1 *f = frame();
+    if (f && f->activeDocumentWidget() == this)
+        f->commandBar()->setEnabled(key, enabled);
+}
+
 // ---------------------------------------------------------------- operations
 
 void ChildFrm1::notYetAvailable(const QString &what)
@@ -310,10 +318,35 @@ void ChildFrm1::MagnifyingGlass()
 
 void ChildFrm1::mnuFilePrint_Click() { notYetAvailable(QStringLiteral("Printing")); }
 void ChildFrm1::mnuFileSend_Click() { notYetAvailable(QStringLiteral("Sending files by e-mail")); }
-void ChildFrm1::mnuFileProptee_Click() { notYetAvailable(QStringLiteral("File Properties")); }
-void ChildFrm1::mnuViewTable_Click() { m_view->chooseTable(); }
-void ChildFrm1::mnuViewIndex_Click() { m_view->chooseIndex(); }
-void ChildFrm1::mnuViewComments_Click() { m_view->showComments(); }
+void ChildFrm1::mnuFileProptee_Click()
+{
+    if (!catalogue::GetFileTypeFlag(m_path).known()) {
+        m_services.messages.inform(QStringLiteral("Cannot determine File Properties for this type of File"), this);
+        return;
+    }
+    ProPert1 properties(m_view->fileProperties(), m_state, this);
+    properties.exec();
+}
+
+// The table commands come back as clicks when the window itself changes the
+// frame's checks; those must not run again.
+void ChildFrm1::mnuViewTable_Click()
+{
+    if (!m_toolbarGuard)
+        m_view->chooseTable();
+}
+
+void ChildFrm1::mnuViewIndex_Click()
+{
+    if (!m_toolbarGuard)
+        m_view->chooseIndex();
+}
+
+void ChildFrm1::mnuViewComments_Click()
+{
+    if (!m_toolbarGuard)
+        m_view->showComments();
+}
 void ChildFrm1::mnuImageFlip_Click() { m_view->flip(); }
 void ChildFrm1::mnuImageRotate_Click() { m_view->rotate(); }
 void ChildFrm1::mnuImageReverse_Click() { m_view->reverse(); }

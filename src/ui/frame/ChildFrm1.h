@@ -37,7 +37,7 @@ public:
     ~ChildFrm1() override;
 
     QString FILE_TYPE() const override { return viewer::kindLetter(m_kind); }
-    qint16 NUMINDEXES() const override { return m_numIndexes; }
+    qint16 NUMINDEXES() const override { return m_view ? m_view->indexCount() : 0; }
     bool SHUTOFFCLICK_FLG() const override { return m_shutOffClick; }
     QString filePath() const override { return m_path; }
 
@@ -80,6 +80,7 @@ private:
     // DocumentViewHost
     QWidget *outerWindow() const override;
     void setFrameCheck(const QString &key, bool checked) override;
+    void setFrameEnabled(const QString &key, bool enabled) override;
     void copyFileAs() override;
 
     void loadDocument();
@@ -95,7 +96,6 @@ private:
     QString m_path;
     viewer::DocumentKind m_kind;
     QString m_extension;
-    qint16 m_numIndexes = 0;
     bool m_shutOffClick = false;
     // Set while this window changes a checked state in the frame, whose
     // resulting click must not run the operation again.

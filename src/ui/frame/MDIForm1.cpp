@@ -47,6 +47,10 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     m_bar->makeCheckable({commands::keys::NormalBtn, commands::keys::StretchBtn}, true);
     m_bar->makeCheckable({commands::keys::mnuNormalImageView, commands::keys::mnuStretchImageView}, true);
     m_bar->makeCheckable({commands::keys::mnuPanImage, commands::keys::mnuMagnifyingGlass}, false);
+    // The table window checks its table and index lists and its memo box.
+    m_bar->makeCheckable({commands::keys::TableBtn, commands::keys::IndexBtn, commands::keys::mnuSetDatabaseTable,
+                          commands::keys::mnuSetDatabaseTableIndex, commands::keys::mnuSetTableComments},
+                         false);
     connect(m_bar, &CommandBar::toolClicked, this, [this](const QString &key) { toolClick(key); });
 
     m_area = new QMdiArea(this);

@@ -1,6 +1,7 @@
 #include "ui/viewer/DocumentView.h"
 
 #include "core/app/Twips.h"
+#include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "ui/services/UiServices.h"
 
@@ -36,6 +37,13 @@ void DocumentView::showFailure(const QString &error)
 viewer::StatusPanels DocumentView::statusPanels() const
 {
     return viewer::fileStatusPanels(m_document.fileSize());
+}
+
+tables::FileProperties DocumentView::fileProperties() const
+{
+    if (m_document.kind() == viewer::DocumentKind::Picture && !m_document.picture().isNull())
+        return tables::pictureFileProperties(m_document.picture().info);
+    return tables::otherFileProperties(catalogue::GetFileCategoryName(m_document.path()), m_document.fileSize());
 }
 
 void DocumentView::saveAs()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/tables/FileProperties.h"
 #include "core/viewer/DocumentRules.h"
 
 #include <QWidget>
@@ -24,6 +25,9 @@ public:
     // window. Only the active window's changes reach the frame, and the click
     // that a change raises does not run the operation again.
     virtual void setFrameCheck(const QString &key, bool checked) = 0;
+    // Enables or disables one of the frame's commands on behalf of this
+    // window (only the active window's changes reach the frame).
+    virtual void setFrameEnabled(const QString &key, bool enabled) = 0;
     // Copies the shown file under a name the user chooses.
     virtual void copyFileAs() = 0;
 
@@ -63,6 +67,12 @@ public:
     virtual void activate() {}
     // The window is closing: end whatever runs beside the view.
     virtual void closing() {}
+
+    // The number of indexes of the table shown (table views).
+    virtual qint16 indexCount() const { return 0; }
+    // What the properties window shows of the file: the picture rows for a
+    // picture, the type and size of any other file.
+    virtual tables::FileProperties fileProperties() const;
 
     // The window's operations, as they apply to this kind.
     // Save As. By default the file is copied under the new name.

@@ -205,13 +205,14 @@ class DbfTable : public Table
 {
 public:
     DbfTable(QString name, std::unique_ptr<QIODevice> device, std::unique_ptr<DbfMemoFile> memo, QList<DbfField> fields,
-             QStringList indexNames, qint64 headerLength, int recordLength, qint64 recordCount,
-             std::vector<qint64> deleted, quint8 codePageMark)
+             QStringList indexNames, QList<IndexTag> indexTags, qint64 headerLength, int recordLength,
+             qint64 recordCount, std::vector<qint64> deleted, quint8 codePageMark)
         : m_name(std::move(name))
         , m_device(std::move(device))
         , m_memo(std::move(memo))
         , m_fields(std::move(fields))
         , m_indexNames(std::move(indexNames))
+        , m_indexTags(std::move(indexTags))
         , m_headerLength(headerLength)
         , m_recordLength(recordLength)
         , m_recordCount(recordCount)
@@ -234,6 +235,20 @@ public:
 
     QStringList indexNames() const override { return m_indexNames; }
     qint64 rowCount() const override { return m_recordCount - qint64(m_deleted.size()); }
+
+    Result<IndexKey> indexKey(const QString &indexName) const override
+    {
+        for (const IndexTag &tag : m_indexTags) {
+            if (tag.name != indexName)
+                continue;
+            if (const std::optional<IndexKey> key = keyOfExpression(tag.expression, fields(), tag.descending))
+                return Result<IndexKey>::success(*key);
+            return Result<IndexKey>::failure(
+                QStringLiteral("The index \"%1\" orders by \"%2\", an expression Tarnby cannot order by.")
+                    .arg(indexName, tag.expression));
+        }
+        return Table::indexKey(indexName);
+    }
 
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
@@ -390,6 +405,7 @@ private:
     std::unique_ptr<DbfMemoFile> m_memo;
     QList<DbfField> m_fields;
     QStringList m_indexNames;
+    QList<IndexTag> m_indexTags;
     qint64 m_headerLength;
     int m_recordLength;
     qint64 m_recordCount;
@@ -612,9 +628,15 @@ OpenResult openDbf(DbfSources sources)
     if (hasMemoFields && sources.memo)
         memo = std::make_unique<DbfMemoFile>(std::move(sources.memo), sources.memoLayout);
 
+    QList<IndexTag> indexTags = sources.indexTags.mid(0, maxIndexNames);
     QStringList indexNames = sources.indexNames.mid(0, maxIndexNames);
+    if (!indexTags.isEmpty()) {
+        indexNames.clear();
+        for (const IndexTag &tag : std::as_const(indexTags))
+            indexNames << tag.name;
+    }
     auto table = std::make_unique<DbfTable>(name, std::move(sources.table), std::move(memo), std::move(fields),
-                                            std::move(indexNames), headerLength, recordLength, recordCount,
+                                            std::move(indexNames), std::move(indexTags), headerLength, recordLength, recordCount,
                                             std::move(deleted), codePageMark);
     OpenResult result;
     result.file = std::make_unique<DbfFile>(std::move(table), isFoxPro(version) ? QStringLiteral("FoxPro")
@@ -648,9 +670,9 @@ OpenResult openDbfFile(const QString &path)
     }
 
     if (const std::unique_ptr<QIODevice> mdx = openForReading(companionFile(info, QStringLiteral("mdx"))))
-        sources.indexNames = mdxTagNames(*mdx, maxIndexNames);
+        sources.indexTags = mdxTags(*mdx, maxIndexNames);
     else if (const std::unique_ptr<QIODevice> cdx = openForReading(companionFile(info, QStringLiteral("cdx"))))
-        sources.indexNames = cdxTagNames(*cdx, maxIndexNames);
+        sources.indexTags = cdxTags(*cdx, maxIndexNames);
 
     return openDbf(std::move(sources));
 }

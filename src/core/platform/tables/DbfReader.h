@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DbfIndexTags.h"
 #include "DbfMemo.h"
 #include "TableReader.h"
 
@@ -32,6 +33,8 @@ struct DbfSources {
     std::unique_ptr<QIODevice> memo;  // open for reading, or null
     MemoLayout memoLayout = MemoLayout::DbaseIII;
     QStringList indexNames;
+    // The tags with their keys; when given, their names are the index names.
+    QList<IndexTag> indexTags;
 };
 OpenResult openDbf(DbfSources sources);
 

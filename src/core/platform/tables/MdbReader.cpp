@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QtEndian>
 
 // libmdb's header needs glib's declarations first.
@@ -111,8 +112,21 @@ public:
             const auto *index = static_cast<MdbIndex *>(g_ptr_array_index(m_table->indices, i));
             const QString name = QString::fromUtf8(index->name);
             // Indexes of relationships carry names starting with a dot.
-            if (!name.isEmpty() && !name.startsWith(QLatin1Char('.')))
-                m_indexNames << name;
+            if (name.isEmpty() || name.startsWith(QLatin1Char('.')))
+                continue;
+            m_indexNames << name;
+            IndexKey key;
+            for (unsigned k = 0; k < index->num_keys && k < MDB_MAX_IDX_COLS; ++k) {
+                const int column = index->key_col_num[k] - 1;
+                if (column < 0 || column >= m_fields.size()) {
+                    key.parts.clear();
+                    break;
+                }
+                // Jet compares text without regard to case.
+                key.parts.append(IndexKey::Part{column, index->key_col_order[k] == MDB_DESC, true});
+            }
+            if (!key.parts.isEmpty())
+                m_indexKeys.insert(name, key);
         }
         mdb_rewind_table(m_table);
     }
@@ -123,6 +137,11 @@ public:
     QList<Field> fields() const override { return m_fields; }
     QStringList indexNames() const override { return m_indexNames; }
     qint64 rowCount() const override { return m_table->num_rows; }
+    Result<IndexKey> indexKey(const QString &indexName) const override
+    {
+        const auto found = m_indexKeys.constFind(indexName);
+        return found == m_indexKeys.constEnd() ? Table::indexKey(indexName) : Result<IndexKey>::success(*found);
+    }
 
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
@@ -216,6 +235,7 @@ private:
     MdbTableDef *m_table;
     QList<Field> m_fields;
     QStringList m_indexNames;
+    QHash<QString, IndexKey> m_indexKeys;
     std::vector<int> m_types;
     std::vector<std::vector<char>> m_buffers;
     std::vector<int> m_lengths;

@@ -191,6 +191,17 @@ public:
     }
     QStringList indexNames() const override { return m_indexNames; }
     qint64 rowCount() const override { return m_rows; }
+    void setKeyFields(int count) { m_keyFields = count; }
+
+    Result<IndexKey> indexKey(const QString &indexName) const override
+    {
+        if (!m_indexNames.contains(indexName))
+            return Table::indexKey(indexName);
+        IndexKey key;
+        for (int i = 0; i < m_keyFields && i < m_fields.size(); ++i)
+            key.parts.append(IndexKey::Part{i, false, false});
+        return Result<IndexKey>::success(key);
+    }
 
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
@@ -314,6 +325,7 @@ private:
     std::unique_ptr<QIODevice> m_memo;
     QList<ParadoxField> m_fields;
     QStringList m_indexNames;
+    int m_keyFields = 0;
     int m_recordSize;
     std::vector<BlockRun> m_blocks;
     QStringDecoder m_text;
@@ -413,6 +425,8 @@ OpenResult openParadox(ParadoxSources sources)
     const int fileBlocks = qFromLittleEndian<quint16>(h + 0x0C);
     const int firstBlock = qFromLittleEndian<quint16>(h + 0x0E);
     const int fieldCount = qFromLittleEndian<quint16>(h + 0x21);
+    // A keyed table's primary key is made of its first fields.
+    const int keyFields = qFromLittleEndian<quint16>(h + 0x23);
     const quint32 encryption1 = qFromLittleEndian<quint32>(h + 0x25);
     const quint8 version = h[0x39];
     // Data tables only: 0 keyed, 2 unkeyed. Other types are index files.
@@ -506,10 +520,11 @@ OpenResult openParadox(ParadoxSources sources)
     Q_UNUSED(fileBlocks)
 
     QStringList indexNames;
-    if (fileType == 0 && sources.primaryIndex)
+    if (fileType == 0 && sources.primaryIndex && keyFields > 0 && keyFields <= fieldCount)
         indexNames << QStringLiteral("PrimaryKey");
     auto table = std::make_unique<ParadoxTable>(name, std::move(sources.table), std::move(sources.memo), fields,
                                                 indexNames, recordSize, std::move(blocks), codePage);
+    table->setKeyFields(keyFields);
     OpenResult result;
     result.file = std::make_unique<ParadoxFile>(std::move(table));
     return result;

@@ -119,6 +119,31 @@ public:
     QStringList indexNames() const override { return m_indexNames; }
     qint64 rowCount() const override { return m_rows; }
 
+    Result<IndexKey> indexKey(const QString &indexName) const override
+    {
+        if (!m_indexNames.contains(indexName))
+            return Table::indexKey(indexName);
+        // Key columns in key order: column number (-1 for an expression),
+        // sort order, collation; the rest of index_xinfo's rows are the
+        // row id and the like, which are not keys.
+        QSqlQuery query(m_connection->database());
+        IndexKey key;
+        if (!query.exec(QStringLiteral("PRAGMA index_xinfo(%1)").arg(quoted(indexName))))
+            return Table::indexKey(indexName);
+        while (query.next()) {
+            if (!query.value(5).toBool())
+                continue;
+            const int column = query.value(1).toInt();
+            if (column < 0 || column >= m_fields.size())
+                return Table::indexKey(indexName);
+            key.parts.append(IndexKey::Part{column, query.value(3).toBool(),
+                                            query.value(4).toString().compare(QLatin1String("NOCASE"), Qt::CaseInsensitive) == 0});
+        }
+        if (key.parts.isEmpty())
+            return Table::indexKey(indexName);
+        return Result<IndexKey>::success(key);
+    }
+
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
         QList<Row> rows;

@@ -13,6 +13,13 @@
 namespace tarnby::tables {
 
 Table::~Table() = default;
+
+Result<IndexKey> Table::indexKey(const QString &indexName) const
+{
+    return Result<IndexKey>::failure(
+        QStringLiteral("Tarnby cannot tell which fields the index \"%1\" of the table \"%2\" orders by.")
+            .arg(indexName, name()));
+}
 TableFile::~TableFile() = default;
 
 namespace {

@@ -88,6 +88,17 @@ struct Result {
     }
 };
 
+// What an index orders a table's rows by: its key columns, most significant
+// first.
+struct IndexKey {
+    struct Part {
+        int column = 0; // a field number of the table, from 0
+        bool descending = false;
+        bool caseInsensitive = false; // text compared without regard to case
+    };
+    QList<Part> parts;
+};
+
 // One open table.
 class Table
 {
@@ -103,6 +114,9 @@ public:
     // Rows first to first + count - 1 (fewer at the end), in the file's
     // order. Cost: the bytes of those rows and of their memos.
     virtual Result<QList<Row>> readRows(qint64 first, int count) = 0;
+    // The key of the index of that name. By default no index's key is
+    // known, and the answer says so.
+    virtual Result<IndexKey> indexKey(const QString &indexName) const;
 };
 
 // One open file holding one or more tables.
