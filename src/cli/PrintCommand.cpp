@@ -1,0 +1,259 @@
+#include "CliCommand.h"
+
+#include "core/platform/imaging/PictureLayer.h"
+#include "core/platform/tables/TableReader.h"
+#include "core/printing/ListingPrint.h"
+#include "core/printing/LocationReport.h"
+#include "core/printing/PicturePrint.h"
+#include "core/printing/TextPrint.h"
+#include "core/search/DiskSearchTree.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QPageLayout>
+#include <QPdfWriter>
+#include <QSaveFile>
+#include <QTemporaryDir>
+
+namespace {
+
+using namespace tarnby::printing;
+
+const QString Usage = QStringLiteral(
+    "Usage: tarnby-cli print FILE --pdf OUT [--title T] [--title-at X,Y] [--at X,Y] [--size WxH]\n"
+    "                        [--table T] [--fields a,b,c] [--password-file F]\n"
+    "                        [--font FAMILY] [--font-size PT]\n"
+    "       tarnby-cli print [FILE --use-file] --report PATTERN DIR... --pdf OUT\n");
+
+int usageError(const QString &message = {})
+{
+    if (!message.isEmpty())
+        tarnby::cli::err(QStringLiteral("tarnby-cli print: ") + message + QLatin1Char('\n'));
+    tarnby::cli::err(Usage);
+    return 2;
+}
+
+int fail(const QString &message)
+{
+    tarnby::cli::err(QStringLiteral("tarnby-cli print: ") + message + QLatin1Char('\n'));
+    return 1;
+}
+
+struct PrintOptions {
+    QString file;
+    QString pdf;
+    QString title;
+    QString titleX, titleY;
+    QString x, y, width, height;
+    QString table;
+    QStringList fields;
+    QString passwordFile;
+    bool report = false;
+    bool useFile = false;
+    QString pattern;
+    QStringList folders;
+    PrintFont font;
+};
+
+// "X,Y" or "WxH" into two box texts, as the window's boxes would hold them.
+bool splitPair(const QByteArray &value, char separator, QString *first, QString *second)
+{
+    const QList<QByteArray> parts = value.split(separator);
+    if (parts.size() != 2)
+        return false;
+    bool ok1 = false, ok2 = false;
+    parts[0].toDouble(&ok1);
+    parts[1].toDouble(&ok2);
+    if (!ok1 || !ok2)
+        return false;
+    *first = QString::fromLatin1(parts[0]);
+    *second = QString::fromLatin1(parts[1]);
+    return true;
+}
+
+// A PDF of letter paper without margins: the page is exactly the 8.5 by 11
+// inches every job lays out.
+void setUpWriter(QPdfWriter &writer)
+{
+    writer.setResolution(600);
+    writer.setPageLayout(QPageLayout(QPageSize(QPageSize::Letter), QPageLayout::Portrait, QMarginsF(0, 0, 0, 0),
+                                     QPageLayout::Inch));
+    writer.setCreator(QStringLiteral("Tarnby"));
+}
+
+bool readPassword(const QString &path, QString *password)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    QByteArray line = file.readLine(64 * 1024);
+    while (line.endsWith('\n') || line.endsWith('\r'))
+        line.chop(1);
+    *password = QString::fromUtf8(line);
+    return true;
+}
+
+int finish(const PrintResult &result)
+{
+    if (!result.errorString.isEmpty())
+        return fail(result.errorString);
+    tarnby::cli::out(QStringLiteral("%1 pages\n").arg(result.pages));
+    return 0;
+}
+
+int printListingFile(QPdfWriter &writer, const PrintOptions &options)
+{
+    QString password;
+    if (!options.passwordFile.isEmpty() && !readPassword(options.passwordFile, &password))
+        return fail(QStringLiteral("The password file cannot be read - ") + options.passwordFile);
+    const tarnby::tables::OpenResult opened = tarnby::tables::openTableFile(options.file, password);
+    if (!opened.ok() || opened.file->tableNames().isEmpty())
+        return fail(QLatin1String(DatabaseCannotBeOpened) + (opened.errorString.isEmpty()
+                                                                  ? QString()
+                                                                  : QStringLiteral(": ") + opened.errorString));
+    const QString name = options.table.isEmpty() ? opened.file->tableNames().constFirst() : options.table;
+    auto table = opened.file->openTable(name);
+    if (!table.ok())
+        return fail(table.errorString);
+    const QList<tarnby::tables::Field> fields = table.value->fields();
+    for (const QString &field : options.fields) {
+        if (std::none_of(fields.begin(), fields.end(), [&](const auto &f) { return f.name == field; }))
+            return fail(QStringLiteral("The table has no field named ") + field);
+    }
+    return finish(printListing(writer, *table.value, options.fields, fileNamePart(options.file), options.font));
+}
+
+int printPictureFile(QPdfWriter &writer, const PrintOptions &options)
+{
+    const tarnby::imaging::LoadResult loaded = tarnby::imaging::loadPicture(options.file);
+    if (!loaded.ok())
+        return fail(loaded.errorString.isEmpty() ? QStringLiteral("The picture cannot be read - ") + options.file
+                                                 : loaded.errorString);
+    const QImage image = loaded.picture.image();
+    const PicturePlacement placement = placementFromBoxes(options.titleX, options.titleY, options.x, options.y,
+                                                          options.width, options.height, image);
+    return finish(printPicture(writer, image, options.title, placement, options.font));
+}
+
+int printReportFile(QPdfWriter &writer, const PrintOptions &options)
+{
+    for (const QString &folder : options.folders) {
+        if (!QFileInfo(folder).isDir())
+            return usageError(QStringLiteral("not a folder: ") + folder);
+    }
+    // With --use-file, the file's name is what the walk looks for.
+    const QString pattern = options.useFile ? fileNamePart(options.file) : options.pattern;
+    QTemporaryDir folder;
+    if (!folder.isValid())
+        return fail(QStringLiteral("No temporary folder for the report file."));
+    const QString reportFile = folder.filePath(QLatin1String(ReportFileName));
+    tarnby::search::DiskSearchTree tree(options.folders);
+    bool reportMode = false;
+    const ReportWalk walk = runReportWalk(tree, tree, pattern, reportFile, reportMode);
+    if (walk.outcome == tarnby::search::SearchOutcome::ReportFailed)
+        return fail(walk.errorString);
+    return finish(printReport(writer, reportFile, reportTitle(pattern, options.useFile, fileNamePart(options.file)),
+                              options.font));
+}
+
+int runPrint(const QByteArrayList &args)
+{
+    PrintOptions options;
+    auto value = [&](qsizetype &i) -> QByteArray { return i + 1 < args.size() ? args.at(++i) : QByteArray(); };
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QByteArray &arg = args.at(i);
+        if (arg == "--pdf" || arg == "--title" || arg == "--table" || arg == "--password-file"
+            || arg == "--font" || arg == "--fields" || arg == "--at" || arg == "--title-at" || arg == "--size"
+            || arg == "--font-size" || arg == "--report") {
+            if (i + 1 >= args.size())
+                return usageError(QString::fromLatin1(arg) + QStringLiteral(" needs a value"));
+            const QByteArray v = value(i);
+            if (arg == "--pdf")
+                options.pdf = QFile::decodeName(v);
+            else if (arg == "--title")
+                options.title = QString::fromLocal8Bit(v);
+            else if (arg == "--table")
+                options.table = QString::fromLocal8Bit(v);
+            else if (arg == "--password-file")
+                options.passwordFile = QFile::decodeName(v);
+            else if (arg == "--font")
+                options.font.family = QString::fromLocal8Bit(v);
+            else if (arg == "--fields")
+                options.fields = QString::fromLocal8Bit(v).split(QLatin1Char(','), Qt::SkipEmptyParts);
+            else if (arg == "--at" && !splitPair(v, ',', &options.x, &options.y))
+                return usageError(QStringLiteral("--at wants X,Y in inches"));
+            else if (arg == "--title-at" && !splitPair(v, ',', &options.titleX, &options.titleY))
+                return usageError(QStringLiteral("--title-at wants X,Y in inches"));
+            else if (arg == "--size" && !splitPair(v, 'x', &options.width, &options.height))
+                return usageError(QStringLiteral("--size wants WxH in inches"));
+            else if (arg == "--font-size") {
+                bool ok = false;
+                options.font.pointSize = v.toDouble(&ok);
+                if (!ok || options.font.pointSize < 4 || options.font.pointSize > 72)
+                    return usageError(QStringLiteral("--font-size wants 4 to 72 points"));
+            } else if (arg == "--report") {
+                options.report = true;
+                options.pattern = QString::fromLocal8Bit(v);
+                // The folders follow the pattern up to the next option.
+                while (i + 1 < args.size() && !args.at(i + 1).startsWith("--"))
+                    options.folders.append(QFile::decodeName(args.at(++i)));
+            }
+        } else if (arg == "--use-file") {
+            options.useFile = true;
+        } else if (arg.startsWith("--")) {
+            return usageError(QStringLiteral("unknown option ") + QString::fromLocal8Bit(arg));
+        } else if (options.file.isEmpty()) {
+            options.file = QFile::decodeName(arg);
+        } else {
+            return usageError(QStringLiteral("more than one file"));
+        }
+    }
+    if (options.pdf.isEmpty())
+        return usageError(QStringLiteral("--pdf OUT is required"));
+    if (options.report) {
+        if (options.folders.isEmpty())
+            return usageError(QStringLiteral("--report needs a pattern and at least one folder"));
+        if (options.useFile ? options.file.isEmpty() : options.pattern.trimmed().isEmpty())
+            return fail(QLatin1String(ReportNeedsFileOrType));
+    } else if (options.file.isEmpty()) {
+        return usageError();
+    } else if (!QFileInfo(options.file).isFile()) {
+        return fail(QStringLiteral("No such file - ") + options.file);
+    }
+
+    // The PDF replaces OUT only when the job printed whole.
+    QSaveFile out(options.pdf);
+    if (!out.open(QIODevice::WriteOnly))
+        return fail(QStringLiteral("Cannot write - ") + options.pdf);
+    int status = 0;
+    {
+        QPdfWriter writer(&out);
+        setUpWriter(writer);
+        if (options.report)
+            status = printReportFile(writer, options);
+        else if (printsAsListing(options.file))
+            status = printListingFile(writer, options);
+        else if (printsAsText(options.file))
+            status = finish(printTextFile(writer, options.file, false, options.font));
+        else
+            status = printPictureFile(writer, options);
+    }
+    if (status != 0)
+        return status;
+    if (!out.commit())
+        return fail(QStringLiteral("Cannot write - ") + options.pdf);
+    return 0;
+}
+
+} // namespace
+
+TARNBY_CLI_DRAWING_COMMAND(
+    print, "print",
+    "print FILE --pdf OUT [--title T] [--title-at X,Y] [--at X,Y] [--size WxH] [--table T] [--fields a,b,c] "
+    "[--password-file F] [--font FAMILY] [--font-size PT] | print [FILE --use-file] --report PATTERN DIR... --pdf OUT",
+    "Prints to a PDF file as the print window does: a picture with a title (--title at --title-at, the picture "
+    "at --at with --size, in inches; empty means the top left corner and the picture's own size), a text file, a "
+    "table listing (--table, default the first; --fields, default all) or a folder-location report (--report: "
+    "every folder below DIR... holding files that match PATTERN; with --use-file the file's name is the "
+    "pattern). Letter paper, portrait.",
+    runPrint);
