@@ -38,6 +38,12 @@ public:
     bool reportMode = false;
     bool cancelFlag = false;
 
+    // The small tools' windows are open (each sets its flag when it opens and
+    // clears it when it closes; the about window only sets it).
+    bool internetListOpen = false;
+    bool tipsWindowOpen = false;
+    bool aboutWindowOpen = false;
+
     // Settings files, read at start-up.
     settings::ProgramOptions options;
     settings::WindowColors colors;

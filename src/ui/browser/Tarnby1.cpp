@@ -14,6 +14,7 @@
 #include "core/search/FileSearch.h"
 #include "core/settings/SettingsFiles.h"
 #include "core/settings/WorkingFolders.h"
+#include "core/tools/QuickTips.h"
 #include "core/viewer/DocumentRules.h"
 #include "ui/browser/FileListView.h"
 #include "ui/browser/QuikPict1.h"
@@ -30,7 +31,10 @@
 #include "ui/settings/SetFoldr1.h"
 #include "ui/settings/SetOptns1.h"
 #include "ui/settings/WindowColorsApplier.h"
+#include "ui/tools/About1.h"
+#include "ui/tools/GetURL1.h"
 #include "ui/tools/HelpWindow.h"
+#include "ui/tools/QuikTip1.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
@@ -378,6 +382,8 @@ void Tarnby1::load(const StartupRequest &request)
     m_startupSteps << QStringLiteral("organizer");
 
     // 11. Quick tips, when the options ask for them.
+    if (tools::showTipsAtStartup(m_state.options.quickTipsAtStartup))
+        showQuickTips(m_state, m_services, this);
     m_startupSteps << QStringLiteral("quick tips");
 }
 
@@ -823,7 +829,15 @@ void Tarnby1::runCommand(BrowserAction action)
         return;
     }
     case BrowserAction::OpenWithApplication: m_files->OpenwithOLE(); return;
-    case BrowserAction::OpenInternetPicture: notYetAvailable(QStringLiteral("Open File Located on the Internet")); return;
+    case BrowserAction::OpenInternetPicture: {
+        bool created = false;
+        GetURL1 *window = showInternetList(m_state, m_services, this, &created);
+        if (created) {
+            connect(window, &GetURL1::displayRequested, this, &Tarnby1::DisplayImage);
+            connect(window, &GetURL1::helpRequested, this, [this] { showHelp(false); });
+        }
+        return;
+    }
     case BrowserAction::FindFiles: showFindWindow(); return;
     case BrowserAction::FindNext: FindNext(); return;
     case BrowserAction::SaveFileAs: m_files->SaveFileAs(); return;
@@ -874,8 +888,12 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::ComputerInNetwork: setComputerInNetwork(); return;
     case BrowserAction::RefreshFileList: refreshLists(); return;
     case BrowserAction::CollapseTree: collapseTree(); return;
-    case BrowserAction::QuickTips: notYetAvailable(QStringLiteral("Quick Tips")); return;
-    case BrowserAction::About: notYetAvailable(QStringLiteral("About Tarnby")); return;
+    case BrowserAction::QuickTips: showQuickTips(m_state, m_services, this); return;
+    case BrowserAction::About: {
+        About1 window(m_state, m_services, m_store, this);
+        window.exec();
+        return;
+    }
     case BrowserAction::LargeIcons: setViewStyle(ViewStyle::LargeIcons); return;
     case BrowserAction::SmallIcons: setViewStyle(ViewStyle::SmallIcons); return;
     case BrowserAction::ListIcons: setViewStyle(ViewStyle::List); return;
