@@ -31,6 +31,7 @@
 #include "ui/settings/SetFoldr1.h"
 #include "ui/settings/SetOptns1.h"
 #include "ui/settings/WindowColorsApplier.h"
+#include "ui/printing/PrntFrm1.h"
 #include "ui/tools/About1.h"
 #include "ui/tools/GetURL1.h"
 #include "ui/tools/HelpWindow.h"
@@ -844,8 +845,13 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, catalogue::GetFileExt(m_state.currentFile)); return;
     case BrowserAction::RenameFile: m_files->RenameFile(m_state.currentFile); return;
     case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
-    case BrowserAction::PrintFile: notYetAvailable(QStringLiteral("Print File")); return;
-    case BrowserAction::PrinterSetup: notYetAvailable(QStringLiteral("Printer Setup")); return;
+    case BrowserAction::PrintFile: {
+        PrntFrm1 window(m_state, m_services, this);
+        connect(&window, &PrntFrm1::helpRequested, this, [this] { showHelp(false); });
+        window.exec();
+        return;
+    }
+    case BrowserAction::PrinterSetup: showPageSetup(this); return;
     case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
     case BrowserAction::ReceiveFiles: notYetAvailable(QStringLiteral("Receive Files")); return;
     case BrowserAction::FileProperties: notYetAvailable(QStringLiteral("File Properties")); return;
