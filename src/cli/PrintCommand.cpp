@@ -1,12 +1,7 @@
 #include "CliCommand.h"
 
 #include "core/platform/imaging/PictureLayer.h"
-#include "core/platform/tables/TableReader.h"
-#include "core/printing/ListingPrint.h"
-#include "core/printing/LocationReport.h"
-#include "core/printing/PicturePrint.h"
-#include "core/printing/TextPrint.h"
-#include "core/search/DiskSearchTree.h"
+#include "core/printing/PrintJob.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -93,67 +88,45 @@ bool readPassword(const QString &path, QString *password)
     return true;
 }
 
-int finish(const PrintResult &result)
+// The report file of a walk from the command line lives in a temporary folder.
+int printFile(QPdfWriter &writer, const PrintOptions &options)
 {
+    PrintJobRequest request;
+    request.file = options.file;
+    request.font = options.font;
+    QTemporaryDir folder;
+    if (options.report) {
+        request.tab = PrintTab::Report;
+        request.pattern = options.pattern;
+        request.useFile = options.useFile;
+        request.reportRoots = options.folders;
+        if (!folder.isValid())
+            return fail(QStringLiteral("No temporary folder for the report file."));
+        request.reportFile = folder.filePath(QLatin1String(ReportFileName));
+    } else if (printsAsListing(options.file)) {
+        request.tab = PrintTab::Listing;
+        request.table = options.table;
+        request.fields = options.fields;
+        if (!options.passwordFile.isEmpty() && !readPassword(options.passwordFile, &request.password))
+            return fail(QStringLiteral("The password file cannot be read - ") + options.passwordFile);
+    } else if (printsAsText(options.file)) {
+        request.tab = PrintTab::Text;
+    } else {
+        request.tab = PrintTab::Picture;
+        const tarnby::imaging::LoadResult loaded = tarnby::imaging::loadPicture(options.file);
+        if (!loaded.ok())
+            return fail(loaded.errorString.isEmpty() ? QStringLiteral("The picture cannot be read - ") + options.file
+                                                     : loaded.errorString);
+        request.picture = loaded.picture.image();
+        request.title = options.title;
+        request.placement = placementFromBoxes(options.titleX, options.titleY, options.x, options.y,
+                                               options.width, options.height, request.picture);
+    }
+    const PrintResult result = runPrintJob(writer, request);
     if (!result.errorString.isEmpty())
         return fail(result.errorString);
     tarnby::cli::out(QStringLiteral("%1 pages\n").arg(result.pages));
     return 0;
-}
-
-int printListingFile(QPdfWriter &writer, const PrintOptions &options)
-{
-    QString password;
-    if (!options.passwordFile.isEmpty() && !readPassword(options.passwordFile, &password))
-        return fail(QStringLiteral("The password file cannot be read - ") + options.passwordFile);
-    const tarnby::tables::OpenResult opened = tarnby::tables::openTableFile(options.file, password);
-    if (!opened.ok() || opened.file->tableNames().isEmpty())
-        return fail(QLatin1String(DatabaseCannotBeOpened) + (opened.errorString.isEmpty()
-                                                                  ? QString()
-                                                                  : QStringLiteral(": ") + opened.errorString));
-    const QString name = options.table.isEmpty() ? opened.file->tableNames().constFirst() : options.table;
-    auto table = opened.file->openTable(name);
-    if (!table.ok())
-        return fail(table.errorString);
-    const QList<tarnby::tables::Field> fields = table.value->fields();
-    for (const QString &field : options.fields) {
-        if (std::none_of(fields.begin(), fields.end(), [&](const auto &f) { return f.name == field; }))
-            return fail(QStringLiteral("The table has no field named ") + field);
-    }
-    return finish(printListing(writer, *table.value, options.fields, fileNamePart(options.file), options.font));
-}
-
-int printPictureFile(QPdfWriter &writer, const PrintOptions &options)
-{
-    const tarnby::imaging::LoadResult loaded = tarnby::imaging::loadPicture(options.file);
-    if (!loaded.ok())
-        return fail(loaded.errorString.isEmpty() ? QStringLiteral("The picture cannot be read - ") + options.file
-                                                 : loaded.errorString);
-    const QImage image = loaded.picture.image();
-    const PicturePlacement placement = placementFromBoxes(options.titleX, options.titleY, options.x, options.y,
-                                                          options.width, options.height, image);
-    return finish(printPicture(writer, image, options.title, placement, options.font));
-}
-
-int printReportFile(QPdfWriter &writer, const PrintOptions &options)
-{
-    for (const QString &folder : options.folders) {
-        if (!QFileInfo(folder).isDir())
-            return usageError(QStringLiteral("not a folder: ") + folder);
-    }
-    // With --use-file, the file's name is what the walk looks for.
-    const QString pattern = options.useFile ? fileNamePart(options.file) : options.pattern;
-    QTemporaryDir folder;
-    if (!folder.isValid())
-        return fail(QStringLiteral("No temporary folder for the report file."));
-    const QString reportFile = folder.filePath(QLatin1String(ReportFileName));
-    tarnby::search::DiskSearchTree tree(options.folders);
-    bool reportMode = false;
-    const ReportWalk walk = runReportWalk(tree, tree, pattern, reportFile, reportMode);
-    if (walk.outcome == tarnby::search::SearchOutcome::ReportFailed)
-        return fail(walk.errorString);
-    return finish(printReport(writer, reportFile, reportTitle(pattern, options.useFile, fileNamePart(options.file)),
-                              options.font));
 }
 
 int runPrint(const QByteArrayList &args)
@@ -210,6 +183,10 @@ int runPrint(const QByteArrayList &args)
     }
     if (options.pdf.isEmpty())
         return usageError(QStringLiteral("--pdf OUT is required"));
+    for (const QString &folder : options.folders) {
+        if (!QFileInfo(folder).isDir())
+            return usageError(QStringLiteral("not a folder: ") + folder);
+    }
     if (options.report) {
         if (options.folders.isEmpty())
             return usageError(QStringLiteral("--report needs a pattern and at least one folder"));
@@ -229,14 +206,7 @@ int runPrint(const QByteArrayList &args)
     {
         QPdfWriter writer(&out);
         setUpWriter(writer);
-        if (options.report)
-            status = printReportFile(writer, options);
-        else if (printsAsListing(options.file))
-            status = printListingFile(writer, options);
-        else if (printsAsText(options.file))
-            status = finish(printTextFile(writer, options.file, false, options.font));
-        else
-            status = printPictureFile(writer, options);
+        status = printFile(writer, options);
     }
     if (status != 0)
         return status;

@@ -30,6 +30,13 @@ PrintResult runPrintJob(QPagedPaintDevice &device, const PrintJobRequest &reques
             result.errorString = table.errorString;
             return result;
         }
+        const QList<tables::Field> fields = table.value->fields();
+        for (const QString &name : request.fields) {
+            if (std::none_of(fields.begin(), fields.end(), [&](const tables::Field &f) { return f.name == name; })) {
+                result.errorString = QStringLiteral("The table has no field named ") + name;
+                return result;
+            }
+        }
         return printListing(device, *table.value, request.fields, fileNamePart(request.file), request.font, control);
     }
     case PrintTab::Report: {
