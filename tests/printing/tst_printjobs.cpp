@@ -112,6 +112,7 @@ private slots:
     void listingFields();
     void listingWrapsAndBreaksPages();
     void listingReadsInBatches();
+    void numbersAndDatesKeepToOneLine();
     void reportModeAroundWalk_data();
     void reportModeAroundWalk();
     void reportPrintsFoldersAndIndentedNames();
@@ -439,6 +440,40 @@ void TestPrintJobs::listingReadsInBatches()
     QVERIFY(result.cancelled);
     QVERIFY(table.largestRead <= ListingRowsPerRead);
     QVERIFY(result.pages < 20);
+}
+
+void TestPrintJobs::numbersAndDatesKeepToOneLine()
+{
+    const QList<tables::Field> fields = {
+        {QStringLiteral("ID"), tables::FieldType::Double, 8},
+        {QStringLiteral("SOLD"), tables::FieldType::Date, 8},
+        {QStringLiteral("NAME"), tables::FieldType::Text, 30},
+    };
+    GeneratedTable table(fields, 40, [](qint64 row, int field) -> QVariant {
+        if (field == 0)
+            return 12345678.0 + double(row);
+        if (field == 1)
+            return QDate(2000, 12, 28).addDays(row);
+        return QStringLiteral("Item %1").arg(row, 22, 10, QLatin1Char('0'));
+    });
+    TestDir dir;
+    const QString pdf = dir.filePath("dates.pdf");
+    {
+        QPdfWriter writer(pdf);
+        letter(writer);
+        QVERIFY(printListing(writer, table, {}, QStringLiteral("D.DBF"), PrintFont{}).ok());
+    }
+    const QStringList pages = pdfreadback::pages(pdf);
+    QCOMPARE(pages.size(), 1);
+    // One line a row: the heading, the rule and 40 rows.
+    int rows = 0;
+    for (const QString &line : pdfreadback::lines(pages[0])) {
+        if (line.contains(QLatin1String("Item ")))
+            ++rows;
+    }
+    QCOMPARE(rows, 40);
+    QVERIFY(pages[0].contains(QStringLiteral("2000-12-28")));
+    QVERIFY(pages[0].contains(QStringLiteral("12345717")));
 }
 
 void TestPrintJobs::reportModeAroundWalk_data()

@@ -220,9 +220,12 @@ PrintResult printListing(QPagedPaintDevice &device, tables::Table &table, const 
         result.errorString = canvas.errorString();
         return result;
     }
-    // The average width of a character of the print font sizes the columns.
+    // A character of a column is as wide as a digit (wider than the font's
+    // average letter), so that numbers and dates of the field's size fit on
+    // one line.
+    const QFontMetricsF metrics(qfont, &device);
     const double characterWidth =
-        canvas.inchesX(QFontMetricsF(qfont, &device).averageCharWidth());
+        canvas.inchesX(std::max(metrics.averageCharWidth(), metrics.horizontalAdvance(QLatin1Char('0'))));
     const QList<ListingColumn> columns = layoutColumns(table.fields(), chosen, characterWidth);
     ListingPrinter printer(canvas, columns, listingTitle(fileName), qfont, control);
     printer.firstPage();
