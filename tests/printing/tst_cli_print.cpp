@@ -1,33 +1,14 @@
 #include "CliRun.h"
 #include "PdfReadBack.h"
+#include "SqliteMaker.h"
 #include "TestDir.h"
 
 #include <QImage>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTest>
 
 using clitest::runCli;
 
-namespace {
-
-bool makeDatabase(const QString &path, const QStringList &statements)
-{
-    bool ok = true;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("maker"));
-        db.setDatabaseName(path);
-        ok = db.open();
-        QSqlQuery query(db);
-        for (const QString &s : statements)
-            ok = ok && query.exec(s);
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("maker"));
-    return ok;
-}
-
-} // namespace
+using sqlitemaker::makeDatabase;
 
 class TestCliPrint : public QObject
 {

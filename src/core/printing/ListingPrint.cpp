@@ -252,12 +252,7 @@ PrintResult printListing(QPagedPaintDevice &device, tables::Table &table, const 
             }
         }
     }
-    result.pages = canvas.pageNumber();
-    if (control && control->progress)
-        control->progress(result.pages);
-    if (!canvas.end() && result.errorString.isEmpty())
-        result.errorString = canvas.errorString();
-    return result;
+    return canvas.finishJob(result, control);
 }
 
 } // namespace tarnby::printing

@@ -121,12 +121,7 @@ PrintResult printReport(QPagedPaintDevice &device, const QString &reportFile, co
         result.errorString = canvas.errorString();
     else if (file.error() != QFileDevice::NoError)
         result.errorString = QStringLiteral("Cannot read the report file - ") + reportFile;
-    result.pages = canvas.pageNumber();
-    if (control && control->progress)
-        control->progress(result.pages);
-    if (!canvas.end() && result.errorString.isEmpty())
-        result.errorString = canvas.errorString();
-    return result;
+    return canvas.finishJob(result, control);
 }
 
 } // namespace tarnby::printing

@@ -44,6 +44,16 @@ bool PageCanvas::end()
     return true;
 }
 
+PrintResult PageCanvas::finishJob(PrintResult result, JobControl *control)
+{
+    result.pages = m_page;
+    if (control && control->progress)
+        control->progress(result.pages);
+    if (!end() && result.errorString.isEmpty())
+        result.errorString = m_error;
+    return result;
+}
+
 void PageCanvas::setFont(const QFont &font)
 {
     m_font = font;

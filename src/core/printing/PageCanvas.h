@@ -31,6 +31,10 @@ public:
     bool begin();
     // Ends the document. False when the device failed on the way.
     bool end();
+    // Ends the document of a job: result.pages becomes the page count,
+    // control hears it, and a failing end becomes the job's error unless it
+    // has one already.
+    PrintResult finishJob(PrintResult result, JobControl *control);
     QString errorString() const { return m_error; }
 
     QPainter &painter() { return m_painter; }

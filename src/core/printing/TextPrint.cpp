@@ -113,20 +113,19 @@ PrintResult printTextFile(QPagedPaintDevice &device, const QString &path, bool u
             result.errorString = error.isEmpty() ? QStringLiteral("The file is not rich text - ") + path : error;
             return result;
         }
-    } else if (extension == QLatin1String("DOC")) {
-        const viewer::ConvertedDocument converted = viewer::convertWordDocument(path);
+    } else if (extension == QLatin1String("DOC") || extension == QLatin1String("WPS")) {
+        // Word documents come back as text, Works documents as HTML.
+        const viewer::ConvertedDocument converted = extension == QLatin1String("DOC")
+                                                        ? viewer::convertWordDocument(path)
+                                                        : viewer::convertWorksDocument(path);
         if (!converted.ok()) {
             result.errorString = converted.errorString;
             return result;
         }
-        document.setPlainText(converted.plainText);
-    } else if (extension == QLatin1String("WPS")) {
-        const viewer::ConvertedDocument converted = viewer::convertWorksDocument(path);
-        if (!converted.ok()) {
-            result.errorString = converted.errorString;
-            return result;
-        }
-        document.setHtml(converted.html);
+        if (converted.html.isEmpty())
+            document.setPlainText(converted.plainText);
+        else
+            document.setHtml(converted.html);
     } else {
         QByteArray bytes;
         result.errorString = readWhole(path, &bytes);
