@@ -1,4 +1,5 @@
 #include "Fixtures.h"
+#include "SqliteMaker.h"
 #include "TestDir.h"
 
 #include "core/platform/tables/TableReader.h"
@@ -15,27 +16,7 @@ using namespace tarnby::tables;
 
 namespace {
 
-// Builds an SQLite database with the statements given, through a connection
-// of its own that is gone before the reader opens the file.
-bool makeDatabase(const QString &path, const QStringList &statements)
-{
-    bool ok = true;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("maker"));
-        db.setDatabaseName(path);
-        ok = db.open();
-        QSqlQuery query(db);
-        for (const QString &s : statements) {
-            if (ok && !query.exec(s)) {
-                qWarning() << s << query.lastError().text();
-                ok = false;
-            }
-        }
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("maker"));
-    return ok;
-}
+using sqlitemaker::makeDatabase;
 
 QByteArray digest(const QString &path)
 {

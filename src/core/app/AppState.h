@@ -42,6 +42,11 @@ public:
     // The database password, the table list of the last database read and
     // the structure of its last table read (the table view fills them).
     tables::DatabaseValues database;
+    // The small tools' windows are open (each sets its flag when it opens and
+    // clears it when it closes; the about window only sets it).
+    bool internetListOpen = false;
+    bool tipsWindowOpen = false;
+    bool aboutWindowOpen = false;
 
     // Settings files, read at start-up.
     settings::ProgramOptions options;

@@ -17,6 +17,7 @@
 #include "core/settings/SettingsFiles.h"
 #include "core/settings/TextRelief.h"
 #include "core/settings/WorkingFolders.h"
+#include "core/tools/QuickTips.h"
 #include "core/viewer/DocumentRules.h"
 #include "ui/browser/FileListView.h"
 #include "ui/browser/QuikPict1.h"
@@ -35,7 +36,11 @@
 #include "ui/settings/SetOptns1.h"
 #include "ui/settings/ReliefText.h"
 #include "ui/settings/WindowColorsApplier.h"
+#include "ui/printing/PrntFrm1.h"
+#include "ui/tools/About1.h"
+#include "ui/tools/GetURL1.h"
 #include "ui/tools/HelpWindow.h"
+#include "ui/tools/QuikTip1.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -543,6 +548,8 @@ void Tarnby1::load(const StartupRequest &request)
     m_startupSteps << QStringLiteral("organizer");
 
     // 11. Quick tips, when the options ask for them.
+    if (tools::showTipsAtStartup(m_state.options.quickTipsAtStartup))
+        showQuickTips(m_state, m_services, this);
     m_startupSteps << QStringLiteral("quick tips");
 }
 
@@ -1083,15 +1090,28 @@ void Tarnby1::runCommand(BrowserAction action)
         return;
     }
     case BrowserAction::OpenWithApplication: m_files->OpenwithOLE(); return;
-    case BrowserAction::OpenInternetPicture: notYetAvailable(QStringLiteral("Open File Located on the Internet")); return;
+    case BrowserAction::OpenInternetPicture: {
+        bool created = false;
+        GetURL1 *window = showInternetList(m_state, m_services, this, &created);
+        if (created) {
+            connect(window, &GetURL1::displayRequested, this, &Tarnby1::DisplayImage);
+            connect(window, &GetURL1::helpRequested, this, [this] { showHelp(false); });
+        }
+        return;
+    }
     case BrowserAction::FindFiles: showFindWindow(); return;
     case BrowserAction::FindNext: FindNext(); return;
     case BrowserAction::SaveFileAs: m_files->SaveFileAs(); return;
     case BrowserAction::MoveFile: m_files->MoveFile(m_state.currentFile, catalogue::GetFileExt(m_state.currentFile)); return;
     case BrowserAction::RenameFile: m_files->RenameFile(m_state.currentFile); return;
     case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
-    case BrowserAction::PrintFile: notYetAvailable(QStringLiteral("Print File")); return;
-    case BrowserAction::PrinterSetup: notYetAvailable(QStringLiteral("Printer Setup")); return;
+    case BrowserAction::PrintFile: {
+        PrntFrm1 window(m_state, m_services, this);
+        connect(&window, &PrntFrm1::helpRequested, this, [this] { showHelp(false); });
+        window.exec();
+        return;
+    }
+    case BrowserAction::PrinterSetup: showPageSetup(this); return;
     case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
     case BrowserAction::ReceiveFiles: notYetAvailable(QStringLiteral("Receive Files")); return;
     case BrowserAction::FileProperties: showFileProperties(m_state.currentFile, m_state, m_services, this); return;
@@ -1143,8 +1163,12 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::ComputerInNetwork: setComputerInNetwork(); return;
     case BrowserAction::RefreshFileList: refreshLists(); return;
     case BrowserAction::CollapseTree: collapseTree(); return;
-    case BrowserAction::QuickTips: notYetAvailable(QStringLiteral("Quick Tips")); return;
-    case BrowserAction::About: notYetAvailable(QStringLiteral("About Tarnby")); return;
+    case BrowserAction::QuickTips: showQuickTips(m_state, m_services, this); return;
+    case BrowserAction::About: {
+        About1 window(m_state, m_services, m_store, this);
+        window.exec();
+        return;
+    }
     case BrowserAction::LargeIcons: setViewStyle(ViewStyle::LargeIcons); return;
     case BrowserAction::SmallIcons: setViewStyle(ViewStyle::SmallIcons); return;
     case BrowserAction::ListIcons: setViewStyle(ViewStyle::List); return;

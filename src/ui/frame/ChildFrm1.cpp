@@ -6,6 +6,7 @@
 #include "ui/fileops/FileCommands.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/printing/PrntFrm1.h"
 #include "ui/services/UiServices.h"
 #include "ui/tables/ProPert1.h"
 #include "ui/viewer/PictureDocumentView.h"
@@ -316,7 +317,16 @@ void ChildFrm1::MagnifyingGlass()
         m_view->toggleMagnifier();
 }
 
-void ChildFrm1::mnuFilePrint_Click() { notYetAvailable(QStringLiteral("Printing")); }
+void ChildFrm1::mnuFilePrint_Click()
+{
+    // The window prints its own file, as it shows it now (an edited picture
+    // with its changes).
+    m_state.currentFile = m_path;
+    PrntFrm1 window(m_state, m_services, this);
+    if (m_document && m_document->kind() == viewer::DocumentKind::Picture && !m_document->picture().isNull())
+        window.setPicture(m_document->picture().image());
+    window.exec();
+}
 void ChildFrm1::mnuFileSend_Click() { notYetAvailable(QStringLiteral("Sending files by e-mail")); }
 void ChildFrm1::mnuFileProptee_Click()
 {
