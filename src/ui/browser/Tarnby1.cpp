@@ -374,7 +374,10 @@ void Tarnby1::load(const StartupRequest &request)
     setSelectionCommands(false);
     m_startupSteps << QStringLiteral("toolbar");
 
-    // 10. The organizer database in the program folder.
+    // 10. The organizer database in the program folder: its name is kept
+    // when the file is there; the organizer windows say so when it is not.
+    m_state.organizerDatabaseFound =
+        QFileInfo::exists(m_state.organizerDatabase()) ? m_state.organizerDatabase() : QString();
     m_startupSteps << QStringLiteral("organizer");
 
     // 11. Quick tips, when the options ask for them.
