@@ -203,8 +203,8 @@ public:
         }
         if (!tablesPresent()) {
             if (m_result.ok())
-                fail(StoreStatus::Damaged, QStringLiteral("The organizer database %1 does not hold the tables "
-                                                          "GroupTable and FileTable.")
+                fail(StoreStatus::Damaged, QStringLiteral("The organizer database %1 is damaged: it does not "
+                                                          "hold the tables GroupTable and FileTable.")
                                                .arg(m_location.describe()));
             return false;
         }
@@ -563,13 +563,12 @@ StoreResult OrganizerStore::create() const
     }
 
     Session s(m_location, false);
-    if (!s.isOpen())
+    if (m_location.engine == Engine::SQLite) {
+        s.checkTables();
         return s.result();
-    if (s.tablesPresent() || !s.result().ok())
+    }
+    if (!s.isOpen() || s.tablesPresent() || !s.result().ok())
         return s.result();
-    if (m_location.engine == Engine::SQLite)
-        return {StoreStatus::Damaged, QStringLiteral("The organizer database %1 does not hold the tables "
-                                                     "GroupTable and FileTable.").arg(m_location.file)};
     // A server database without the tables gets them.
     if (!s.run(QStringLiteral("CREATE EXTENSION IF NOT EXISTS citext")) || !s.begin(true))
         return s.result();
