@@ -44,6 +44,7 @@ private slots:
     void missingOrDamagedFile_data();
     void missingOrDamagedFile();
     void deliveredDatabaseHasTheSchema();
+    void unreachableServer();
 
 private:
     FileEntry entry(const QString &group, const QString &name, const QString &type = QStringLiteral("Document"),
@@ -520,6 +521,23 @@ void TestOrganizerStore::deliveredDatabaseHasTheSchema()
     QVERIFY(seeded.check().ok());
     QCOMPARE(seeded.entryCount(), 0);
     QVERIFY(seeded.groups().isEmpty());
+}
+
+void TestOrganizerStore::unreachableServer()
+{
+    StoreLocation l;
+    l.engine = StoreLocation::Engine::PostgreSQL;
+    l.host = QStringLiteral("127.0.0.1");
+    l.port = 1; // nothing listens there
+    l.database = QStringLiteral("tarnby");
+    l.user = QStringLiteral("nobody");
+    const OrganizerStore store(l);
+    const StoreResult r = store.check();
+    QCOMPARE(r.status, StoreStatus::Unreachable);
+    QVERIFY2(r.error.contains(QLatin1String("nobody@127.0.0.1:1/tarnby")), qPrintable(r.error));
+    StoreResult listed;
+    QVERIFY(store.groups(&listed).isEmpty());
+    QCOMPARE(listed.status, StoreStatus::Unreachable);
 }
 
 QTEST_GUILESS_MAIN(TestOrganizerStore)
