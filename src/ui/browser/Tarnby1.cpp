@@ -24,6 +24,12 @@
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/organizer/GrpBatch1.h"
+#include "ui/organizer/GrpBrow1.h"
+#include "ui/organizer/GrpFlem1.h"
+#include "ui/organizer/GrpMaint.h"
+#include "ui/organizer/GrpRepair1.h"
+#include "ui/organizer/OrganizerAccess.h"
 #include "ui/search/FindFile1.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/SetColor1.h"
@@ -851,7 +857,7 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::RepairOrganizer:
     case BrowserAction::BrowseOrganizerTable:
     case BrowserAction::AddOrganizerFiles:
-        notYetAvailable(QStringLiteral("The file organizer"));
+        openOrganizer(action);
         return;
     case BrowserAction::WorkingFolders: {
         SetFoldr1 window(m_state, m_services, m_folder.isEmpty() ? m_state.programFolder : m_folder, this);
@@ -893,6 +899,95 @@ void Tarnby1::runCommand(BrowserAction action)
             stopThumbnails();
         return;
     }
+}
+
+void Tarnby1::openOrganizer(BrowserAction action)
+{
+    const organizer::OrganizerStore store = catalogueFor(m_state);
+    auto help = [this](auto *window) {
+        connect(window, &std::remove_pointer_t<decltype(window)>::helpRequested, this, [this] { showHelp(false); });
+    };
+    if (action == BrowserAction::RepairOrganizer) {
+        GrpRepair1 window(m_state, m_services, store, this);
+        help(&window);
+        window.exec();
+        return;
+    }
+    if (!catalogueReady(store, m_state, m_services, this))
+        return;
+    switch (action) {
+    case BrowserAction::ViewGroups:
+    case BrowserAction::BrowseOrganizerTable: {
+        GrpBrow1 window(m_state, m_services, store, this);
+        help(&window);
+        connect(&window, &GrpBrow1::fileSelected, this, &Tarnby1::selectFileInList);
+        window.exec();
+        return;
+    }
+    case BrowserAction::CreateGroups: {
+        GrpMaint window(m_state, m_services, store, this);
+        help(&window);
+        window.exec();
+        return;
+    }
+    case BrowserAction::SelectFilesGroup:
+    case BrowserAction::AddOrganizerFiles: {
+        GrpFlem1 window(m_state, m_services, store, this);
+        help(&window);
+        window.exec();
+        return;
+    }
+    case BrowserAction::ClearFilesOrganizer: {
+        GrpClear1 window(m_state, m_services, store, this);
+        help(&window);
+        window.exec();
+        return;
+    }
+    case BrowserAction::OrganizeFilesSearch: {
+        if (m_batch) {
+            m_batch->raise();
+            m_batch->activateWindow();
+            return;
+        }
+        // The batch window stays open beside the browser: each OK adds the
+        // files the list shows of the folder the search reached, then the
+        // search goes on.
+        m_batch = new GrpBatch1(m_state, m_services, store, [this] {
+            GrpBatch1::FolderFiles files{m_listModel->folder(), {}};
+            for (const QString &path : m_listModel->shownFilePaths())
+                files.names << QFileInfo(path).fileName();
+            return files;
+        }, this);
+        m_batch->setAttribute(Qt::WA_DeleteOnClose);
+        help(m_batch.data());
+        connect(m_batch, &GrpBatch1::findNextRequested, this, &Tarnby1::FindNext);
+        m_batch->show();
+        return;
+    }
+    default:
+        return;
+    }
+}
+
+GrpBatch1 *Tarnby1::batchWindow() const
+{
+    return m_batch.data();
+}
+
+void Tarnby1::selectFileInList(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!goToFolder(info.absolutePath()))
+        return;
+    auto select = [this, name = info.fileName()] {
+        const int row = m_listModel->rowForName(name);
+        if (row >= 0)
+            m_listView->setCurrentRow(row);
+    };
+    if (m_listModel->isLoading())
+        connect(m_listModel, &FileListModel::folderLoaded, this, select, Qt::SingleShotConnection);
+    else
+        select();
 }
 
 void Tarnby1::showFindWindow()
