@@ -135,21 +135,32 @@ int addGroup(const OrganizerStore &store, const QStringList &words)
 
 int listFiles(const OrganizerStore &store, const QString &group, SortKey key)
 {
-    StoreResult result;
-    const std::unique_ptr<EntryCursor> cursor = store.openEntries(group, key, &result);
-    if (!result.ok())
-        return storeError(result);
-    QList<FileEntry> rows;
-    while (!cursor->atEnd()) {
-        rows.clear();
-        if (!cursor->fetch(2048, &rows))
-            return storeError({StoreStatus::Failed, cursor->errorString()});
-        QString text;
-        for (const FileEntry &e : std::as_const(rows))
-            text += entryLine(e);
-        tarnby::cli::outBytes(text.toUtf8());
-    }
-    return 0;
+    // The browser's columns: group, name, location, description, search
+    // word, type, file date, file time, added (fields 1-6, 8, 9 and 11).
+    static constexpr int columns[] = {1, 2, 3, 4, 5, 6, 8, 9, 11};
+    QByteArray buffer;
+    buffer.reserve(1 << 17);
+    const StoreResult result = store.forEachEntry(group, key, [&](const std::array<QByteArrayView, 12> &fields) {
+        for (int c : columns) {
+            const QByteArrayView field = fields[size_t(c)];
+            const qsizetype start = buffer.size();
+            buffer.append(field);
+            // A tab or a line end inside a field would break the row.
+            for (qsizetype i = start; i < buffer.size(); ++i) {
+                char &ch = buffer.data()[i];
+                if (ch == '\t' || ch == '\n' || ch == '\r')
+                    ch = ' ';
+            }
+            buffer.append(c == 11 ? '\n' : '\t');
+        }
+        if (buffer.size() > (1 << 16)) {
+            tarnby::cli::outBytes(buffer);
+            buffer.clear();
+        }
+        return true;
+    });
+    tarnby::cli::outBytes(buffer);
+    return result.ok() ? 0 : storeError(result);
 }
 
 // The batch add over a report-mode walk: each folder that holds matching

@@ -279,6 +279,22 @@ void TestOrganizerStore::sortedListings()
         QVERIFY(cursor->fetch(3, &rows));
     QCOMPARE(rows.size(), names.size());
     QCOMPARE(rows.last().FileName, names.last());
+
+    // The plain listing gives the same rows, fields in table order.
+    QStringList plain;
+    r = m_store->forEachEntry(QStringLiteral("Work"), SortKey(key), [&](const std::array<QByteArrayView, 12> &f) {
+        plain << QString::fromUtf8(f[2]);
+        return f[1] == QByteArrayView("Work") && f[3] == QByteArrayView("/data");
+    });
+    QVERIFY2(r.ok(), qPrintable(r.error));
+    QCOMPARE(plain, names);
+    // A sink that says stop ends the listing.
+    plain.clear();
+    m_store->forEachEntry(QStringLiteral("Work"), SortKey(key), [&](const std::array<QByteArrayView, 12> &f) {
+        plain << QString::fromUtf8(f[2]);
+        return false;
+    });
+    QCOMPARE(plain.size(), 1);
 }
 
 void TestOrganizerStore::quoteInGroupName()

@@ -11,6 +11,8 @@
 
 #include <atomic>
 
+#include <sqlite3.h>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -781,6 +783,75 @@ std::unique_ptr<EntryCursor> OrganizerStore::openEntries(const QString &groupNam
     auto cursor = std::make_unique<SqlEntryCursor>(m_location, groupName, key);
     setResult(result, cursor->result());
     return cursor;
+}
+
+StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const
+{
+    if (m_location.engine == Engine::PostgreSQL) {
+        SqlEntryCursor cursor(m_location, groupName, key);
+        QList<FileEntry> rows;
+        while (!cursor.atEnd()) {
+            rows.clear();
+            if (!cursor.fetch(1024, &rows))
+                break;
+            for (const FileEntry &e : std::as_const(rows)) {
+                const QByteArray f[] = {QByteArray::number(e.ID), e.GroupName.toUtf8(), e.FileName.toUtf8(),
+                                        e.FileLocation.toUtf8(), e.FileDescription.toUtf8(), e.FileKeyword.toUtf8(),
+                                        e.FileType.toUtf8(), e.Comments.toUtf8(), e.Date.toUtf8(), e.Time.toUtf8(),
+                                        e.DateTimeCreated.toUtf8(), e.DateDisp.toUtf8()};
+                std::array<QByteArrayView, 12> fields;
+                for (size_t i = 0; i < fields.size(); ++i)
+                    fields[i] = f[i];
+                if (!sink(fields))
+                    return cursor.result();
+            }
+        }
+        return cursor.result();
+    }
+
+    // On SQLite the rows are stepped through the engine's own interface on
+    // the connection's handle: the text goes from the file to the reader as
+    // it is stored, without a QVariant or a QString for every field.
+    Session s(m_location, false);
+    if (!s.checkTables() || !s.begin(false))
+        return s.result();
+    const QVariant handle = s.db().driver()->handle();
+    sqlite3 *db = handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0
+        ? *static_cast<sqlite3 *const *>(handle.constData())
+        : nullptr;
+    if (!db)
+        return {StoreStatus::Failed, QStringLiteral("The organizer database %1 gives no handle.").arg(m_location.file)};
+    sqlite3_stmt *statement = nullptr;
+    const QByteArray text = entriesText(key).toUtf8();
+    const QByteArray group = groupName.toUtf8();
+    if (sqlite3_prepare_v2(db, text.constData(), int(text.size()), &statement, nullptr) != SQLITE_OK
+        || sqlite3_bind_text(statement, 1, group.constData(), int(group.size()), SQLITE_STATIC) != SQLITE_OK) {
+        const QString error = QString::fromUtf8(sqlite3_errmsg(db));
+        sqlite3_finalize(statement);
+        return {StoreStatus::Failed, QStringLiteral("The organizer database %1 could not list the group %2: %3")
+                                         .arg(m_location.file, groupName, error)};
+    }
+    int step = SQLITE_ROW;
+    std::array<QByteArrayView, 12> fields;
+    while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
+        for (int i = 0; i < 12; ++i) {
+            const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(statement, i));
+            fields[size_t(i)] = QByteArrayView(data ? data : "", sqlite3_column_bytes(statement, i));
+        }
+        if (!sink(fields)) {
+            step = SQLITE_DONE;
+            break;
+        }
+    }
+    StoreResult result;
+    if (step != SQLITE_DONE)
+        result = {sqlite3_errcode(db) == SQLITE_CORRUPT || sqlite3_errcode(db) == SQLITE_NOTADB ? StoreStatus::Damaged
+                                                                                              : StoreStatus::Failed,
+                  QStringLiteral("The organizer database %1 could not list the group %2: %3")
+                      .arg(m_location.file, groupName, QString::fromUtf8(sqlite3_errmsg(db)))};
+    sqlite3_finalize(statement);
+    s.commit();
+    return result.ok() ? s.result() : result;
 }
 
 namespace {

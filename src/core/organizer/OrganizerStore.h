@@ -4,6 +4,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <QByteArrayView>
+
+#include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -171,6 +175,12 @@ public:
     // were added).
     QList<FileEntry> entries(const QString &groupName, SortKey key, StoreResult *result = nullptr) const;
     std::unique_ptr<EntryCursor> openEntries(const QString &groupName, SortKey key, StoreResult *result = nullptr) const;
+    // The same listing for a reader that only passes the text on (the
+    // command line): each row's twelve fields in table order as UTF-8 bytes,
+    // valid during the call. A sink that returns false ends the listing.
+    // Cheaper than entries() by the conversions it leaves out.
+    using RawRowSink = std::function<bool(const std::array<QByteArrayView, 12> &fields)>;
+    StoreResult forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const;
     // The IDs of a table's rows in the order of an index (ties by ID).
     QList<qint64> groupIds(TableOrder order, StoreResult *result = nullptr) const;
     QList<qint64> entryIds(TableOrder order, StoreResult *result = nullptr) const;
