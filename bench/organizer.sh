@@ -4,7 +4,8 @@
 # the group by each key (tarnby-cli group files --sort), against the sqlite3
 # shell running the same statements on the same schema; then the nearest-match
 # find and the group browser's first screen in process. One run each; ratios
-# are the shell's time over Tarnby's (above 1: Tarnby is faster). See
+# are the shell's time over Tarnby's (above 1: Tarnby is faster), from wall
+# and from processor time (the steadier figure on a busy machine). See
 # bench/README.md.
 #
 #   bench/organizer.sh [BUILD_DIR]
@@ -47,15 +48,13 @@ WORK="$BENCH_DIR/organizer-work"
 rm -rf "$WORK"
 mkdir -p "$WORK/tarnby" "$WORK/shell"
 
-seconds() { # command... : wall-clock seconds of one run, output to /dev/null
-  local start end
-  start=$(date +%s.%N)
-  "$@" > /dev/null
-  end=$(date +%s.%N)
-  echo "$end - $start" | bc
-}
-row() { # label tarnby shell
-  printf '%-34s %8.3f s %8.3f s   %5.2fx\n' "$1" "$2" "$3" "$(echo "$3 / $2" | bc -l)"
+source "$HERE/measure.sh"
+# label, then "wall cpu" of tarnby-cli and of the shell: both times and both ratios.
+row() {
+  read -r tw tc <<< "$2"
+  read -r sw sc <<< "$3"
+  printf '%-32s %7.3f %7.3f   %7.3f %7.3f   %5.2fx %5.2fx\n' "$1" "$tw" "$tc" "$sw" "$sc" \
+    "$(echo "$sw / $tw" | bc -l)" "$(echo "$sc / $tc" | bc -l)"
 }
 
 # The shell's statements: the empty catalogue's schema, then one transaction
@@ -91,9 +90,9 @@ PY
 sqlite3 "$WORK/shell/FileTabl.MDB" < "$WORK/schema.sql"
 cat "$WORK/import.sql" > /dev/null
 
-printf '%-34s %10s %10s   %s\n' "" "tarnby-cli" "sqlite3" "ratio"
-t=$(seconds "$CLI" group import Big "$TREE" --home "$WORK/tarnby")
-s=$(seconds sqlite3 "$WORK/shell/FileTabl.MDB" ".read $WORK/import.sql")
+printf '%-32s %15s   %15s   %s\n' "seconds (wall, processor)" "tarnby-cli" "sqlite3" "ratios"
+t=$(measure "$CLI" group import Big "$TREE" --home "$WORK/tarnby")
+s=$(measure sqlite3 "$WORK/shell/FileTabl.MDB" ".read $WORK/import.sql")
 row "import of $N files" "$t" "$s"
 count=$("$CLI" group files Big --home "$WORK/tarnby" | wc -l)
 [ "$count" -eq "$N" ] || { echo "tarnby-cli lists $count entries, not $N"; exit 1; }
@@ -103,14 +102,14 @@ for key in id group name type date keyword; do
     id) order="[ID]" ;; group) order="[GroupName], [ID]" ;; name) order="[FileName], [ID]" ;;
     type) order="[FileType], [ID]" ;; date) order="[Date], [ID]" ;; keyword) order="[FileKeyword], [ID]" ;;
   esac
-  t=$(seconds "$CLI" group files Big --sort "$key" --home "$WORK/tarnby")
-  s=$(seconds sqlite3 -separator $'\t' "$WORK/shell/FileTabl.MDB" \
+  t=$(measure "$CLI" group files Big --sort "$key" --home "$WORK/tarnby")
+  s=$(measure sqlite3 -separator $'\t' "$WORK/shell/FileTabl.MDB" \
       "SELECT * FROM [FileTable] WHERE [GroupName] = 'Big' ORDER BY $order")
   row "sorted listing by $key" "$t" "$s"
 done
 
-t=$(seconds "$CLI" group find --name file5 --home "$WORK/tarnby")
-s=$(seconds sqlite3 "$WORK/shell/FileTabl.MDB" \
+t=$(measure "$CLI" group find --name file5 --home "$WORK/tarnby")
+s=$(measure sqlite3 "$WORK/shell/FileTabl.MDB" \
     "SELECT * FROM [FileTable] WHERE [FileName] >= 'file5' ORDER BY [FileName], [ID] LIMIT 1")
 row "nearest match (whole process)" "$t" "$s"
 "$BUILD_DIR/bench/tarnby-bench-organizer" "$WORK/tarnby" Big

@@ -16,6 +16,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -44,6 +45,7 @@ private slots:
     void entryWindowWithoutGroupsSaysSo();
     void entryWindowAddsHighlightedFileAndKeepsItShown();
     void entryWindowShowsFirstOfEqualNames();
+    void entryWindowPreviewsPictures();
     void batchOfEmptyFolderOrSkipStillAdvances_data();
     void batchOfEmptyFolderOrSkipStillAdvances();
     void batchMakesGroupOnTheFly();
@@ -235,6 +237,28 @@ void TestOrganizerWindows::entryWindowShowsFirstOfEqualNames()
     // The find window's answer moves the window.
     w.showEntry(ids.at(0));
     QCOMPARE(w.currentRow()->FileName, QStringLiteral("b.txt"));
+}
+
+void TestOrganizerWindows::entryWindowPreviewsPictures()
+{
+    store().addGroup(groupMadeOnTheFly(QStringLiteral("G"), SetTimeStamp()));
+    const QString folder = m_ui->home.createFolder(QStringLiteral("pics"));
+    QImage picture(64, 48, QImage::Format_RGB32);
+    picture.fill(Qt::darkGreen);
+    QVERIFY(picture.save(folder + QStringLiteral("/green.png")));
+    m_ui->home.createFile(QStringLiteral("pics/notes.txt"), "text");
+    FileEntry text = entry("G", "notes.txt", folder);
+    const QList<qint64> ids = store().addEntries({entry("G", "green.png", folder), text, entry("G", "gone.png", folder)});
+    m_ui->state.currentFile = folder + QStringLiteral("/green.png");
+    tarnby::ui::GrpFlem1 w(m_ui->state, m_ui->services, store());
+    QCOMPARE(w.currentRow()->FileName, QStringLiteral("green.png"));
+    QVERIFY(w.previewShown());
+    w.showEntry(ids.at(1));
+    QVERIFY(!w.previewShown());
+    // A picture that is gone shows no preview and no error.
+    w.showEntry(ids.at(2));
+    QVERIFY(!w.previewShown());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestOrganizerWindows::batchOfEmptyFolderOrSkipStillAdvances_data()

@@ -348,9 +348,9 @@ QVariantList groupValues(const GroupRow &g)
     return {text(g.GroupName), text(g.GroupDesc), text(g.Date), text(g.Time), text(g.DateTimeCreated), text(g.DateDisp)};
 }
 
-qint64 insertedId(Session &s, QSqlQuery &q)
+qint64 insertedId(Engine engine, QSqlQuery &q)
 {
-    if (s.engine() == Engine::SQLite)
+    if (engine == Engine::SQLite)
         return q.lastInsertId().toLongLong();
     // RETURNING gives the server's counter.
     return q.next() ? q.value(0).toLongLong() : 0;
@@ -385,7 +385,7 @@ bool insertEntries(Session &s, const QList<FileEntry> &rows, QList<qint64> *ids)
             q.bindValue(i, values[i]);
         if (!s.exec(q, QStringLiteral("add the entry of %1").arg(e.FileName)))
             return false;
-        ids->append(insertedId(s, q));
+        ids->append(insertedId(s.engine(), q));
     }
     return true;
 }
@@ -422,6 +422,29 @@ bool removeWithJournals(const QString &path)
             ok = false;
     }
     return ok;
+}
+
+// One operation of the catalogue: opens it, runs text with values in one
+// transaction, hands the query to take (which reads the rows) and closes it
+// again. The result says how it went.
+template<class Take>
+StoreResult runOne(const StoreLocation &location, bool write, const QString &text, const QVariantList &values,
+                   const QString &what, Take take)
+{
+    Session s(location, false);
+    QSqlQuery q;
+    if (s.checkTables() && s.begin(write) && s.prepare(q, text, values) && s.exec(q, what)) {
+        take(q);
+        q.finish();
+        s.commit();
+    }
+    return s.result();
+}
+
+StoreResult runOne(const StoreLocation &location, bool write, const QString &text, const QVariantList &values,
+                   const QString &what)
+{
+    return runOne(location, write, text, values, what, [](QSqlQuery &) {});
 }
 
 class SqlEntryCursor : public EntryCursor
@@ -590,16 +613,13 @@ StoreResult OrganizerStore::create() const
 QList<GroupRow> OrganizerStore::groups(StoreResult *result) const
 {
     QList<GroupRow> rows;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false) && s.prepare(q, QStringLiteral("SELECT * FROM [GroupTable] ORDER BY [ID]"))
-        && s.exec(q, QStringLiteral("list the groups"))) {
-        while (q.next())
-            rows << groupFromQuery(q);
-        s.commit();
-    }
-    setResult(result, s.result());
-    return s.result().ok() ? rows : QList<GroupRow>();
+    const StoreResult r = runOne(m_location, false, QStringLiteral("SELECT * FROM [GroupTable] ORDER BY [ID]"), {},
+                                 QStringLiteral("list the groups"), [&](QSqlQuery &q) {
+                                     while (q.next())
+                                         rows << groupFromQuery(q);
+                                 });
+    setResult(result, r);
+    return r.ok() ? rows : QList<GroupRow>();
 }
 
 QStringList OrganizerStore::groupNames(StoreResult *result) const
@@ -613,101 +633,67 @@ QStringList OrganizerStore::groupNames(StoreResult *result) const
 QList<GroupCount> OrganizerStore::groupCounts(StoreResult *result) const
 {
     QList<GroupCount> rows;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false)
-        && s.prepare(q, QStringLiteral("SELECT [GroupName], (SELECT COUNT(*) FROM [FileTable] "
-                                       "WHERE [FileTable].[GroupName] = [GroupTable].[GroupName]) "
-                                       "FROM [GroupTable] ORDER BY [ID]"))
-        && s.exec(q, QStringLiteral("count the entries"))) {
-        while (q.next())
-            rows << GroupCount{q.value(0).toString(), q.value(1).toLongLong()};
-        s.commit();
-    }
-    setResult(result, s.result());
-    return s.result().ok() ? rows : QList<GroupCount>();
+    const StoreResult r = runOne(m_location, false,
+                                 QStringLiteral("SELECT [GroupName], (SELECT COUNT(*) FROM [FileTable] "
+                                                "WHERE [FileTable].[GroupName] = [GroupTable].[GroupName]) "
+                                                "FROM [GroupTable] ORDER BY [ID]"),
+                                 {}, QStringLiteral("count the entries"), [&](QSqlQuery &q) {
+                                     while (q.next())
+                                         rows << GroupCount{q.value(0).toString(), q.value(1).toLongLong()};
+                                 });
+    setResult(result, r);
+    return r.ok() ? rows : QList<GroupCount>();
 }
 
 std::optional<GroupRow> OrganizerStore::group(qint64 id, StoreResult *result) const
 {
     std::optional<GroupRow> row;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false) && s.prepare(q, QStringLiteral("SELECT * FROM [GroupTable] WHERE [ID] = ?"), {id})
-        && s.exec(q, QStringLiteral("read a group"))) {
-        if (q.next())
-            row = groupFromQuery(q);
-        s.commit();
-    }
-    setResult(result, s.result());
+    setResult(result, runOne(m_location, false, QStringLiteral("SELECT * FROM [GroupTable] WHERE [ID] = ?"), {id},
+                             QStringLiteral("read a group"), [&](QSqlQuery &q) {
+                                 if (q.next())
+                                     row = groupFromQuery(q);
+                             }));
     return row;
 }
 
 qint64 OrganizerStore::addGroup(const GroupRow &row, StoreResult *result) const
 {
     qint64 id = 0;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(true) && s.prepare(q, InsertGroupText + returningId(s.engine()), groupValues(row))
-        && s.exec(q, QStringLiteral("add the group %1").arg(row.GroupName))) {
-        id = insertedId(s, q);
-        s.commit();
-    }
-    setResult(result, s.result());
-    return s.result().ok() ? id : 0;
+    const StoreResult r = runOne(m_location, true, InsertGroupText + returningId(m_location.engine), groupValues(row),
+                                 QStringLiteral("add the group %1").arg(row.GroupName),
+                                 [&](QSqlQuery &q) { id = insertedId(m_location.engine, q); });
+    setResult(result, r);
+    return r.ok() ? id : 0;
 }
 
 StoreResult OrganizerStore::updateGroup(const GroupRow &row) const
 {
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(true)
-        && s.prepare(q, QStringLiteral("UPDATE [GroupTable] SET [GroupName] = ?, [GroupDesc] = ?, [Date] = ?, "
-                                       "[Time] = ?, [DateDisp] = ? WHERE [ID] = ?"),
-                     {text(row.GroupName), text(row.GroupDesc), text(row.Date), text(row.Time), text(row.DateDisp), row.ID})
-        && s.exec(q, QStringLiteral("save the group %1").arg(row.GroupName)))
-        s.commit();
-    return s.result();
+    return runOne(m_location, true,
+                  QStringLiteral("UPDATE [GroupTable] SET [GroupName] = ?, [GroupDesc] = ?, [Date] = ?, [Time] = ?, "
+                                 "[DateDisp] = ? WHERE [ID] = ?"),
+                  {text(row.GroupName), text(row.GroupDesc), text(row.Date), text(row.Time), text(row.DateDisp), row.ID},
+                  QStringLiteral("save the group %1").arg(row.GroupName));
 }
 
 StoreResult OrganizerStore::deleteGroup(qint64 id) const
 {
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(true) && s.prepare(q, QStringLiteral("DELETE FROM [GroupTable] WHERE [ID] = ?"), {id})
-        && s.exec(q, QStringLiteral("delete a group")))
-        s.commit();
-    return s.result();
+    return runOne(m_location, true, QStringLiteral("DELETE FROM [GroupTable] WHERE [ID] = ?"), {id},
+                  QStringLiteral("delete a group"));
 }
 
 bool OrganizerStore::CheckDetail(const QString &groupName, StoreResult *result) const
 {
     bool found = false;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false)
-        && s.prepare(q, QStringLiteral("SELECT * FROM [FileTable] WHERE [GroupName] = ? ORDER BY [GroupName]"), {groupName})
-        && s.exec(q, QStringLiteral("look for the entries of %1").arg(groupName))) {
-        found = q.next();
-        s.commit();
-    }
-    setResult(result, s.result());
+    setResult(result,
+              runOne(m_location, false, QStringLiteral("SELECT * FROM [FileTable] WHERE [GroupName] = ? ORDER BY [GroupName]"),
+                     {groupName}, QStringLiteral("look for the entries of %1").arg(groupName),
+                     [&](QSqlQuery &q) { found = q.next(); }));
     return found;
 }
 
 std::optional<FileEntry> OrganizerStore::entry(qint64 id, StoreResult *result) const
 {
-    std::optional<FileEntry> row;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false) && s.prepare(q, QStringLiteral("SELECT * FROM [FileTable] WHERE [ID] = ?"), {id})
-        && s.exec(q, QStringLiteral("read an entry"))) {
-        if (q.next())
-            row = entryFromQuery(q);
-        s.commit();
-    }
-    setResult(result, s.result());
-    return row;
+    return firstEntry(QStringLiteral("SELECT * FROM [FileTable] WHERE [ID] = ?"), {id}, result);
 }
 
 QList<qint64> OrganizerStore::addEntries(const QList<FileEntry> &rows, StoreResult *result) const
@@ -744,28 +730,19 @@ QList<qint64> OrganizerStore::addBatch(const GroupRow &group, const QList<FileEn
 
 StoreResult OrganizerStore::updateEntry(const FileEntry &e) const
 {
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(true)
-        && s.prepare(q, QStringLiteral("UPDATE [FileTable] SET [GroupName] = ?, [FileName] = ?, [FileLocation] = ?, "
-                                       "[FileDescription] = ?, [FileKeyword] = ?, [FileType] = ?, [Comments] = ?, "
-                                       "[Date] = ?, [Time] = ?, [DateDisp] = ? WHERE [ID] = ?"),
-                     {text(e.GroupName), text(e.FileName), text(e.FileLocation), text(e.FileDescription),
-                      text(e.FileKeyword), text(e.FileType), text(e.Comments), text(e.Date), text(e.Time),
-                      text(e.DateDisp), e.ID})
-        && s.exec(q, QStringLiteral("save the entry of %1").arg(e.FileName)))
-        s.commit();
-    return s.result();
+    return runOne(m_location, true,
+                  QStringLiteral("UPDATE [FileTable] SET [GroupName] = ?, [FileName] = ?, [FileLocation] = ?, "
+                                 "[FileDescription] = ?, [FileKeyword] = ?, [FileType] = ?, [Comments] = ?, [Date] = ?, "
+                                 "[Time] = ?, [DateDisp] = ? WHERE [ID] = ?"),
+                  {text(e.GroupName), text(e.FileName), text(e.FileLocation), text(e.FileDescription), text(e.FileKeyword),
+                   text(e.FileType), text(e.Comments), text(e.Date), text(e.Time), text(e.DateDisp), e.ID},
+                  QStringLiteral("save the entry of %1").arg(e.FileName));
 }
 
 StoreResult OrganizerStore::deleteEntry(qint64 id) const
 {
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(true) && s.prepare(q, QStringLiteral("DELETE FROM [FileTable] WHERE [ID] = ?"), {id})
-        && s.exec(q, QStringLiteral("delete an entry")))
-        s.commit();
-    return s.result();
+    return runOne(m_location, true, QStringLiteral("DELETE FROM [FileTable] WHERE [ID] = ?"), {id},
+                  QStringLiteral("delete an entry"));
 }
 
 QList<FileEntry> OrganizerStore::entries(const QString &groupName, SortKey key, StoreResult *result) const
@@ -859,15 +836,12 @@ namespace {
 QList<qint64> idsInOrder(const StoreLocation &location, const QString &textOf, StoreResult *result)
 {
     QList<qint64> ids;
-    Session s(location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false) && s.prepare(q, textOf) && s.exec(q, QStringLiteral("list the rows"))) {
+    const StoreResult r = runOne(location, false, textOf, {}, QStringLiteral("list the rows"), [&](QSqlQuery &q) {
         while (q.next())
             ids << q.value(0).toLongLong();
-        s.commit();
-    }
-    setResult(result, s.result());
-    return s.result().ok() ? ids : QList<qint64>();
+    });
+    setResult(result, r);
+    return r.ok() ? ids : QList<qint64>();
 }
 
 QString orderText(TableOrder order)
@@ -897,49 +871,34 @@ QList<qint64> OrganizerStore::entryIds(TableOrder order, StoreResult *result) co
 qint64 OrganizerStore::entryCount(StoreResult *result) const
 {
     qint64 count = 0;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false) && s.prepare(q, QStringLiteral("SELECT COUNT(*) FROM [FileTable]"))
-        && s.exec(q, QStringLiteral("count the entries"))) {
-        if (q.next())
-            count = q.value(0).toLongLong();
-        s.commit();
-    }
-    setResult(result, s.result());
+    setResult(result, runOne(m_location, false, QStringLiteral("SELECT COUNT(*) FROM [FileTable]"), {},
+                             QStringLiteral("count the entries"), [&](QSqlQuery &q) {
+                                 if (q.next())
+                                     count = q.value(0).toLongLong();
+                             }));
     return count;
 }
 
 std::optional<FileEntry> OrganizerStore::findNearest(FindField field, const QString &text, StoreResult *result) const
 {
     const QString column = field == FindField::FileName ? QStringLiteral("[FileName]") : QStringLiteral("[FileKeyword]");
-    std::optional<FileEntry> row;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false)
-        && s.prepare(q, QStringLiteral("SELECT * FROM [FileTable] WHERE %1 >= ? ORDER BY %1, [ID] LIMIT 1").arg(column), {text})
-        && s.exec(q, QStringLiteral("find %1").arg(text))) {
-        if (q.next())
-            row = entryFromQuery(q);
-        s.commit();
-    }
-    setResult(result, s.result());
-    return row;
+    return firstEntry(QStringLiteral("SELECT * FROM [FileTable] WHERE %1 >= ? ORDER BY %1, [ID] LIMIT 1").arg(column),
+                      {text}, result);
 }
 
 std::optional<FileEntry> OrganizerStore::findFileName(const QString &fileName, StoreResult *result) const
 {
+    return firstEntry(QStringLiteral("SELECT * FROM [FileTable] WHERE [FileName] = ? ORDER BY [FileName], [ID] LIMIT 1"),
+                      {fileName}, result);
+}
+
+std::optional<FileEntry> OrganizerStore::firstEntry(const QString &sql, const QVariantList &values, StoreResult *result) const
+{
     std::optional<FileEntry> row;
-    Session s(m_location, false);
-    QSqlQuery q;
-    if (s.checkTables() && s.begin(false)
-        && s.prepare(q, QStringLiteral("SELECT * FROM [FileTable] WHERE [FileName] = ? ORDER BY [FileName], [ID] LIMIT 1"),
-                     {fileName})
-        && s.exec(q, QStringLiteral("find %1").arg(fileName))) {
+    setResult(result, runOne(m_location, false, sql, values, QStringLiteral("find an entry"), [&](QSqlQuery &q) {
         if (q.next())
             row = entryFromQuery(q);
-        s.commit();
-    }
-    setResult(result, s.result());
+    }));
     return row;
 }
 

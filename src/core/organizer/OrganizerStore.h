@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 
 #include <QByteArrayView>
 
@@ -205,6 +206,9 @@ public:
     StoreResult clear() const;
 
 private:
+    // The first row of an entry query, or nothing.
+    std::optional<FileEntry> firstEntry(const QString &sql, const QVariantList &values, StoreResult *result) const;
+
     StoreLocation m_location;
 };
 

@@ -907,42 +907,30 @@ void Tarnby1::openOrganizer(BrowserAction action)
     auto help = [this](auto *window) {
         connect(window, &std::remove_pointer_t<decltype(window)>::helpRequested, this, [this] { showHelp(false); });
     };
-    if (action == BrowserAction::RepairOrganizer) {
-        GrpRepair1 window(m_state, m_services, store, this);
+    // The modal windows, each over the same catalogue.
+    auto open = [&]<class Window>(auto &&prepare) {
+        Window window(m_state, m_services, store, this);
         help(&window);
+        prepare(window);
         window.exec();
+    };
+    auto plain = [](auto &) {};
+    if (action == BrowserAction::RepairOrganizer) {
+        open.template operator()<GrpRepair1>(plain);
         return;
     }
     if (!catalogueReady(store, m_state, m_services, this))
         return;
     switch (action) {
     case BrowserAction::ViewGroups:
-    case BrowserAction::BrowseOrganizerTable: {
-        GrpBrow1 window(m_state, m_services, store, this);
-        help(&window);
-        connect(&window, &GrpBrow1::fileSelected, this, &Tarnby1::selectFileInList);
-        window.exec();
+    case BrowserAction::BrowseOrganizerTable:
+        open.template operator()<GrpBrow1>(
+            [this](GrpBrow1 &window) { connect(&window, &GrpBrow1::fileSelected, this, &Tarnby1::selectFileInList); });
         return;
-    }
-    case BrowserAction::CreateGroups: {
-        GrpMaint window(m_state, m_services, store, this);
-        help(&window);
-        window.exec();
-        return;
-    }
+    case BrowserAction::CreateGroups: open.template operator()<GrpMaint>(plain); return;
     case BrowserAction::SelectFilesGroup:
-    case BrowserAction::AddOrganizerFiles: {
-        GrpFlem1 window(m_state, m_services, store, this);
-        help(&window);
-        window.exec();
-        return;
-    }
-    case BrowserAction::ClearFilesOrganizer: {
-        GrpClear1 window(m_state, m_services, store, this);
-        help(&window);
-        window.exec();
-        return;
-    }
+    case BrowserAction::AddOrganizerFiles: open.template operator()<GrpFlem1>(plain); return;
+    case BrowserAction::ClearFilesOrganizer: open.template operator()<GrpClear1>(plain); return;
     case BrowserAction::OrganizeFilesSearch: {
         if (m_batch) {
             m_batch->raise();

@@ -23,6 +23,20 @@ QPushButton *button(QWidget *parent, const char *name, const QString &caption, c
     return b;
 }
 
+// OKBtn, CancelBtn and HelpBtn in a row below the window's content.
+QHBoxLayout *buttonRow(QDialog *window, const QString &okTip, const QString &cancelTip, const QString &helpTip)
+{
+    auto *ok = button(window, "OKBtn", QStringLiteral("OK"), okTip);
+    auto *cancel = button(window, "CancelBtn", QStringLiteral("Cancel"), cancelTip);
+    auto *help = button(window, "HelpBtn", QStringLiteral("Help"), helpTip);
+    QObject::connect(cancel, &QPushButton::clicked, window, &QDialog::reject);
+    auto *row = new QHBoxLayout;
+    row->addWidget(ok);
+    row->addWidget(cancel);
+    row->addWidget(help);
+    return row;
+}
+
 } // namespace
 
 GrpRepair1::GrpRepair1(AppState &state, UiServices &services, const organizer::OrganizerStore &store, QWidget *parent)
@@ -46,16 +60,11 @@ GrpRepair1::GrpRepair1(AppState &state, UiServices &services, const organizer::O
     options->addWidget(m_repair);
     options->addWidget(m_compact);
 
-    auto *ok = button(this, "OKBtn", QStringLiteral("OK"), QStringLiteral("Perform The Function Selected Above"));
-    auto *cancel = button(this, "CancelBtn", QStringLiteral("Cancel"), QStringLiteral("Close the Database Utility Window"));
-    auto *help = button(this, "HelpBtn", QStringLiteral("Help"), QStringLiteral("Help with Database Utility Window"));
-    connect(ok, &QPushButton::clicked, this, &GrpRepair1::okClicked);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, &GrpRepair1::helpRequested);
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    buttons->addWidget(help);
+    QHBoxLayout *buttons = buttonRow(this, QStringLiteral("Perform The Function Selected Above"),
+                                     QStringLiteral("Close the Database Utility Window"),
+                                     QStringLiteral("Help with Database Utility Window"));
+    connect(findChild<QPushButton *>(QStringLiteral("OKBtn")), &QPushButton::clicked, this, &GrpRepair1::okClicked);
+    connect(findChild<QPushButton *>(QStringLiteral("HelpBtn")), &QPushButton::clicked, this, &GrpRepair1::helpRequested);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(frame);
     layout->addLayout(buttons);
@@ -88,17 +97,12 @@ GrpClear1::GrpClear1(AppState &state, UiServices &services, const organizer::Org
                              this);
     label->setObjectName(QStringLiteral("Label1"));
     label->setWordWrap(true);
-    auto *ok = button(this, "OKBtn", QStringLiteral("OK"), QStringLiteral("Remove all Files from all File Groups in the Organizer"));
-    auto *cancel = button(this, "CancelBtn", QStringLiteral("Cancel"),
-                          QStringLiteral("Close the Clear all Files in the Organizer Database without Removing and Files"));
-    auto *help = button(this, "HelpBtn", QStringLiteral("Help"), QStringLiteral("Help with Clear all Files in the Organizer Window"));
-    connect(ok, &QPushButton::clicked, this, &GrpClear1::okClicked);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, &GrpClear1::helpRequested);
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    buttons->addWidget(help);
+    QHBoxLayout *buttons = buttonRow(
+        this, QStringLiteral("Remove all Files from all File Groups in the Organizer"),
+        QStringLiteral("Close the Clear all Files in the Organizer Database without Removing and Files"),
+        QStringLiteral("Help with Clear all Files in the Organizer Window"));
+    connect(findChild<QPushButton *>(QStringLiteral("OKBtn")), &QPushButton::clicked, this, &GrpClear1::okClicked);
+    connect(findChild<QPushButton *>(QStringLiteral("HelpBtn")), &QPushButton::clicked, this, &GrpClear1::helpRequested);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(label);
     layout->addLayout(buttons);
