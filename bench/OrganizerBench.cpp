@@ -32,11 +32,11 @@ int main(int argc, char *argv[])
     for (int i = 0; i < 20; ++i) {
         QElapsedTimer t;
         t.start();
-        const auto hit = store.findNearest(organizer::FindField::FileName, QStringLiteral("file5"));
+        const auto hit = store.findNearest(organizer::FindField::FileName, QStringLiteral("file05"));
         best = std::min(best, t.nsecsElapsed() / 1e6);
         found = hit ? hit->FileName : QString();
     }
-    std::printf("nearest match \"file5\": %.2f ms (best of 20), found %s\n", best, qPrintable(found));
+    std::printf("nearest match \"file05\": %.2f ms (best of 20), found %s\n", best, qPrintable(found));
 
     AppState state;
     state.programFolder = QString::fromLocal8Bit(argv[1]);

@@ -108,8 +108,8 @@ for key in id group name type date keyword; do
   row "sorted listing by $key" "$t" "$s"
 done
 
-t=$(measure "$CLI" group find --name file5 --home "$WORK/tarnby")
+t=$(measure "$CLI" group find --name file05 --home "$WORK/tarnby")
 s=$(measure sqlite3 "$WORK/shell/FileTabl.MDB" \
-    "SELECT * FROM [FileTable] WHERE [FileName] >= 'file5' ORDER BY [FileName], [ID] LIMIT 1")
+    "SELECT * FROM [FileTable] WHERE [FileName] >= 'file05' ORDER BY [FileName], [ID] LIMIT 1")
 row "nearest match (whole process)" "$t" "$s"
 "$BUILD_DIR/bench/tarnby-bench-organizer" "$WORK/tarnby" Big
