@@ -21,6 +21,8 @@ PACKAGES=(
   gstreamer1.0-libav fluid-soundfont-gm
   # tests and screenshots
   xvfb xauth poppler-utils netpbm
+  # the organizer: a throw-away PostgreSQL server for its tests, the sqlite3 shell for its benchmark
+  postgresql postgresql-common sqlite3 libsqlite3-dev
   # the icon (rendered at build time), the install and package tests
   librsvg2-bin desktop-file-utils shared-mime-info xdg-utils libfile-mimeinfo-perl bash-completion
   man-db dpkg-dev binutils

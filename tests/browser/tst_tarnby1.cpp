@@ -97,6 +97,8 @@ void TestTarnby1::startupStepsInOrder()
     QCOMPARE(m_state->commandLineArguments, (QStringList{"a b.jpg", "c.txt"}));
     QCOMPARE(m_state->programFolder, m_dir->filePath(QStringLiteral("home")));
     QCOMPARE(m_store->value("Registered", "TarnbyDIR").toString(), m_state->programFolder);
+    // The delivered empty organizer database is found in the new folder.
+    QCOMPARE(m_state->organizerDatabaseFound, m_state->programFolder + QStringLiteral("/FileTabl.MDB"));
     QVERIFY(m_responder->messages().isEmpty());
 }
 

@@ -59,6 +59,9 @@ public:
     QString helpFolder() const;    // programFolder + "/Help"
     QString reportFile() const;    // programFolder + "/F@Prnt.INI"
     QString organizerDatabase() const; // programFolder + "/FileTabl.MDB"
+    // What the start-up found of the organizer database: its full name when
+    // "FileTabl.MDB" is in the program folder, empty when it is missing.
+    QString organizerDatabaseFound;
 };
 
 } // namespace tarnby

@@ -66,6 +66,10 @@ const LineRow<P> MoreOptionsLines[] = {
     {9, "incomingPort", T::Integer32, &P::incomingPort, "993", 1, 65535},
     {10, "incomingSecurity", T::Choice, &P::incomingSecurity, "TLS", 0, 0, "STARTTLS|TLS|None"},
     {11, "incomingUser", T::Text, &P::incomingUser, ""},
+    {12, "organizerHost", T::Text, &P::organizerHost, ""},
+    {13, "organizerPort", T::Integer32, &P::organizerPort, "5432", 1, 65535},
+    {14, "organizerDatabase", T::Text, &P::organizerDatabase, "tarnby"},
+    {15, "organizerUser", T::Text, &P::organizerUser, ""},
 };
 
 } // namespace

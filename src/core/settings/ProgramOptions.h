@@ -80,6 +80,13 @@ struct ProgramOptions {
     qint32 incomingPort = 0;
     QString incomingSecurity; // "STARTTLS", "TLS" or "None"
     QString incomingUser;
+    // The organizer's catalogue on a PostgreSQL server, shared by several
+    // machines; with no host it is "FileTabl.MDB" in the program folder. The
+    // password lives in the desktop keyring, like the mail passwords.
+    QString organizerHost;
+    qint32 organizerPort = 0;
+    QString organizerDatabase;
+    QString organizerUser;
 
     bool operator==(const ProgramOptions &) const = default;
 };

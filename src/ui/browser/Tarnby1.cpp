@@ -28,6 +28,12 @@
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/organizer/GrpBatch1.h"
+#include "ui/organizer/GrpBrow1.h"
+#include "ui/organizer/GrpFlem1.h"
+#include "ui/organizer/GrpMaint.h"
+#include "ui/organizer/GrpRepair1.h"
+#include "ui/organizer/OrganizerAccess.h"
 #include "ui/search/FindFile1.h"
 #include "ui/services/UiServices.h"
 #include "ui/tables/ProPert1.h"
@@ -544,7 +550,10 @@ void Tarnby1::load(const StartupRequest &request)
     setSelectionCommands(false);
     m_startupSteps << QStringLiteral("toolbar");
 
-    // 10. The organizer database in the program folder.
+    // 10. The organizer database in the program folder: its name is kept
+    // when the file is there; the organizer windows say so when it is not.
+    m_state.organizerDatabaseFound =
+        QFileInfo::exists(m_state.organizerDatabase()) ? m_state.organizerDatabase() : QString();
     m_startupSteps << QStringLiteral("organizer");
 
     // 11. Quick tips, when the options ask for them.
@@ -1128,7 +1137,7 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::RepairOrganizer:
     case BrowserAction::BrowseOrganizerTable:
     case BrowserAction::AddOrganizerFiles:
-        notYetAvailable(QStringLiteral("The file organizer"));
+        openOrganizer(action);
         return;
     case BrowserAction::WorkingFolders: {
         SetFoldr1 window(m_state, m_services, m_folder.isEmpty() ? m_state.programFolder : m_folder, this);
@@ -1183,6 +1192,83 @@ void Tarnby1::runCommand(BrowserAction action)
             stopThumbnails();
         return;
     }
+}
+
+void Tarnby1::openOrganizer(BrowserAction action)
+{
+    const organizer::OrganizerStore store = catalogueFor(m_state);
+    auto help = [this](auto *window) {
+        connect(window, &std::remove_pointer_t<decltype(window)>::helpRequested, this, [this] { showHelp(false); });
+    };
+    // The modal windows, each over the same catalogue.
+    auto open = [&]<class Window>(auto &&prepare) {
+        Window window(m_state, m_services, store, this);
+        help(&window);
+        prepare(window);
+        window.exec();
+    };
+    auto plain = [](auto &) {};
+    if (action == BrowserAction::RepairOrganizer) {
+        open.template operator()<GrpRepair1>(plain);
+        return;
+    }
+    if (!catalogueReady(store, m_state, m_services, this))
+        return;
+    switch (action) {
+    case BrowserAction::ViewGroups:
+    case BrowserAction::BrowseOrganizerTable:
+        open.template operator()<GrpBrow1>(
+            [this](GrpBrow1 &window) { connect(&window, &GrpBrow1::fileSelected, this, &Tarnby1::selectFileInList); });
+        return;
+    case BrowserAction::CreateGroups: open.template operator()<GrpMaint>(plain); return;
+    case BrowserAction::SelectFilesGroup:
+    case BrowserAction::AddOrganizerFiles: open.template operator()<GrpFlem1>(plain); return;
+    case BrowserAction::ClearFilesOrganizer: open.template operator()<GrpClear1>(plain); return;
+    case BrowserAction::OrganizeFilesSearch: {
+        if (m_batch) {
+            m_batch->raise();
+            m_batch->activateWindow();
+            return;
+        }
+        // The batch window stays open beside the browser: each OK adds the
+        // files the list shows of the folder the search reached, then the
+        // search goes on.
+        m_batch = new GrpBatch1(m_state, m_services, store, [this] {
+            GrpBatch1::FolderFiles files{m_listModel->folder(), {}};
+            for (const QString &path : m_listModel->shownFilePaths())
+                files.names << QFileInfo(path).fileName();
+            return files;
+        }, this);
+        m_batch->setAttribute(Qt::WA_DeleteOnClose);
+        help(m_batch.data());
+        connect(m_batch, &GrpBatch1::findNextRequested, this, &Tarnby1::FindNext);
+        m_batch->show();
+        return;
+    }
+    default:
+        return;
+    }
+}
+
+GrpBatch1 *Tarnby1::batchWindow() const
+{
+    return m_batch.data();
+}
+
+void Tarnby1::selectFileInList(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!goToFolder(info.absolutePath()))
+        return;
+    auto select = [this, name = info.fileName()] {
+        const int row = m_listModel->rowForName(name);
+        if (row >= 0)
+            m_listView->setCurrentRow(row);
+    };
+    if (m_listModel->isLoading())
+        connect(m_listModel, &FileListModel::folderLoaded, this, select, Qt::SingleShotConnection);
+    else
+        select();
 }
 
 void Tarnby1::showFindWindow()

@@ -7,6 +7,7 @@
 
 #include <QMainWindow>
 #include <QHash>
+#include <QPointer>
 #include <QStringList>
 
 #include <memory>
@@ -43,6 +44,7 @@ namespace tarnby::ui {
 class CommandBar;
 class FileCommands;
 class FileListView;
+class GrpBatch1;
 class HelpWindow;
 class ChildFrm1;
 class MDIForm1;
@@ -175,6 +177,16 @@ public:
     // The walk's saved position, for tests and the organizer.
     search::FileSearch *fileSearch() const { return m_search.get(); }
 
+    // ---- the organizer ---------------------------------------------------
+    // Opens the organizer window of an Organize command. A catalogue that is
+    // missing or damaged is reported, with the repair window offered.
+    void openOrganizer(commands::BrowserAction action);
+    // The batch add window while it is open (it stays open beside the search).
+    GrpBatch1 *batchWindow() const;
+    // Shows path's folder and selects the file in the list, as a click would
+    // (the group browser's Select).
+    void selectFileInList(const QString &path);
+
 signals:
     void searchFinished(search::SearchOutcome outcome);
 
@@ -225,6 +237,7 @@ private:
     UiServices &m_services;
     SettingsStore &m_store;
     QStringList m_startupSteps;
+    QPointer<GrpBatch1> m_batch;
     CommandBar *m_bar = nullptr;
     FileCommands *m_files = nullptr;
     MDIForm1 *m_frame = nullptr;

@@ -1,0 +1,981 @@
+#include "core/organizer/OrganizerStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+#include <atomic>
+
+#include <sqlite3.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+// Every SQL text below binds its values as parameters. The catalogue once put a
+// group name between single quotes straight into its SQL, so that a name such
+// as "Pat's Photos" ended the listing of its group with an error; binding the
+// name keeps it a value, whatever it holds. The sort keys are never typed by
+// anyone: they come from the fixed list of SortKey, and only they are put into
+// the text.
+namespace tarnby::organizer {
+
+namespace {
+
+using Engine = StoreLocation::Engine;
+
+struct Column {
+    const char *name;
+    const char *sqliteType; // the server's type is the same for every text field
+};
+
+// The field order is part of the format: some windows write fields by their
+// position. GroupTable: Date 3, Time 4, DateTimeCreated 5. FileTable:
+// FileName 2, FileLocation 3, FileType 6, Date 8, Time 9, DateTimeCreated 10.
+// Text fields are declared as 255 characters; SQLite keeps a longer value
+// whole, which a deep Linux folder needs.
+const Column GroupColumns[] = {
+    {"ID", nullptr},
+    {"GroupName", "VARCHAR(255) COLLATE NOCASE"},
+    {"GroupDesc", "VARCHAR(255) COLLATE NOCASE"},
+    {"Date", "VARCHAR(8) COLLATE NOCASE"},
+    {"Time", "VARCHAR(6) COLLATE NOCASE"},
+    {"DateTimeCreated", "VARCHAR(14) COLLATE NOCASE"},
+    {"DateDisp", "VARCHAR(255) COLLATE NOCASE"},
+};
+
+const Column FileColumns[] = {
+    {"ID", nullptr},
+    {"GroupName", "VARCHAR(255) COLLATE NOCASE"},
+    {"FileName", "VARCHAR(255) COLLATE NOCASE"},
+    {"FileLocation", "VARCHAR(255) COLLATE NOCASE"},
+    {"FileDescription", "VARCHAR(255) COLLATE NOCASE"},
+    {"FileKeyword", "VARCHAR(255) COLLATE NOCASE"},
+    {"FileType", "VARCHAR(255) COLLATE NOCASE"},
+    {"Comments", "TEXT COLLATE NOCASE"},
+    {"Date", "VARCHAR(8) COLLATE NOCASE"},
+    {"Time", "VARCHAR(255) COLLATE NOCASE"},
+    {"DateTimeCreated", "VARCHAR(14) COLLATE NOCASE"},
+    {"DateDisp", "VARCHAR(255) COLLATE NOCASE"},
+};
+
+// Index names are one name space per database in both engines, so the group
+// index of FileTable cannot share the name "GroupName" with GroupTable's.
+const char *const IndexTexts[] = {
+    "CREATE INDEX [GroupName] ON [GroupTable] ([GroupName])",
+    "CREATE INDEX [FileName] ON [FileTable] ([FileName])",
+    "CREATE INDEX [FileKeyword] ON [FileTable] ([FileKeyword])",
+    "CREATE INDEX [FileGroupName] ON [FileTable] ([GroupName])",
+};
+
+template<size_t N>
+QString createTableText(const char *table, const Column (&columns)[N], Engine engine)
+{
+    QStringList parts;
+    for (const Column &c : columns) {
+        QString type;
+        if (!c.sqliteType)
+            type = engine == Engine::SQLite ? QStringLiteral("INTEGER PRIMARY KEY AUTOINCREMENT")
+                                            : QStringLiteral("SERIAL PRIMARY KEY");
+        else
+            // Letters compare without regard to case, as the catalogue always
+            // has: a find for "m" lands on "Mail.TXT". On the server citext
+            // under the "C" collation compares exactly as NOCASE does.
+            type = engine == Engine::SQLite ? QLatin1String(c.sqliteType) : QStringLiteral("citext COLLATE \"C\"");
+        parts << QStringLiteral("[%1] %2").arg(QLatin1String(c.name), type);
+    }
+    return QStringLiteral("CREATE TABLE [%1] (%2)").arg(QLatin1String(table), parts.join(QStringLiteral(", ")));
+}
+
+template<size_t N>
+QStringList columnNames(const Column (&columns)[N])
+{
+    QStringList names;
+    for (const Column &c : columns)
+        names << QLatin1String(c.name);
+    return names;
+}
+
+const char *const SortKeyTexts[] = {"[ID]", "[GroupName]", "[FileName]", "[FileType]", "[Date]", "[FileKeyword]"};
+
+const SortChoice SortChoices[SortChoiceCount] = {
+    {"Date Added to List", SortKey::ID},
+    {"Group Name", SortKey::GroupName},
+    {"File Name", SortKey::FileName},
+    {"File Type", SortKey::FileType},
+    {"File Last Updated", SortKey::Date},
+    {"File Search Word", SortKey::FileKeyword},
+    {"File Path", std::nullopt},
+};
+
+// One connection for one operation: opened by the constructor, closed and
+// removed by the destructor.
+class Session
+{
+public:
+    Session(const StoreLocation &location, bool mayCreate)
+        : m_location(location)
+        , m_name(QStringLiteral("tarnby-organizer-%1").arg(s_next.fetch_add(1)))
+    {
+        if (location.engine == Engine::SQLite) {
+            if (!mayCreate && !QFileInfo::exists(location.file)) {
+                fail(StoreStatus::Missing,
+                     QStringLiteral("The organizer database %1 does not exist.").arg(location.file));
+                return;
+            }
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+            db.setDatabaseName(location.file);
+            db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+            if (!db.open()) {
+                fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 cannot be opened: %2")
+                                              .arg(location.file, db.lastError().text()));
+                return;
+            }
+        } else {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
+            db.setHostName(location.host);
+            db.setPort(location.port);
+            db.setDatabaseName(location.database);
+            db.setUserName(location.user);
+            db.setPassword(location.password);
+            db.setConnectOptions(QStringLiteral("connect_timeout=10"));
+            if (!db.open()) {
+                fail(StoreStatus::Unreachable, QStringLiteral("The organizer database %1 cannot be reached: %2")
+                                                   .arg(location.describe(), db.lastError().text().trimmed()));
+                return;
+            }
+        }
+        m_open = true;
+    }
+
+    ~Session()
+    {
+        if (m_inTransaction)
+            run(QStringLiteral("ROLLBACK"));
+        if (!m_name.isEmpty() && QSqlDatabase::contains(m_name)) {
+            {
+                QSqlDatabase db = QSqlDatabase::database(m_name, false);
+                db.close();
+            }
+            QSqlDatabase::removeDatabase(m_name);
+        }
+    }
+
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    bool isOpen() const { return m_open && m_result.ok(); }
+    const StoreResult &result() const { return m_result; }
+    Engine engine() const { return m_location.engine; }
+    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
+
+    // The SQL text for this engine: the bracketed names of the catalogue's
+    // SQL become quoted names on the server.
+    QString sql(const QString &text) const
+    {
+        if (m_location.engine == Engine::SQLite)
+            return text;
+        QString t = text;
+        t.replace(QLatin1Char('['), QLatin1Char('"')).replace(QLatin1Char(']'), QLatin1Char('"'));
+        return t;
+    }
+
+    bool tablesPresent()
+    {
+        const QStringList tables = db().tables();
+        if (tables.isEmpty() && db().lastError().isValid())
+            return fromError(db().lastError(), QStringLiteral("read the list of tables")), false;
+        return tables.contains(QStringLiteral("GroupTable")) && tables.contains(QStringLiteral("FileTable"));
+    }
+
+    // Checks that the catalogue can be read and holds both tables.
+    bool checkTables()
+    {
+        if (!isOpen())
+            return false;
+        if (m_location.engine == Engine::SQLite) {
+            // Any read of the schema tells a file that is no database.
+            QSqlQuery probe(db());
+            if (!probe.exec(QStringLiteral("SELECT count(*) FROM sqlite_master")))
+                return fromError(probe.lastError(), QStringLiteral("read it")), false;
+        }
+        if (!tablesPresent()) {
+            if (m_result.ok())
+                fail(StoreStatus::Damaged, QStringLiteral("The organizer database %1 is damaged: it does not "
+                                                          "hold the tables GroupTable and FileTable.")
+                                               .arg(m_location.describe()));
+            return false;
+        }
+        return true;
+    }
+
+    bool begin(bool write)
+    {
+        const QString text = (write && m_location.engine == Engine::SQLite) ? QStringLiteral("BEGIN IMMEDIATE")
+                                                                           : QStringLiteral("BEGIN");
+        if (!run(text))
+            return false;
+        m_inTransaction = true;
+        return true;
+    }
+
+    bool commit()
+    {
+        m_inTransaction = false;
+        return run(QStringLiteral("COMMIT"));
+    }
+
+    bool run(const QString &text)
+    {
+        QSqlQuery q(db());
+        if (!q.exec(sql(text)))
+            return fromError(q.lastError(), text), false;
+        return true;
+    }
+
+    // Prepares text and binds values in their order.
+    bool prepare(QSqlQuery &q, const QString &text, const QVariantList &values = {})
+    {
+        q = QSqlQuery(db());
+        q.setForwardOnly(true);
+        if (!q.prepare(sql(text)))
+            return fromError(q.lastError(), text), false;
+        for (int i = 0; i < values.size(); ++i)
+            q.bindValue(i, values.at(i));
+        return true;
+    }
+
+    bool exec(QSqlQuery &q, const QString &what)
+    {
+        if (!q.exec())
+            return fromError(q.lastError(), what), false;
+        return true;
+    }
+
+    bool fromError(const QSqlError &error, const QString &what)
+    {
+        StoreStatus status = StoreStatus::Failed;
+        const QString code = error.nativeErrorCode();
+        // SQLite's "file is not a database" and "database disk image is
+        // malformed" name a damaged file.
+        if (m_location.engine == Engine::SQLite && (code == QLatin1String("26") || code == QLatin1String("11")))
+            status = StoreStatus::Damaged;
+        if (m_location.engine == Engine::PostgreSQL && error.type() == QSqlError::ConnectionError)
+            status = StoreStatus::Unreachable;
+        QString text = error.text().trimmed();
+        if (text.isEmpty())
+            text = QStringLiteral("unknown error");
+        fail(status, status == StoreStatus::Damaged
+                         ? QStringLiteral("The organizer database %1 is damaged: %2").arg(m_location.describe(), text)
+                         : QStringLiteral("The organizer database %1 could not %2: %3")
+                               .arg(m_location.describe(), what.left(80), text));
+        return false;
+    }
+
+    void fail(StoreStatus status, const QString &error)
+    {
+        if (!m_result.ok())
+            return; // the first fault is the one worth telling
+        m_result.status = status;
+        m_result.error = error;
+    }
+
+private:
+    static inline std::atomic<int> s_next{0};
+    StoreLocation m_location;
+    QString m_name;
+    bool m_open = false;
+    bool m_inTransaction = false;
+    StoreResult m_result;
+};
+
+void setResult(StoreResult *out, const StoreResult &result)
+{
+    if (out)
+        *out = result;
+}
+
+GroupRow groupFromQuery(const QSqlQuery &q)
+{
+    GroupRow g;
+    g.ID = q.value(0).toLongLong();
+    g.GroupName = q.value(1).toString();
+    g.GroupDesc = q.value(2).toString();
+    g.Date = q.value(3).toString();
+    g.Time = q.value(4).toString();
+    g.DateTimeCreated = q.value(5).toString();
+    g.DateDisp = q.value(6).toString();
+    return g;
+}
+
+FileEntry entryFromQuery(const QSqlQuery &q)
+{
+    FileEntry e;
+    e.ID = q.value(0).toLongLong();
+    e.GroupName = q.value(1).toString();
+    e.FileName = q.value(2).toString();
+    e.FileLocation = q.value(3).toString();
+    e.FileDescription = q.value(4).toString();
+    e.FileKeyword = q.value(5).toString();
+    e.FileType = q.value(6).toString();
+    e.Comments = q.value(7).toString();
+    e.Date = q.value(8).toString();
+    e.Time = q.value(9).toString();
+    e.DateTimeCreated = q.value(10).toString();
+    e.DateDisp = q.value(11).toString();
+    return e;
+}
+
+// A null QString binds as SQL NULL; an empty field is stored as empty text.
+QVariant text(const QString &value)
+{
+    return value.isNull() ? QVariant(QString(QLatin1String(""))) : QVariant(value);
+}
+
+const QString InsertGroupText = QStringLiteral(
+    "INSERT INTO [GroupTable] ([GroupName], [GroupDesc], [Date], [Time], [DateTimeCreated], [DateDisp]) "
+    "VALUES (?, ?, ?, ?, ?, ?)");
+const QString InsertEntryText = QStringLiteral(
+    "INSERT INTO [FileTable] ([GroupName], [FileName], [FileLocation], [FileDescription], [FileKeyword], "
+    "[FileType], [Comments], [Date], [Time], [DateTimeCreated], [DateDisp]) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+
+QVariantList groupValues(const GroupRow &g)
+{
+    return {text(g.GroupName), text(g.GroupDesc), text(g.Date), text(g.Time), text(g.DateTimeCreated), text(g.DateDisp)};
+}
+
+qint64 insertedId(Engine engine, QSqlQuery &q)
+{
+    if (engine == Engine::SQLite)
+        return q.lastInsertId().toLongLong();
+    // RETURNING gives the server's counter.
+    return q.next() ? q.value(0).toLongLong() : 0;
+}
+
+QString returningId(Engine engine)
+{
+    return engine == Engine::PostgreSQL ? QStringLiteral(" RETURNING [ID]") : QString();
+}
+
+// The entries of a group in the order of key. The ties of a key other than
+// [ID] are broken by [ID], so that both engines list equal keys in the order
+// the entries were added.
+QString entriesText(SortKey key)
+{
+    QString order = sortKeyText(key);
+    if (key != SortKey::ID)
+        order += QStringLiteral(", [ID]");
+    return QStringLiteral("SELECT * FROM [FileTable] WHERE [GroupName] = ? ORDER BY ") + order;
+}
+
+bool insertEntries(Session &s, const QList<FileEntry> &rows, QList<qint64> *ids)
+{
+    QSqlQuery q;
+    if (!s.prepare(q, InsertEntryText + returningId(s.engine())))
+        return false;
+    for (const FileEntry &e : rows) {
+        const QVariant values[] = {text(e.GroupName), text(e.FileName), text(e.FileLocation), text(e.FileDescription),
+                                   text(e.FileKeyword), text(e.FileType), text(e.Comments), text(e.Date),
+                                   text(e.Time), text(e.DateTimeCreated), text(e.DateDisp)};
+        for (int i = 0; i < int(std::size(values)); ++i)
+            q.bindValue(i, values[i]);
+        if (!s.exec(q, QStringLiteral("add the entry of %1").arg(e.FileName)))
+            return false;
+        ids->append(insertedId(s.engine(), q));
+    }
+    return true;
+}
+
+// Flushes a written file to the disk, so that a rename that follows cannot
+// reach the disk before the file's content does.
+bool syncFile(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool ok = ::fsync(fd) == 0;
+    ::close(fd);
+    return ok;
+}
+
+void syncFolder(const QString &folder)
+{
+    const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+}
+
+// Removes a side file and whatever journal SQLite left of it, so that a stale
+// journal can never be played onto a new file of the same name.
+bool removeWithJournals(const QString &path)
+{
+    bool ok = true;
+    for (const QString &suffix : {QString(), QStringLiteral("-journal"), QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+        const QString name = path + suffix;
+        if (QFileInfo::exists(name) && !QFile::remove(name))
+            ok = false;
+    }
+    return ok;
+}
+
+// One operation of the catalogue: opens it, runs text with values in one
+// transaction, hands the query to take (which reads the rows) and closes it
+// again. The result says how it went.
+template<class Take>
+StoreResult runOne(const StoreLocation &location, bool write, const QString &text, const QVariantList &values,
+                   const QString &what, Take take)
+{
+    Session s(location, false);
+    QSqlQuery q;
+    if (s.checkTables() && s.begin(write) && s.prepare(q, text, values) && s.exec(q, what)) {
+        take(q);
+        q.finish();
+        s.commit();
+    }
+    return s.result();
+}
+
+StoreResult runOne(const StoreLocation &location, bool write, const QString &text, const QVariantList &values,
+                   const QString &what)
+{
+    return runOne(location, write, text, values, what, [](QSqlQuery &) {});
+}
+
+class SqlEntryCursor : public EntryCursor
+{
+public:
+    SqlEntryCursor(const StoreLocation &location, const QString &groupName, SortKey key)
+        : m_session(location, false)
+    {
+        if (!m_session.checkTables() || !m_session.begin(false)
+            || !m_session.prepare(m_query, entriesText(key), {groupName})
+            || !m_session.exec(m_query, QStringLiteral("list the group %1").arg(groupName)))
+            m_atEnd = true;
+    }
+
+    bool fetch(int count, QList<FileEntry> *rows) override
+    {
+        for (int i = 0; i < count && !m_atEnd; ++i) {
+            if (!m_query.next()) {
+                m_atEnd = true;
+                if (m_query.lastError().isValid())
+                    return m_session.fromError(m_query.lastError(), QStringLiteral("read the entries")), false;
+                break;
+            }
+            rows->append(entryFromQuery(m_query));
+        }
+        return m_session.result().ok();
+    }
+
+    bool atEnd() const override { return m_atEnd; }
+    QString errorString() const override { return m_session.result().error; }
+    const StoreResult &result() const { return m_session.result(); }
+
+private:
+    Session m_session;
+    QSqlQuery m_query;
+    bool m_atEnd = false;
+};
+
+} // namespace
+
+StoreLocation StoreLocation::inFolder(const QString &folder)
+{
+    StoreLocation l;
+    l.file = QDir(folder).filePath(DatabaseFileName);
+    return l;
+}
+
+QString StoreLocation::describe() const
+{
+    if (engine == Engine::SQLite)
+        return file;
+    return QStringLiteral("%1@%2:%3/%4").arg(user, host).arg(port).arg(database);
+}
+
+QStringList groupTableFields()
+{
+    return columnNames(GroupColumns);
+}
+
+QStringList fileTableFields()
+{
+    return columnNames(FileColumns);
+}
+
+QString sortKeyText(SortKey key)
+{
+    return QLatin1String(SortKeyTexts[int(key)]);
+}
+
+std::optional<SortKey> sortKeyFromName(const QString &name)
+{
+    static const std::pair<const char *, SortKey> names[] = {
+        {"id", SortKey::ID},     {"group", SortKey::GroupName}, {"name", SortKey::FileName},
+        {"type", SortKey::FileType}, {"date", SortKey::Date},   {"keyword", SortKey::FileKeyword},
+    };
+    for (const auto &[n, key] : names) {
+        if (name == QLatin1String(n))
+            return key;
+    }
+    return std::nullopt;
+}
+
+const SortChoice &sortChoice(int position)
+{
+    return SortChoices[std::clamp(position, 0, SortChoiceCount - 1)];
+}
+
+SortKey keyAfterChoice(int position, SortKey previous)
+{
+    if (position < 0 || position >= SortChoiceCount)
+        return previous;
+    return SortChoices[position].key.value_or(previous);
+}
+
+OrganizerStore::OrganizerStore(StoreLocation location)
+    : m_location(std::move(location))
+{
+}
+
+StoreResult OrganizerStore::check() const
+{
+    Session s(m_location, false);
+    s.checkTables();
+    return s.result();
+}
+
+StoreResult OrganizerStore::create() const
+{
+    if (m_location.engine == Engine::SQLite && !QFileInfo::exists(m_location.file)) {
+        // A new file is written beside its final name and renamed into
+        // place, so that no half-made catalogue is ever found under it.
+        const QString temporary = m_location.file + QStringLiteral(".new");
+        removeWithJournals(temporary);
+        {
+            StoreLocation side = m_location;
+            side.file = temporary;
+            Session s(side, true);
+            if (!s.isOpen())
+                return s.result();
+            if (!s.begin(true))
+                return s.result();
+            for (const QString &t : {createTableText("GroupTable", GroupColumns, Engine::SQLite),
+                                     createTableText("FileTable", FileColumns, Engine::SQLite)}) {
+                if (!s.run(t))
+                    return s.result();
+            }
+            for (const char *index : IndexTexts) {
+                if (!s.run(QLatin1String(index)))
+                    return s.result();
+            }
+            if (!s.commit())
+                return s.result();
+        }
+        syncFile(temporary);
+        if (::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_location.file).constData()) != 0) {
+            removeWithJournals(temporary);
+            return {StoreStatus::Failed, QStringLiteral("The organizer database %1 could not be made.").arg(m_location.file)};
+        }
+        syncFolder(QFileInfo(m_location.file).absolutePath());
+        return {};
+    }
+
+    Session s(m_location, false);
+    if (m_location.engine == Engine::SQLite) {
+        s.checkTables();
+        return s.result();
+    }
+    if (!s.isOpen() || s.tablesPresent() || !s.result().ok())
+        return s.result();
+    // A server database without the tables gets them.
+    if (!s.run(QStringLiteral("CREATE EXTENSION IF NOT EXISTS citext")) || !s.begin(true))
+        return s.result();
+    for (const QString &t : {createTableText("GroupTable", GroupColumns, Engine::PostgreSQL),
+                             createTableText("FileTable", FileColumns, Engine::PostgreSQL)}) {
+        if (!s.run(t))
+            return s.result();
+    }
+    for (const char *index : IndexTexts) {
+        if (!s.run(QLatin1String(index)))
+            return s.result();
+    }
+    s.commit();
+    return s.result();
+}
+
+QList<GroupRow> OrganizerStore::groups(StoreResult *result) const
+{
+    QList<GroupRow> rows;
+    const StoreResult r = runOne(m_location, false, QStringLiteral("SELECT * FROM [GroupTable] ORDER BY [ID]"), {},
+                                 QStringLiteral("list the groups"), [&](QSqlQuery &q) {
+                                     while (q.next())
+                                         rows << groupFromQuery(q);
+                                 });
+    setResult(result, r);
+    return r.ok() ? rows : QList<GroupRow>();
+}
+
+QStringList OrganizerStore::groupNames(StoreResult *result) const
+{
+    QStringList names;
+    for (const GroupRow &g : groups(result))
+        names << g.GroupName;
+    return names;
+}
+
+QList<GroupCount> OrganizerStore::groupCounts(StoreResult *result) const
+{
+    QList<GroupCount> rows;
+    const StoreResult r = runOne(m_location, false,
+                                 QStringLiteral("SELECT [GroupName], (SELECT COUNT(*) FROM [FileTable] "
+                                                "WHERE [FileTable].[GroupName] = [GroupTable].[GroupName]) "
+                                                "FROM [GroupTable] ORDER BY [ID]"),
+                                 {}, QStringLiteral("count the entries"), [&](QSqlQuery &q) {
+                                     while (q.next())
+                                         rows << GroupCount{q.value(0).toString(), q.value(1).toLongLong()};
+                                 });
+    setResult(result, r);
+    return r.ok() ? rows : QList<GroupCount>();
+}
+
+std::optional<GroupRow> OrganizerStore::group(qint64 id, StoreResult *result) const
+{
+    std::optional<GroupRow> row;
+    setResult(result, runOne(m_location, false, QStringLiteral("SELECT * FROM [GroupTable] WHERE [ID] = ?"), {id},
+                             QStringLiteral("read a group"), [&](QSqlQuery &q) {
+                                 if (q.next())
+                                     row = groupFromQuery(q);
+                             }));
+    return row;
+}
+
+qint64 OrganizerStore::addGroup(const GroupRow &row, StoreResult *result) const
+{
+    qint64 id = 0;
+    const StoreResult r = runOne(m_location, true, InsertGroupText + returningId(m_location.engine), groupValues(row),
+                                 QStringLiteral("add the group %1").arg(row.GroupName),
+                                 [&](QSqlQuery &q) { id = insertedId(m_location.engine, q); });
+    setResult(result, r);
+    return r.ok() ? id : 0;
+}
+
+StoreResult OrganizerStore::updateGroup(const GroupRow &row) const
+{
+    return runOne(m_location, true,
+                  QStringLiteral("UPDATE [GroupTable] SET [GroupName] = ?, [GroupDesc] = ?, [Date] = ?, [Time] = ?, "
+                                 "[DateDisp] = ? WHERE [ID] = ?"),
+                  {text(row.GroupName), text(row.GroupDesc), text(row.Date), text(row.Time), text(row.DateDisp), row.ID},
+                  QStringLiteral("save the group %1").arg(row.GroupName));
+}
+
+StoreResult OrganizerStore::deleteGroup(qint64 id) const
+{
+    return runOne(m_location, true, QStringLiteral("DELETE FROM [GroupTable] WHERE [ID] = ?"), {id},
+                  QStringLiteral("delete a group"));
+}
+
+bool OrganizerStore::CheckDetail(const QString &groupName, StoreResult *result) const
+{
+    bool found = false;
+    setResult(result,
+              runOne(m_location, false, QStringLiteral("SELECT * FROM [FileTable] WHERE [GroupName] = ? ORDER BY [GroupName]"),
+                     {groupName}, QStringLiteral("look for the entries of %1").arg(groupName),
+                     [&](QSqlQuery &q) { found = q.next(); }));
+    return found;
+}
+
+std::optional<FileEntry> OrganizerStore::entry(qint64 id, StoreResult *result) const
+{
+    return firstEntry(QStringLiteral("SELECT * FROM [FileTable] WHERE [ID] = ?"), {id}, result);
+}
+
+QList<qint64> OrganizerStore::addEntries(const QList<FileEntry> &rows, StoreResult *result) const
+{
+    QList<qint64> ids;
+    Session s(m_location, false);
+    if (s.checkTables() && s.begin(true) && insertEntries(s, rows, &ids))
+        s.commit();
+    setResult(result, s.result());
+    return s.result().ok() ? ids : QList<qint64>();
+}
+
+QList<qint64> OrganizerStore::addBatch(const GroupRow &group, const QList<FileEntry> &rows, StoreResult *result) const
+{
+    QList<qint64> ids;
+    Session s(m_location, false);
+    QSqlQuery q;
+    if (s.checkTables() && s.begin(true)
+        && s.prepare(q, QStringLiteral("SELECT COUNT(*) FROM [GroupTable]")) && s.exec(q, QStringLiteral("count the groups"))) {
+        const bool noGroups = q.next() && q.value(0).toLongLong() == 0;
+        q.finish();
+        bool ok = true;
+        if (noGroups) {
+            QSqlQuery insert;
+            ok = s.prepare(insert, InsertGroupText, groupValues(group))
+                && s.exec(insert, QStringLiteral("add the group %1").arg(group.GroupName));
+        }
+        if (ok && insertEntries(s, rows, &ids))
+            s.commit();
+    }
+    setResult(result, s.result());
+    return s.result().ok() ? ids : QList<qint64>();
+}
+
+StoreResult OrganizerStore::updateEntry(const FileEntry &e) const
+{
+    return runOne(m_location, true,
+                  QStringLiteral("UPDATE [FileTable] SET [GroupName] = ?, [FileName] = ?, [FileLocation] = ?, "
+                                 "[FileDescription] = ?, [FileKeyword] = ?, [FileType] = ?, [Comments] = ?, [Date] = ?, "
+                                 "[Time] = ?, [DateDisp] = ? WHERE [ID] = ?"),
+                  {text(e.GroupName), text(e.FileName), text(e.FileLocation), text(e.FileDescription), text(e.FileKeyword),
+                   text(e.FileType), text(e.Comments), text(e.Date), text(e.Time), text(e.DateDisp), e.ID},
+                  QStringLiteral("save the entry of %1").arg(e.FileName));
+}
+
+StoreResult OrganizerStore::deleteEntry(qint64 id) const
+{
+    return runOne(m_location, true, QStringLiteral("DELETE FROM [FileTable] WHERE [ID] = ?"), {id},
+                  QStringLiteral("delete an entry"));
+}
+
+QList<FileEntry> OrganizerStore::entries(const QString &groupName, SortKey key, StoreResult *result) const
+{
+    SqlEntryCursor cursor(m_location, groupName, key);
+    QList<FileEntry> rows;
+    while (!cursor.atEnd() && cursor.fetch(4096, &rows)) {
+    }
+    setResult(result, cursor.result());
+    return cursor.result().ok() ? rows : QList<FileEntry>();
+}
+
+std::unique_ptr<EntryCursor> OrganizerStore::openEntries(const QString &groupName, SortKey key, StoreResult *result) const
+{
+    auto cursor = std::make_unique<SqlEntryCursor>(m_location, groupName, key);
+    setResult(result, cursor->result());
+    return cursor;
+}
+
+StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const
+{
+    if (m_location.engine == Engine::PostgreSQL) {
+        SqlEntryCursor cursor(m_location, groupName, key);
+        QList<FileEntry> rows;
+        while (!cursor.atEnd()) {
+            rows.clear();
+            if (!cursor.fetch(1024, &rows))
+                break;
+            for (const FileEntry &e : std::as_const(rows)) {
+                const QByteArray f[] = {QByteArray::number(e.ID), e.GroupName.toUtf8(), e.FileName.toUtf8(),
+                                        e.FileLocation.toUtf8(), e.FileDescription.toUtf8(), e.FileKeyword.toUtf8(),
+                                        e.FileType.toUtf8(), e.Comments.toUtf8(), e.Date.toUtf8(), e.Time.toUtf8(),
+                                        e.DateTimeCreated.toUtf8(), e.DateDisp.toUtf8()};
+                std::array<QByteArrayView, 12> fields;
+                for (size_t i = 0; i < fields.size(); ++i)
+                    fields[i] = f[i];
+                if (!sink(fields))
+                    return cursor.result();
+            }
+        }
+        return cursor.result();
+    }
+
+    // On SQLite the rows are stepped through the engine's own interface on
+    // the connection's handle: the text goes from the file to the reader as
+    // it is stored, without a QVariant or a QString for every field.
+    Session s(m_location, false);
+    if (!s.checkTables() || !s.begin(false))
+        return s.result();
+    const QVariant handle = s.db().driver()->handle();
+    sqlite3 *db = handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0
+        ? *static_cast<sqlite3 *const *>(handle.constData())
+        : nullptr;
+    if (!db)
+        return {StoreStatus::Failed, QStringLiteral("The organizer database %1 gives no handle.").arg(m_location.file)};
+    sqlite3_stmt *statement = nullptr;
+    const QByteArray text = entriesText(key).toUtf8();
+    const QByteArray group = groupName.toUtf8();
+    if (sqlite3_prepare_v2(db, text.constData(), int(text.size()), &statement, nullptr) != SQLITE_OK
+        || sqlite3_bind_text(statement, 1, group.constData(), int(group.size()), SQLITE_STATIC) != SQLITE_OK) {
+        const QString error = QString::fromUtf8(sqlite3_errmsg(db));
+        sqlite3_finalize(statement);
+        return {StoreStatus::Failed, QStringLiteral("The organizer database %1 could not list the group %2: %3")
+                                         .arg(m_location.file, groupName, error)};
+    }
+    int step = SQLITE_ROW;
+    std::array<QByteArrayView, 12> fields;
+    while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
+        for (int i = 0; i < 12; ++i) {
+            const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(statement, i));
+            fields[size_t(i)] = QByteArrayView(data ? data : "", sqlite3_column_bytes(statement, i));
+        }
+        if (!sink(fields)) {
+            step = SQLITE_DONE;
+            break;
+        }
+    }
+    StoreResult result;
+    if (step != SQLITE_DONE)
+        result = {sqlite3_errcode(db) == SQLITE_CORRUPT || sqlite3_errcode(db) == SQLITE_NOTADB ? StoreStatus::Damaged
+                                                                                              : StoreStatus::Failed,
+                  QStringLiteral("The organizer database %1 could not list the group %2: %3")
+                      .arg(m_location.file, groupName, QString::fromUtf8(sqlite3_errmsg(db)))};
+    sqlite3_finalize(statement);
+    s.commit();
+    return result.ok() ? s.result() : result;
+}
+
+namespace {
+
+QList<qint64> idsInOrder(const StoreLocation &location, const QString &textOf, StoreResult *result)
+{
+    QList<qint64> ids;
+    const StoreResult r = runOne(location, false, textOf, {}, QStringLiteral("list the rows"), [&](QSqlQuery &q) {
+        while (q.next())
+            ids << q.value(0).toLongLong();
+    });
+    setResult(result, r);
+    return r.ok() ? ids : QList<qint64>();
+}
+
+QString orderText(TableOrder order)
+{
+    switch (order) {
+    case TableOrder::ID: return QStringLiteral("[ID]");
+    case TableOrder::GroupName: return QStringLiteral("[GroupName], [ID]");
+    case TableOrder::FileName: return QStringLiteral("[FileName], [ID]");
+    }
+    return QStringLiteral("[ID]");
+}
+
+} // namespace
+
+QList<qint64> OrganizerStore::groupIds(TableOrder order, StoreResult *result) const
+{
+    if (order == TableOrder::FileName)
+        order = TableOrder::GroupName;
+    return idsInOrder(m_location, QStringLiteral("SELECT [ID] FROM [GroupTable] ORDER BY ") + orderText(order), result);
+}
+
+QList<qint64> OrganizerStore::entryIds(TableOrder order, StoreResult *result) const
+{
+    return idsInOrder(m_location, QStringLiteral("SELECT [ID] FROM [FileTable] ORDER BY ") + orderText(order), result);
+}
+
+qint64 OrganizerStore::entryCount(StoreResult *result) const
+{
+    qint64 count = 0;
+    setResult(result, runOne(m_location, false, QStringLiteral("SELECT COUNT(*) FROM [FileTable]"), {},
+                             QStringLiteral("count the entries"), [&](QSqlQuery &q) {
+                                 if (q.next())
+                                     count = q.value(0).toLongLong();
+                             }));
+    return count;
+}
+
+std::optional<FileEntry> OrganizerStore::findNearest(FindField field, const QString &text, StoreResult *result) const
+{
+    const QString column = field == FindField::FileName ? QStringLiteral("[FileName]") : QStringLiteral("[FileKeyword]");
+    return firstEntry(QStringLiteral("SELECT * FROM [FileTable] WHERE %1 >= ? ORDER BY %1, [ID] LIMIT 1").arg(column),
+                      {text}, result);
+}
+
+std::optional<FileEntry> OrganizerStore::findFileName(const QString &fileName, StoreResult *result) const
+{
+    return firstEntry(QStringLiteral("SELECT * FROM [FileTable] WHERE [FileName] = ? ORDER BY [FileName], [ID] LIMIT 1"),
+                      {fileName}, result);
+}
+
+std::optional<FileEntry> OrganizerStore::firstEntry(const QString &sql, const QVariantList &values, StoreResult *result) const
+{
+    std::optional<FileEntry> row;
+    setResult(result, runOne(m_location, false, sql, values, QStringLiteral("find an entry"), [&](QSqlQuery &q) {
+        if (q.next())
+            row = entryFromQuery(q);
+    }));
+    return row;
+}
+
+StoreResult OrganizerStore::repair() const
+{
+    if (m_location.engine == Engine::SQLite && !QFileInfo::exists(m_location.file))
+        return create();
+    Session s(m_location, false);
+    if (!s.checkTables())
+        return s.result();
+    if (m_location.engine == Engine::SQLite) {
+        QSqlQuery q(s.db());
+        // The indexes are rebuilt first: most damage a check reports lies in
+        // them, and REINDEX makes them anew from the tables.
+        if (!s.run(QStringLiteral("REINDEX")))
+            return s.result();
+        if (!q.exec(QStringLiteral("PRAGMA integrity_check")))
+            return s.fromError(q.lastError(), QStringLiteral("check it")), s.result();
+        QStringList problems;
+        while (q.next()) {
+            const QString line = q.value(0).toString();
+            if (line != QLatin1String("ok"))
+                problems << line;
+        }
+        if (!problems.isEmpty())
+            return {StoreStatus::Damaged, QStringLiteral("The organizer database %1 is damaged beyond repair: %2")
+                                              .arg(m_location.file, problems.first())};
+        return {};
+    }
+    s.run(QStringLiteral("REINDEX TABLE [GroupTable]")) && s.run(QStringLiteral("REINDEX TABLE [FileTable]"));
+    return s.result();
+}
+
+StoreResult OrganizerStore::compact(const QString &sideFileName) const
+{
+    if (m_location.engine == Engine::PostgreSQL) {
+        Session s(m_location, false);
+        if (s.checkTables())
+            s.run(QStringLiteral("VACUUM FULL [GroupTable]")) && s.run(QStringLiteral("VACUUM FULL [FileTable]"));
+        return s.result();
+    }
+    const QString folder = QFileInfo(m_location.file).absolutePath();
+    const QString side = QDir(folder).filePath(sideFileName);
+    // An earlier run that failed half-way may have left the side file.
+    if (!removeWithJournals(side))
+        return {StoreStatus::Failed, QStringLiteral("The old %1 cannot be removed.").arg(side)};
+    {
+        Session s(m_location, false);
+        if (!s.checkTables())
+            return s.result();
+        QSqlQuery q;
+        if (!s.prepare(q, QStringLiteral("VACUUM INTO ?"), {side}) || !s.exec(q, QStringLiteral("compact it")))
+            return s.result();
+    }
+    // The copy reaches the disk before it takes the catalogue's name: a crash
+    // at any moment leaves either the old file or the whole new one there.
+    if (!syncFile(side)) {
+        removeWithJournals(side);
+        return {StoreStatus::Failed, QStringLiteral("The compacted copy %1 could not be written.").arg(side)};
+    }
+    if (::rename(QFile::encodeName(side).constData(), QFile::encodeName(m_location.file).constData()) != 0) {
+        removeWithJournals(side);
+        return {StoreStatus::Failed,
+                QStringLiteral("The compacted copy could not replace %1.").arg(m_location.file)};
+    }
+    syncFolder(folder);
+    return {};
+}
+
+StoreResult OrganizerStore::clear() const
+{
+    {
+        Session s(m_location, false);
+        if (!s.checkTables() || !s.begin(true) || !s.run(QStringLiteral("DELETE FROM [FileTable]")) || !s.commit())
+            return s.result();
+    }
+    return compact(ClearFileName);
+}
+
+} // namespace tarnby::organizer

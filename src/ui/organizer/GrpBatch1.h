@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/organizer/OrganizerStore.h"
+
+#include <QDialog>
+
+#include <functional>
+
+class QCheckBox;
+class QComboBox;
+
+namespace tarnby {
+class AppState;
+}
+
+namespace tarnby::ui {
+
+struct UiServices;
+
+// "Add Files to a File Group": works beside the file search. Each OK adds
+// every file of the folder the search has reached to the group in CMBGRP,
+// all with one creation stamp (unless CHKSKIP is checked), then asks the
+// browser to move the search on to its next folder (findNextRequested()).
+// The window is not modal: the user goes on working in the browser.
+class GrpBatch1 : public QDialog
+{
+    Q_OBJECT
+public:
+    struct FolderFiles {
+        QString folder;
+        QStringList names; // in list order
+    };
+    using FolderSource = std::function<FolderFiles()>;
+
+    GrpBatch1(AppState &state, UiServices &services, const organizer::OrganizerStore &store, FolderSource source,
+              QWidget *parent = nullptr);
+
+    QComboBox *groupBox() const { return m_group; }
+    QCheckBox *skipBox() const { return m_skip; }
+    void okClicked();
+
+signals:
+    void findNextRequested();
+    void helpRequested();
+
+private:
+    UiServices &m_services;
+    organizer::OrganizerStore m_store;
+    FolderSource m_source;
+    QComboBox *m_group = nullptr;
+    QCheckBox *m_skip = nullptr;
+};
+
+} // namespace tarnby::ui

@@ -1,0 +1,190 @@
+#include "CliRun.h"
+#include "TestDir.h"
+
+#include "core/organizer/OrganizerStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+using namespace tarnby::organizer;
+
+// tarnby-cli group, run as the real binary on a program folder of the test's
+// own.
+class TestGroupCommand : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void groupsWithQuotesAndCounts();
+    void importAddsFolderByFolder();
+    void filesSortedByEachKey_data();
+    void filesSortedByEachKey();
+    void findNearest_data();
+    void findNearest();
+    void compactTwiceAndClear();
+    void usageErrors_data();
+    void usageErrors();
+    void damagedDatabaseIsReported();
+
+private:
+    clitest::Run group(QStringList args)
+    {
+        args << QStringLiteral("--home") << m_home->filePath(QStringLiteral("home"));
+        return clitest::runCli(QStringLiteral("group"), args);
+    }
+    QString database() const { return m_home->filePath(QStringLiteral("home/FileTabl.MDB")); }
+    std::unique_ptr<TestDir> m_home;
+    std::unique_ptr<TestDir> m_tree;
+};
+
+void TestGroupCommand::init()
+{
+    m_home = std::make_unique<TestDir>();
+    m_tree = std::make_unique<TestDir>();
+    m_tree->createFile(QStringLiteral("Mail.TXT"));
+    m_tree->createFile(QStringLiteral("Beach/sun.jpg"));
+    m_tree->createFile(QStringLiteral("Beach/Sand.BMP"));
+    m_tree->createFile(QStringLiteral("Beach/deep/zz.doc"));
+    m_tree->createFolder(QStringLiteral("empty"));
+}
+
+void TestGroupCommand::groupsWithQuotesAndCounts()
+{
+    QCOMPARE(group({"add", "Pat's Photos"}).exitCode, 0);
+    QCOMPARE(group({"add", "Work", "Things for work"}).exitCode, 0);
+    // A second group of the same name is refused.
+    QCOMPARE(group({"add", "work"}).exitCode, 1);
+    QCOMPARE(group({"import", "Pat's Photos", m_tree->filePath("Beach")}).exitCode, 0);
+    const clitest::Run list = group({"list"});
+    QCOMPARE(list.exitCode, 0);
+    QCOMPARE(list.out, QByteArray("Pat's Photos\t3\nWork\t0\n"));
+    const QList<GroupRow> groups = OrganizerStore(StoreLocation::inFolder(m_home->filePath("home"))).groups();
+    QCOMPARE(groups.at(0).GroupDesc, QStringLiteral("Pat's Photos Description"));
+    QCOMPARE(groups.at(1).GroupDesc, QStringLiteral("Things for work"));
+}
+
+void TestGroupCommand::importAddsFolderByFolder()
+{
+    const clitest::Run run = group({"import", "Trip", m_tree->path()});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.out, QByteArray("4 files from 3 folders added to Trip\n"));
+    const OrganizerStore store(StoreLocation::inFolder(m_home->filePath("home")));
+    QCOMPARE(store.groupNames(), QStringList{"Trip"});
+    const QList<FileEntry> rows = store.entries(QStringLiteral("Trip"), SortKey::ID);
+    QCOMPARE(rows.size(), 4);
+    QHash<QString, QSet<QString>> stampsByFolder;
+    for (const FileEntry &e : rows) {
+        stampsByFolder[e.FileLocation].insert(e.DateTimeCreated);
+        QCOMPARE(e.FileKeyword, QFileInfo(e.FileLocation).fileName());
+        QCOMPARE(e.FileDescription, e.FileName + QStringLiteral(" Description"));
+        QCOMPARE(e.Date.size(), 8);
+    }
+    QCOMPARE(stampsByFolder.size(), 3);
+    for (const auto &stamps : std::as_const(stampsByFolder))
+        QCOMPARE(stamps.size(), 1);
+    // A pattern limits the files.
+    QCOMPARE(group({"import", "Pics", m_tree->path(), "--pattern", "*.jpg;*.bmp"}).out,
+             QByteArray("2 files from 1 folders added to Pics\n"));
+}
+
+void TestGroupCommand::filesSortedByEachKey_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("id") << "id" << QStringList{"Mail.TXT", "Sand.BMP", "sun.jpg", "zz.doc"};
+    QTest::newRow("name") << "name" << QStringList{"Mail.TXT", "Sand.BMP", "sun.jpg", "zz.doc"};
+    QTest::newRow("type") << "type" << QStringList{"Mail.TXT", "zz.doc", "Sand.BMP", "sun.jpg"};
+    QTest::newRow("keyword") << "keyword" << QStringList{"Sand.BMP", "sun.jpg", "zz.doc", "Mail.TXT"};
+}
+
+void TestGroupCommand::filesSortedByEachKey()
+{
+    QFETCH(QString, key);
+    QFETCH(QStringList, names);
+    QCOMPARE(group({"import", "Trip", m_tree->path()}).exitCode, 0);
+    const clitest::Run run = group({"files", "Trip", "--sort", key});
+    QCOMPARE(run.exitCode, 0);
+    QStringList got;
+    for (const QByteArray &line : run.out.split('\n')) {
+        if (line.isEmpty())
+            continue;
+        const QList<QByteArray> cells = line.split('\t');
+        QCOMPARE(cells.size(), 9);
+        got << QString::fromUtf8(cells.at(1));
+    }
+    QCOMPARE(got, names);
+}
+
+void TestGroupCommand::findNearest_data()
+{
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("m lands on Mail.TXT") << QStringList{"--name", "m"} << 0 << "Mail.TXT";
+    QTest::newRow("t lands on zz.doc") << QStringList{"--name", "t"} << 0 << "zz.doc";
+    QTest::newRow("nothing at or after") << QStringList{"--name", "zzz"} << 1 << "";
+    QTest::newRow("keyword") << QStringList{"--keyword", "DEEP"} << 0 << "zz.doc";
+}
+
+void TestGroupCommand::findNearest()
+{
+    QFETCH(QStringList, args);
+    QCOMPARE(group({"import", "Trip", m_tree->path()}).exitCode, 0);
+    const clitest::Run run = group(QStringList{"find"} + args);
+    QTEST(run.exitCode, "exitCode");
+    QTEST(QString::fromUtf8(run.out.split('\t').value(1)), "name");
+}
+
+void TestGroupCommand::compactTwiceAndClear()
+{
+    QCOMPARE(group({"import", "Trip", m_tree->path()}).exitCode, 0);
+    for (int i = 0; i < 2; ++i) {
+        const clitest::Run run = group({"compact"});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QByteArray("File Successfully Compacted\n"));
+    }
+    QCOMPARE(group({"list"}).out, QByteArray("Trip\t4\n"));
+    QCOMPARE(group({"clear", "--yes"}).exitCode, 0);
+    QCOMPARE(group({"list"}).out, QByteArray("Trip\t0\n"));
+    QVERIFY(!QFile::exists(m_home->filePath("home/Test.MDB")));
+    QVERIFY(!QFile::exists(m_home->filePath("home/FileTabl2.MDB")));
+}
+
+void TestGroupCommand::usageErrors_data()
+{
+    QTest::addColumn<QStringList>("args");
+    QTest::newRow("no sub-command") << QStringList{};
+    QTest::newRow("unknown sub-command") << QStringList{"rename"};
+    QTest::newRow("clear without --yes") << QStringList{"clear"};
+    QTest::newRow("find without a field") << QStringList{"find"};
+    QTest::newRow("find with both fields") << QStringList{"find", "--name", "a", "--keyword", "b"};
+    QTest::newRow("unknown sort key") << QStringList{"files", "G", "--sort", "size"};
+    QTest::newRow("import without a folder") << QStringList{"import", "G"};
+    QTest::newRow("import of a missing folder") << QStringList{"import", "G", "/nonexistent/folder"};
+    QTest::newRow("unknown option") << QStringList{"list", "--fast"};
+}
+
+void TestGroupCommand::usageErrors()
+{
+    QFETCH(QStringList, args);
+    const clitest::Run run = group(args);
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY(run.err.contains("Usage: tarnby-cli group"));
+    QVERIFY(run.out.isEmpty());
+}
+
+void TestGroupCommand::damagedDatabaseIsReported()
+{
+    QCOMPARE(group({"list"}).exitCode, 0);
+    QFile f(database());
+    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write(QByteArray("garbage that is no database ").repeated(100));
+    f.close();
+    const clitest::Run run = group({"list"});
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.err.contains("damaged"), run.err.constData());
+}
+
+QTEST_GUILESS_MAIN(TestGroupCommand)
+#include "tst_groupcommand.moc"
