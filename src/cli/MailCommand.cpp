@@ -65,38 +65,18 @@ QString firstLine(const QString &path, QString *error)
     return QString::fromUtf8(line);
 }
 
-mailnet::Security securityFromOption(const QString &text)
-{
-    if (text.compare(QStringLiteral("TLS"), Qt::CaseInsensitive) == 0)
-        return mailnet::Security::Tls;
-    if (text.compare(QStringLiteral("None"), Qt::CaseInsensitive) == 0)
-        return mailnet::Security::None;
-    return mailnet::Security::StartTls;
-}
-
 // The server of the options, overridden by the command line. The password
 // comes from the file given, else from the desktop keyring; it is never
 // printed.
 bool serverSettings(const MailOptions &o, const settings::ProgramOptions &options, bool outgoing,
                     mailnet::ServerSettings *s, QString *error)
 {
-    if (outgoing) {
-        s->host = options.smtpHost;
-        s->port = options.smtpPort;
-        s->security = securityFromOption(options.smtpSecurity);
-        s->user = options.smtpUser;
-    } else {
-        if (options.incomingProtocol.compare(QStringLiteral("POP3"), Qt::CaseInsensitive) == 0 && o.serverUrl.isEmpty()) {
-            *error = QStringLiteral("Receiving over POP3 is not supported; give an IMAP server with --imap.");
-            return false;
-        }
-        s->host = options.incomingHost;
-        s->port = options.incomingPort;
-        s->security = securityFromOption(options.incomingSecurity);
-        s->user = options.incomingUser;
+    if (!outgoing && options.incomingProtocol.compare(QStringLiteral("POP3"), Qt::CaseInsensitive) == 0
+        && o.serverUrl.isEmpty()) {
+        *error = QStringLiteral("Receiving over POP3 is not supported; give an IMAP server with --imap.");
+        return false;
     }
-    // "None" in the options is the user's explicit choice of a plain connection.
-    s->allowPlain = s->security == mailnet::Security::None;
+    *s = outgoing ? mail::outgoingServer(options) : mail::incomingServer(options);
     if (!o.serverUrl.isEmpty()) {
         if (!mailnet::parseServerUrl(o.serverUrl, outgoing, s, error))
             return false;
@@ -116,8 +96,7 @@ bool serverSettings(const MailOptions &o, const settings::ProgramOptions &option
     }
     if (s->user.isEmpty())
         return true;
-    const QString key = settings::mailPasswordKey(outgoing ? settings::MailServer::Outgoing : settings::MailServer::Incoming,
-                                                  outgoing ? QStringLiteral("smtp") : QStringLiteral("imap"), s->user, s->host);
+    const QString key = mail::passwordKey(*s, outgoing);
     QEventLoop loop;
     settings::PasswordResult read;
     QObject context;

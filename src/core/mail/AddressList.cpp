@@ -2,6 +2,8 @@
 
 #include "core/settings/LineFile.h"
 
+#include <QFile>
+
 namespace tarnby::mail {
 
 namespace {
@@ -53,6 +55,53 @@ QStringList recipientsFromText(const QString &text)
             const QString address = piece.trimmed();
             if (!address.isEmpty())
                 result << address;
+        }
+    }
+    return result;
+}
+
+QList<AddressEntry> readVCardContacts(const QString &path)
+{
+    QList<AddressEntry> result;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return result;
+    const QString text = QString::fromUtf8(file.read(16 * 1024 * 1024));
+    // Unfold: a line that starts with a blank continues the one before.
+    QStringList lines;
+    for (QString line : text.split(QLatin1Char('\n'))) {
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+        if ((line.startsWith(QLatin1Char(' ')) || line.startsWith(QLatin1Char('\t'))) && !lines.isEmpty())
+            lines.last() += line.mid(1);
+        else
+            lines << line;
+    }
+    AddressEntry card;
+    QString structuredName;
+    for (const QString &line : std::as_const(lines)) {
+        const qsizetype colon = line.indexOf(QLatin1Char(':'));
+        if (colon < 0)
+            continue;
+        const QString property = line.left(colon).section(QLatin1Char(';'), 0, 0).section(QLatin1Char('.'), -1).toUpper();
+        const QString value = line.mid(colon + 1).trimmed();
+        if (property == QLatin1String("BEGIN")) {
+            card = {};
+            structuredName.clear();
+        } else if (property == QLatin1String("FN")) {
+            card.name = value;
+        } else if (property == QLatin1String("N")) {
+            // Family;Given;Middle;Prefix;Suffix
+            const QStringList parts = value.split(QLatin1Char(';'));
+            structuredName = QStringList{parts.value(1), parts.value(0)}.join(QLatin1Char(' ')).trimmed();
+        } else if (property == QLatin1String("EMAIL") && card.address.isEmpty()) {
+            card.address = value;
+        } else if (property == QLatin1String("END")) {
+            if (card.name.isEmpty())
+                card.name = structuredName;
+            if (!card.address.isEmpty())
+                result << card;
+            card = {};
         }
     }
     return result;

@@ -46,4 +46,11 @@ bool writeAddressList(const QString &path, const QStringList &lines, QString *er
 // LF after it dropped, empty lines skipped, order kept.
 QStringList recipientsFromText(const QString &text);
 
+// The contacts of a vCard file (.vcf), as every mail program and address book
+// exports them: each card's formatted name (FN, else N) and first e-mail
+// address, in file order. Cards without an address are left out. Folded
+// lines are joined; quoted-printable and other encodings are not decoded.
+// At most 16 MB of the file is read.
+QList<AddressEntry> readVCardContacts(const QString &path);
+
 } // namespace tarnby::mail

@@ -4,6 +4,7 @@
 #include "core/mail/SendArchive.h"
 #include "core/mail/SendHistory.h"
 #include "core/platform/archive/ZipExtract.h"
+#include "core/settings/MailPasswords.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -13,6 +14,45 @@
 #include <cstdio>
 
 namespace tarnby::mail {
+
+namespace {
+mailnet::Security securityFromOption(const QString &text)
+{
+    if (text.compare(QStringLiteral("TLS"), Qt::CaseInsensitive) == 0)
+        return mailnet::Security::Tls;
+    if (text.compare(QStringLiteral("None"), Qt::CaseInsensitive) == 0)
+        return mailnet::Security::None;
+    return mailnet::Security::StartTls;
+}
+} // namespace
+
+mailnet::ServerSettings outgoingServer(const settings::ProgramOptions &options)
+{
+    mailnet::ServerSettings s;
+    s.host = options.smtpHost;
+    s.port = options.smtpPort;
+    s.security = securityFromOption(options.smtpSecurity);
+    s.allowPlain = s.security == mailnet::Security::None;
+    s.user = options.smtpUser;
+    return s;
+}
+
+mailnet::ServerSettings incomingServer(const settings::ProgramOptions &options)
+{
+    mailnet::ServerSettings s;
+    s.host = options.incomingHost;
+    s.port = options.incomingPort;
+    s.security = securityFromOption(options.incomingSecurity);
+    s.allowPlain = s.security == mailnet::Security::None;
+    s.user = options.incomingUser;
+    return s;
+}
+
+QString passwordKey(const mailnet::ServerSettings &server, bool outgoing)
+{
+    return settings::mailPasswordKey(outgoing ? settings::MailServer::Outgoing : settings::MailServer::Incoming,
+                                     outgoing ? QStringLiteral("smtp") : QStringLiteral("imap"), server.user, server.host);
+}
 
 QString sendSubject(const QString &subject, const QString &userName)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/platform/mail/MailTransport.h"
+#include "core/settings/ProgramOptions.h"
 
 #include <QDateTime>
 #include <QString>
@@ -41,6 +42,15 @@ struct SendResult {
 // Called with what is being done ("Making the archive", "Sending to ...")
 // and the bytes of that step done and to do.
 using SendProgress = std::function<void(const QString &step, qint64 done, qint64 total)>;
+
+// The servers of the mail account in the options (passwords not included:
+// they live in the keyring). "None" as the security of a server is the
+// user's explicit choice of a plain connection, so it is allowed here.
+mailnet::ServerSettings outgoingServer(const settings::ProgramOptions &options);
+mailnet::ServerSettings incomingServer(const settings::ProgramOptions &options);
+
+// The keyring entry of a server's password.
+QString passwordKey(const mailnet::ServerSettings &server, bool outgoing);
 
 // The subject of a send: the one given, or "Pictures sent from " and the
 // user's name when it is empty after trimming blanks.

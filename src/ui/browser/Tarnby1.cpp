@@ -1,3 +1,4 @@
+#include "ui/mail/MailWindows.h"
 #include "ui/browser/Tarnby1.h"
 
 #include "core/app/AppState.h"
@@ -776,6 +777,20 @@ void Tarnby1::toolClick(const QString &key)
         runCommand(*action);
 }
 
+MailWindowHooks Tarnby1::mailHooks()
+{
+    MailWindowHooks hooks;
+    hooks.findDocumentWindow = [this](const QString &path) -> QWidget * {
+        if (!m_frame)
+            return nullptr;
+        return windowShowingFile(m_frame->documentWidgets(), path);
+    };
+    hooks.openFile = [this](const QString &path) { DisplayImage(path); };
+    hooks.help = [this] { showHelp(false); };
+    hooks.store = &m_store;
+    return hooks;
+}
+
 void Tarnby1::notYetAvailable(const QString &what)
 {
     m_services.messages.inform(what + QStringLiteral(" is not available in this version of Tarnby."), this);
@@ -832,14 +847,14 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
     case BrowserAction::PrintFile: notYetAvailable(QStringLiteral("Print File")); return;
     case BrowserAction::PrinterSetup: notYetAvailable(QStringLiteral("Printer Setup")); return;
-    case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
-    case BrowserAction::ReceiveFiles: notYetAvailable(QStringLiteral("Receive Files")); return;
+    case BrowserAction::SendFiles: runSendWindow(m_state, m_services, mailHooks(), m_state.currentFile, this); return;
+    case BrowserAction::ReceiveFiles: runReceiveWindow(m_state, m_services, mailHooks(), this); return;
     case BrowserAction::FileProperties: notYetAvailable(QStringLiteral("File Properties")); return;
     case BrowserAction::SetDatabaseTable: notYetAvailable(QStringLiteral("Set Database Table")); return;
     case BrowserAction::SetDatabaseTableIndex: notYetAvailable(QStringLiteral("Set Database Table Index")); return;
     case BrowserAction::ViewTableComments: notYetAvailable(QStringLiteral("View Table Comments")); return;
     case BrowserAction::ViewThumbnails: showThumbnails(); return;
-    case BrowserAction::AddressBook: notYetAvailable(QStringLiteral("E-Mail Address Book")); return;
+    case BrowserAction::AddressBook: runAddressBook(m_state, m_services, mailHooks(), QStringLiteral("O"), this); return;
     case BrowserAction::ViewGroups:
     case BrowserAction::CreateGroups:
     case BrowserAction::SelectFilesGroup:

@@ -43,6 +43,7 @@ class FileCommands;
 class FileListView;
 class HelpWindow;
 class MDIForm1;
+struct MailWindowHooks;
 class QuikPict1;
 class ThumbnailView;
 struct UiServices;
@@ -150,6 +151,7 @@ private:
     void updateClock();
     void applyFilter(int index);
     void notYetAvailable(const QString &what);
+    MailWindowHooks mailHooks();
     void showHelp(bool search);
     bool frameIsBusy() const;
 

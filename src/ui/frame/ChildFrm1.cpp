@@ -1,3 +1,4 @@
+#include "ui/mail/MailWindows.h"
 #include "ui/frame/ChildFrm1.h"
 
 #include "core/app/AppState.h"
@@ -309,7 +310,17 @@ void ChildFrm1::MagnifyingGlass()
 }
 
 void ChildFrm1::mnuFilePrint_Click() { notYetAvailable(QStringLiteral("Printing")); }
-void ChildFrm1::mnuFileSend_Click() { notYetAvailable(QStringLiteral("Sending files by e-mail")); }
+void ChildFrm1::mnuFileSend_Click()
+{
+    MailWindowHooks hooks;
+    MDIForm1 *host = frame();
+    hooks.findDocumentWindow = [host](const QString &path) -> QWidget * {
+        if (!host)
+            return nullptr;
+        return windowShowingFile(host->documentWidgets(), path);
+    };
+    runSendWindow(m_state, m_services, hooks, m_path, this);
+}
 void ChildFrm1::mnuFileProptee_Click() { notYetAvailable(QStringLiteral("File Properties")); }
 void ChildFrm1::mnuViewTable_Click() { m_view->chooseTable(); }
 void ChildFrm1::mnuViewIndex_Click() { m_view->chooseIndex(); }
