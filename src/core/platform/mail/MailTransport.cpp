@@ -13,6 +13,7 @@
 #include <vmime/contentTypeField.hpp>
 #include <vmime/platforms/posix/posixHandler.hpp>
 
+#include <cstring>
 #include <mutex>
 
 namespace tarnby::mailnet {
@@ -67,6 +68,76 @@ public:
 private:
     QFile &m_file;
     std::function<bool()> m_stop;
+};
+
+// A file read as base64 in lines of 76 characters ended by CR LF, encoded as
+// it is read. vmime's own encoder does the same a byte at a time; encoding
+// whole blocks here makes preparing a message of large pictures several
+// times faster. The content handler is told that the data is encoded
+// already, so vmime copies it as it is.
+class Base64FileStream : public vmime::utility::inputStream
+{
+public:
+    static constexpr qint64 LineBytes = 57; // 76 characters of base64
+
+    explicit Base64FileStream(QFile &file) : m_file(file) {}
+
+    static qint64 encodedLength(qint64 size)
+    {
+        const qint64 fullLines = size / LineBytes;
+        const qint64 rest = size % LineBytes;
+        return fullLines * 78 + (rest ? ((rest + 2) / 3) * 4 + 2 : 0);
+    }
+
+    bool eof() const override { return m_pos >= m_buffer.size() && m_file.atEnd(); }
+    void reset() override
+    {
+        m_file.seek(0);
+        m_buffer.clear();
+        m_pos = 0;
+    }
+    size_t read(vmime::byte_t *const data, const size_t count) override
+    {
+        if (m_pos >= m_buffer.size() && !refill())
+            return 0;
+        const size_t n = std::min(count, size_t(m_buffer.size() - m_pos));
+        std::memcpy(data, m_buffer.constData() + m_pos, n);
+        m_pos += qsizetype(n);
+        return n;
+    }
+    size_t skip(const size_t count) override
+    {
+        size_t skipped = 0;
+        vmime::byte_t scratch[4096];
+        while (skipped < count) {
+            const size_t n = read(scratch, std::min(sizeof scratch, count - skipped));
+            if (n == 0)
+                break;
+            skipped += n;
+        }
+        return skipped;
+    }
+
+private:
+    bool refill()
+    {
+        const QByteArray raw = m_file.read(LineBytes * 16384);
+        if (raw.isEmpty())
+            return false;
+        m_buffer.clear();
+        m_buffer.reserve(encodedLength(raw.size()));
+        for (qsizetype at = 0; at < raw.size(); at += LineBytes) {
+            m_buffer += QByteArray::fromRawData(raw.constData() + at, std::min<qsizetype>(LineBytes, raw.size() - at))
+                            .toBase64();
+            m_buffer += "\r\n";
+        }
+        m_pos = 0;
+        return true;
+    }
+
+    QFile &m_file;
+    QByteArray m_buffer;
+    qsizetype m_pos = 0;
 };
 
 class FileOutputStream : public vmime::utility::outputStream
@@ -377,11 +448,14 @@ MailError SmtpSender::send(const OutgoingMessage &message, const TransferProgres
             if (!file->open(QIODevice::ReadOnly))
                 return {MailErrorKind::File,
                         QStringLiteral("The file %1 could not be read: %2").arg(a.path, file->errorString())};
-            auto stream = std::make_shared<FileInputStream>(*file, std::function<bool()>());
-            auto content = std::make_shared<vmime::streamContentHandler>(stream, size_t(file->size()));
+            const vmime::encoding base64(vmime::encodingTypes::BASE64);
+            auto stream = std::make_shared<Base64FileStream>(*file);
+            auto content = std::make_shared<vmime::streamContentHandler>(
+                stream, size_t(Base64FileStream::encodedLength(file->size())), base64);
             auto attachment = std::make_shared<vmime::fileAttachment>(
                 content, vmime::word(toVmime(a.name), vmime::charsets::UTF_8),
-                vmime::mediaType(vmime::mediaTypes::APPLICATION, vmime::mediaTypes::APPLICATION_OCTET_STREAM));
+                vmime::mediaType(vmime::mediaTypes::APPLICATION, vmime::mediaTypes::APPLICATION_OCTET_STREAM),
+                vmime::text(), base64);
             builder.appendAttachment(attachment);
             files.push_back(std::move(file));
         }
