@@ -11,6 +11,8 @@
 #include <vmime/vmime.hpp>
 #include <vmime/contentDispositionField.hpp>
 #include <vmime/contentTypeField.hpp>
+#include <vmime/net/smtp/SMTPConnection.hpp>
+#include <vmime/net/smtp/SMTPTransport.hpp>
 #include <vmime/platforms/posix/posixHandler.hpp>
 
 #include <cstring>
@@ -21,7 +23,7 @@ namespace tarnby::mailnet {
 namespace {
 
 constexpr qint64 MaxTextBytes = 1 << 20;
-constexpr size_t StreamBlock = 64 * 1024;
+constexpr size_t FetchPiece = 4 * 1024 * 1024;
 
 void initialiseVmime()
 {
@@ -41,7 +43,9 @@ std::string toVmime(const QString &s)
 
 // ---- streams over QFile ----
 
-class FileInputStream : public vmime::utility::inputStream
+// Seekable, so that vmime's parser keeps positions in the file for the
+// parts' contents instead of reading the whole file into memory.
+class FileInputStream : public vmime::utility::seekableInputStream
 {
 public:
     FileInputStream(QFile &file, std::function<bool()> stop) : m_file(file), m_stop(std::move(stop)) {}
@@ -64,6 +68,8 @@ public:
         m_file.seek(m_file.pos() + step);
         return size_t(step);
     }
+    size_t getPosition() const override { return size_t(m_file.pos()); }
+    void seek(const size_t pos) override { m_file.seek(qint64(pos)); }
 
 private:
     QFile &m_file;
@@ -80,7 +86,7 @@ class Base64FileStream : public vmime::utility::inputStream
 public:
     static constexpr qint64 LineBytes = 57; // 76 characters of base64
 
-    explicit Base64FileStream(QFile &file) : m_file(file) {}
+    Base64FileStream(QFile &file, std::function<bool()> stop) : m_file(file), m_stop(std::move(stop)) {}
 
     static qint64 encodedLength(qint64 size)
     {
@@ -121,6 +127,8 @@ public:
 private:
     bool refill()
     {
+        if (m_stop && m_stop())
+            throw vmime::exceptions::operation_cancelled();
         const QByteArray raw = m_file.read(LineBytes * 16384);
         if (raw.isEmpty())
             return false;
@@ -136,6 +144,7 @@ private:
     }
 
     QFile &m_file;
+    std::function<bool()> m_stop;
     QByteArray m_buffer;
     qsizetype m_pos = 0;
 };
@@ -429,50 +438,6 @@ MailError SmtpSender::send(const OutgoingMessage &message, const TransferProgres
     if (!d->transport)
         return {MailErrorKind::Connection, QStringLiteral("Not connected to %1.").arg(server)};
 
-    // The message is written to a temporary file first and sent from there,
-    // so that attachments of any size pass through one buffer at a time.
-    QTemporaryFile generated(QDir::tempPath() + QStringLiteral("/tarnby-mail-XXXXXX.eml"));
-    try {
-        vmime::messageBuilder builder;
-        builder.setExpeditor(vmime::mailbox(vmime::text(toVmime(message.fromName), vmime::charsets::UTF_8),
-                                            toVmime(message.from)));
-        builder.getRecipients().appendAddress(std::make_shared<vmime::mailbox>(toVmime(message.to)));
-        builder.setSubject(vmime::text(toVmime(message.subject), vmime::charsets::UTF_8));
-        builder.getTextPart()->setCharset(vmime::charsets::UTF_8);
-        builder.getTextPart()->setText(std::make_shared<vmime::stringContentHandler>(toVmime(message.text)));
-
-        std::vector<std::unique_ptr<QFile>> files;
-        std::vector<std::unique_ptr<FileInputStream>> streams;
-        for (const OutgoingAttachment &a : message.attachments) {
-            auto file = std::make_unique<QFile>(a.path);
-            if (!file->open(QIODevice::ReadOnly))
-                return {MailErrorKind::File,
-                        QStringLiteral("The file %1 could not be read: %2").arg(a.path, file->errorString())};
-            const vmime::encoding base64(vmime::encodingTypes::BASE64);
-            auto stream = std::make_shared<Base64FileStream>(*file);
-            auto content = std::make_shared<vmime::streamContentHandler>(
-                stream, size_t(Base64FileStream::encodedLength(file->size())), base64);
-            auto attachment = std::make_shared<vmime::fileAttachment>(
-                content, vmime::word(toVmime(a.name), vmime::charsets::UTF_8),
-                vmime::mediaType(vmime::mediaTypes::APPLICATION, vmime::mediaTypes::APPLICATION_OCTET_STREAM),
-                vmime::text(), base64);
-            builder.appendAttachment(attachment);
-            files.push_back(std::move(file));
-        }
-        if (!generated.open())
-            return {MailErrorKind::File,
-                    QStringLiteral("The message could not be prepared in %1: %2").arg(QDir::tempPath(), generated.errorString())};
-        FileOutputStream out(generated);
-        builder.construct()->generate(out);
-        if (out.failed() || !generated.flush())
-            return {MailErrorKind::File,
-                    QStringLiteral("The message could not be prepared in %1: %2").arg(QDir::tempPath(), generated.errorString())};
-    } catch (const vmime::exception &e) {
-        return errorFrom(e, server, d->settings.cancel);
-    } catch (const std::exception &e) {
-        return unexpected(e, server);
-    }
-
     class Listener : public vmime::utility::progressListener
     {
     public:
@@ -489,18 +454,72 @@ MailError SmtpSender::send(const OutgoingMessage &message, const TransferProgres
     private:
         const TransferProgress &m_progress;
     } listener(progress);
+    const std::atomic_bool *cancel = d->settings.cancel;
+    const std::function<bool()> stop = [&listener, cancel] { return listener.m_cancelled || (cancel && cancel->load()); };
 
+    // The attachments are read (and encoded) only while the message is
+    // generated: one block of a file at a time.
+    std::vector<std::unique_ptr<QFile>> files;
+    std::shared_ptr<vmime::message> built;
     try {
-        generated.seek(0);
-        const std::atomic_bool *cancel = d->settings.cancel;
-        FileInputStream in(generated, [&listener, cancel] { return listener.m_cancelled || (cancel && cancel->load()); });
-        vmime::mailboxList recipients;
-        recipients.appendMailbox(std::make_shared<vmime::mailbox>(toVmime(message.to)));
-        d->transport->send(vmime::mailbox(toVmime(message.from)), recipients, in, size_t(generated.size()),
-                           &listener);
+        vmime::messageBuilder builder;
+        builder.setExpeditor(vmime::mailbox(vmime::text(toVmime(message.fromName), vmime::charsets::UTF_8),
+                                            toVmime(message.from)));
+        builder.getRecipients().appendAddress(std::make_shared<vmime::mailbox>(toVmime(message.to)));
+        builder.setSubject(vmime::text(toVmime(message.subject), vmime::charsets::UTF_8));
+        builder.getTextPart()->setCharset(vmime::charsets::UTF_8);
+        builder.getTextPart()->setText(std::make_shared<vmime::stringContentHandler>(toVmime(message.text)));
+        for (const OutgoingAttachment &a : message.attachments) {
+            auto file = std::make_unique<QFile>(a.path);
+            if (!file->open(QIODevice::ReadOnly))
+                return {MailErrorKind::File,
+                        QStringLiteral("The file %1 could not be read: %2").arg(a.path, file->errorString())};
+            const vmime::encoding base64(vmime::encodingTypes::BASE64);
+            auto stream = std::make_shared<Base64FileStream>(*file, stop);
+            auto content = std::make_shared<vmime::streamContentHandler>(
+                stream, size_t(Base64FileStream::encodedLength(file->size())), base64);
+            auto attachment = std::make_shared<vmime::fileAttachment>(
+                content, vmime::word(toVmime(a.name), vmime::charsets::UTF_8),
+                vmime::mediaType(vmime::mediaTypes::APPLICATION, vmime::mediaTypes::APPLICATION_OCTET_STREAM),
+                vmime::text(), base64);
+            builder.appendAttachment(attachment);
+            files.push_back(std::move(file));
+        }
+        built = builder.construct();
+    } catch (const vmime::exception &e) {
+        return errorFrom(e, server, cancel);
+    } catch (const std::exception &e) {
+        return unexpected(e, server);
+    }
+
+    const vmime::mailbox expeditor(toVmime(message.from));
+    vmime::mailboxList recipients;
+    recipients.appendMailbox(std::make_shared<vmime::mailbox>(toVmime(message.to)));
+    QTemporaryFile generated(QDir::tempPath() + QStringLiteral("/tarnby-mail-XXXXXX.eml"));
+    try {
+        auto smtp = std::dynamic_pointer_cast<vmime::net::smtp::SMTPTransport>(d->transport);
+        if (smtp && smtp->getConnection() && smtp->getConnection()->hasExtension("CHUNKING")) {
+            // The server takes the message in chunks: it is generated
+            // straight into the connection.
+            smtp->send(built, expeditor, recipients, &listener);
+        } else {
+            // Otherwise vmime would generate the whole message in memory to
+            // send it: it goes through a temporary file instead.
+            if (!generated.open())
+                return {MailErrorKind::File, QStringLiteral("The message could not be prepared in %1: %2")
+                                                 .arg(QDir::tempPath(), generated.errorString())};
+            FileOutputStream out(generated);
+            built->generate(out);
+            if (out.failed() || !generated.flush())
+                return {MailErrorKind::File, QStringLiteral("The message could not be prepared in %1: %2")
+                                                 .arg(QDir::tempPath(), generated.errorString())};
+            generated.seek(0);
+            FileInputStream in(generated, stop);
+            d->transport->send(expeditor, recipients, in, size_t(generated.size()), &listener);
+        }
         return {};
     } catch (const vmime::exception &e) {
-        MailError error = errorFrom(e, server, d->settings.cancel);
+        MailError error = errorFrom(e, server, cancel);
         if (listener.m_cancelled)
             error = {MailErrorKind::Cancelled, QStringLiteral("Cancelled.")};
         // After a refused command the server stays usable for the next
@@ -632,14 +651,24 @@ std::shared_ptr<vmime::message> ImapReader::Private::load(int index)
     file = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/tarnby-message-XXXXXX.eml"));
     if (!file->open())
         throw vmime::exception("cannot write a temporary file in " + toVmime(QDir::tempPath()));
+    // The message comes in pieces: the server's answer to one request is
+    // read whole into memory before it is written out.
     FileOutputStream out(*file);
-    messages[size_t(index)]->extract(out);
-    if (out.failed() || !file->flush())
+    const auto &remote = messages[size_t(index)];
+    for (size_t start = 0;; start += FetchPiece) {
+        const qint64 before = file->pos();
+        remote->extract(out, nullptr, start, FetchPiece, true);
+        if (out.failed())
+            throw vmime::exception("cannot write " + toVmime(file->fileName()));
+        if (file->pos() - before < qint64(FetchPiece))
+            break;
+    }
+    if (!file->flush())
         throw vmime::exception("cannot write " + toVmime(file->fileName()));
-    auto factory = vmime::platform::getHandler()->getFileSystemFactory();
-    auto reader = factory->create(factory->stringToPath(toVmime(file->fileName())))->getFileReader();
+    remote->setFlags(vmime::net::message::FLAG_SEEN, vmime::net::message::FLAG_MODE_ADD);
+    file->seek(0);
     auto message = std::make_shared<vmime::message>();
-    message->parse(reader->getInputStream(), size_t(file->size()));
+    message->parse(std::make_shared<FileInputStream>(*file, std::function<bool()>()), size_t(file->size()));
     loaded = message;
     loadedIndex = index;
     return loaded;
