@@ -13,6 +13,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace {
 
 using namespace tarnby;
@@ -203,34 +205,34 @@ int runMail(const QByteArrayList &args)
     const bool send = o.subcommand == QLatin1String("send");
     if (!send && o.subcommand != QLatin1String("receive"))
         return usage();
+    // The options that take a value, and where it goes.
+    const QList<QPair<QByteArray, QString *>> valueOptions{
+        {"--home", &o.home},
+        {"--user", &o.user},
+        {"--password-file", &o.passwordFile},
+        {"--ca-file", &o.caFile},
+        {send ? "--smtp" : "--imap", &o.serverUrl},
+        {"--subject", send ? &o.subject : nullptr},
+        {"--message", send ? &o.message : nullptr},
+    };
     for (qsizetype i = 1; i < args.size(); ++i) {
         const QByteArray &arg = args[i];
-        auto value = [&](QString *target) {
+        auto takesValue = std::find_if(valueOptions.begin(), valueOptions.end(),
+                                       [&](const auto &option) { return option.first == arg && option.second; });
+        if (takesValue != valueOptions.end() || arg == "--to") {
             if (i + 1 >= args.size())
-                return false;
-            *target = QString::fromLocal8Bit(args[++i]);
-            return true;
-        };
-        QString to;
-        if (arg == "--omit-zip" && send) {
+                return usage();
+            const QString value = QString::fromLocal8Bit(args[++i]);
+            if (arg != "--to")
+                *takesValue->second = value;
+            else if (send)
+                o.to << mail::recipientsFromText(value);
+            else
+                o.folder = value;
+        } else if (arg == "--omit-zip" && send) {
             o.omitZip = true;
         } else if (arg == "--all" && !send) {
             o.all = true;
-        } else if (arg == "--to") {
-            if (!value(&to))
-                return usage();
-            if (send)
-                o.to << mail::recipientsFromText(to);
-            else
-                o.folder = to;
-        } else if ((arg == "--subject" && send && !value(&o.subject)) || (arg == "--message" && send && !value(&o.message))
-                   || (arg == "--home" && !value(&o.home)) || (arg == "--user" && !value(&o.user))
-                   || (arg == "--password-file" && !value(&o.passwordFile)) || (arg == "--ca-file" && !value(&o.caFile))
-                   || (arg == (send ? "--smtp" : "--imap") && !value(&o.serverUrl))) {
-            return usage();
-        } else if (arg == "--subject" || arg == "--message" || arg == "--home" || arg == "--user"
-                   || arg == "--password-file" || arg == "--ca-file" || arg == (send ? "--smtp" : "--imap")) {
-            // taken above
         } else if (arg.startsWith("--") || !send) {
             return usage();
         } else {

@@ -42,6 +42,8 @@ private slots:
     void addressListFile();
     void recipients_data();
     void recipients();
+    void vCardContacts_data();
+    void vCardContacts();
     void historyLineForm();
     void historyLog();
     void historyLogWithBrokenLine();
@@ -122,6 +124,33 @@ void TestMailFiles::recipients()
     QFETCH(QString, text);
     QFETCH(QStringList, addresses);
     QCOMPARE(recipientsFromText(text), addresses);
+}
+
+void TestMailFiles::vCardContacts_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QStringList>("lines"); // as address lines
+    QTest::addRow("two cards, CR LF") << QByteArray("BEGIN:VCARD\r\nVERSION:3.0\r\nFN:Anne Smith\r\nEMAIL;TYPE=INTERNET:a@x.org\r\n"
+                                                   "END:VCARD\r\nBEGIN:VCARD\r\nFN:Bob\r\nEMAIL:b@x.org\r\nEMAIL:b2@x.org\r\nEND:VCARD\r\n")
+                                      << QStringList{"Anne Smith - a@x.org", "Bob - b@x.org"};
+    QTest::addRow("folded line, grouped property") << QByteArray("BEGIN:VCARD\nFN:Jean-Luc Pi\n card\nitem1.EMAIL:j@x.org\nEND:VCARD\n")
+                                                   << QStringList{"Jean-Luc Picard - j@x.org"};
+    QTest::addRow("N when FN is missing") << QByteArray("BEGIN:VCARD\nN:Smith;Anne;;;\nEMAIL:a@x.org\nEND:VCARD\n")
+                                          << QStringList{"Anne Smith - a@x.org"};
+    QTest::addRow("card without address left out") << QByteArray("BEGIN:VCARD\nFN:Nobody\nEND:VCARD\n") << QStringList{};
+    QTest::addRow("not a vCard") << QByteArray("\x00\x01garbage:::\n") << QStringList{};
+}
+
+void TestMailFiles::vCardContacts()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QStringList, lines);
+    TestDir dir;
+    QStringList got;
+    for (const AddressEntry &e : readVCardContacts(dir.createFile("c.vcf", file)))
+        got << addressLine(e.name, e.address);
+    QCOMPARE(got, lines);
+    QVERIFY(readVCardContacts(dir.filePath("missing.vcf")).isEmpty());
 }
 
 void TestMailFiles::historyLineForm()

@@ -50,6 +50,7 @@ private slots:
     void endOfMessages();
     void messageWithoutAttachments();
     void hostileAttachmentNames();
+    void attachmentSizes();
 
 private:
     MailStack m_stack;
@@ -278,6 +279,40 @@ void TestMailServer::hostileAttachmentNames()
              (QStringList{"_CON", "attachment", "photos.zip", "x"}));
     QVERIFY(!QFile::exists(dir.filePath("x")));
     QVERIFY(!QFile::exists(dir.filePath("a/x")));
+}
+
+void TestMailServer::attachmentSizes()
+{
+    // Attachments are encoded in lines of 57 bytes: sizes around a line and
+    // an empty file come back byte for byte.
+    TestDir dir;
+    const QList<int> sizes{0, 1, 56, 57, 58, 57 * 16384, 57 * 16384 + 5};
+    OutgoingMessage message;
+    message.from = m_stack.address();
+    message.to = m_stack.address();
+    message.subject = "sizes";
+    for (int size : sizes) {
+        QByteArray data(size, Qt::Uninitialized);
+        for (int i = 0; i < size; ++i)
+            data[i] = char((i * 131 + size) % 256);
+        const QString name = QStringLiteral("part%1.bin").arg(size);
+        message.attachments.append({dir.createFile(name, data), name});
+    }
+    SmtpSender sender;
+    QVERIFY(sender.connect(m_stack.smtp()).ok());
+    QVERIFY(sender.send(message).ok());
+    QCOMPARE(m_stack.waitForMessages(1), 1);
+    ImapReader reader;
+    QVERIFY(reader.connect(m_stack.imap()).ok());
+    QVERIFY(reader.fetch(false).ok());
+    const QString folder = dir.createFolder("in");
+    QList<SavedAttachment> saved;
+    QVERIFY(reader.saveAttachments(0, attachmentFileCreator(folder), &saved).ok());
+    QCOMPARE(saved.size(), sizes.size());
+    for (int size : sizes) {
+        const QString name = QStringLiteral("part%1.bin").arg(size);
+        QVERIFY2(dir.read("in/" + name) == dir.read(name), qPrintable(name));
+    }
 }
 
 MAILSTACK_TEST_MAIN(TestMailServer)
