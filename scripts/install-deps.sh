@@ -19,8 +19,8 @@ PACKAGES=(
   # sound and video
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
   gstreamer1.0-libav fluid-soundfont-gm
-  # tests and screenshots
-  xvfb xauth poppler-utils netpbm
+  # tests and screenshots; the mail tests' own SMTP and IMAP servers (tests/tools/mailstack)
+  xvfb xauth poppler-utils netpbm postfix dovecot-imapd dovecot-lmtpd openssl curl zip
   # the organizer: a throw-away PostgreSQL server for its tests, the sqlite3 shell for its benchmark
   postgresql postgresql-common sqlite3 libsqlite3-dev
   # the icon (rendered at build time), the install and package tests
@@ -43,5 +43,10 @@ echo "Installing: ${missing[*]}"
 SUDO=""
 if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
+# Postfix is installed for the mail tests only: left unconfigured, it never
+# starts on its own and never sends anything off the machine.
+if ! dpkg -s postfix >/dev/null 2>&1; then
+  echo "postfix postfix/main_mailer_type select No configuration" | $SUDO debconf-set-selections
+fi
 $SUDO apt-get update -qq
 $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"

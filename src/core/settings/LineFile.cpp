@@ -33,7 +33,7 @@ bool isText(const QByteArray &line)
 
 } // namespace
 
-LineFileRead readLineFile(const QString &path, int maxLines)
+LineFileRead readLineFile(const QString &path, int maxLines, qint64 maxBytes)
 {
     LineFileRead result;
     QFile file(path);
@@ -43,7 +43,7 @@ LineFileRead readLineFile(const QString &path, int maxLines)
 
     // Read only the prefix that could hold maxLines lines of the longest
     // accepted length; the bytes after it are never looked at.
-    const qint64 budget = std::min<qint64>(MaxLineFileBytes, qint64(maxLines) * (MaxLineLength + 2) + 2);
+    const qint64 budget = std::min<qint64>(maxBytes, qint64(maxLines) * (MaxLineLength + 2) + 2);
     const QByteArray data = file.read(budget);
     const bool truncated = !file.atEnd();
 

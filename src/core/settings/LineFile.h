@@ -25,13 +25,13 @@ struct LineFileRead {
     QString stoppedBecause;
 };
 
-// Reads at most maxLines lines of path. Accepts CR LF, LF and CR line ends,
+// Reads at most maxLines lines of path, looking at no more than maxBytes. Accepts CR LF, LF and CR line ends,
 // and a final line without a line end; a line end at the very end of the
 // file does not start another (empty) line, so an empty file has no lines and
 // a file of one CR LF has one empty line. Text is taken as UTF-8, or as
 // Latin-1 when it is not valid UTF-8. Never fails: a missing or unreadable
 // file gives found == false and no lines. Synchronous; cheap.
-LineFileRead readLineFile(const QString &path, int maxLines);
+LineFileRead readLineFile(const QString &path, int maxLines, qint64 maxBytes = MaxLineFileBytes);
 
 // Writes lines to path, each ended by CR LF, in UTF-8, atomically: the file is
 // written beside the target and renamed over it only when complete, so an

@@ -1,3 +1,4 @@
+#include "ui/mail/MailWindows.h"
 #include "ui/browser/Tarnby1.h"
 
 #include "core/app/AppState.h"
@@ -1052,6 +1053,20 @@ void Tarnby1::toolClick(const QString &key)
         runCommand(*action);
 }
 
+MailWindowHooks Tarnby1::mailHooks()
+{
+    MailWindowHooks hooks;
+    hooks.findDocumentWindow = [this](const QString &path) -> QWidget * {
+        if (!m_frame)
+            return nullptr;
+        return windowShowingFile(m_frame->documentWidgets(), path);
+    };
+    hooks.openFile = [this](const QString &path) { DisplayImage(path); };
+    hooks.help = [this] { showHelp(false); };
+    hooks.store = &m_store;
+    return hooks;
+}
+
 void Tarnby1::notYetAvailable(const QString &what)
 {
     m_services.messages.inform(what + QStringLiteral(" is not available in this version of Tarnby."), this);
@@ -1121,14 +1136,14 @@ void Tarnby1::runCommand(BrowserAction action)
         return;
     }
     case BrowserAction::PrinterSetup: showPageSetup(this); return;
-    case BrowserAction::SendFiles: notYetAvailable(QStringLiteral("Send Files")); return;
-    case BrowserAction::ReceiveFiles: notYetAvailable(QStringLiteral("Receive Files")); return;
+    case BrowserAction::SendFiles: runSendWindow(m_state, m_services, mailHooks(), m_state.currentFile, this); return;
+    case BrowserAction::ReceiveFiles: runReceiveWindow(m_state, m_services, mailHooks(), this); return;
     case BrowserAction::FileProperties: showFileProperties(m_state.currentFile, m_state, m_services, this); return;
     case BrowserAction::SetDatabaseTable: runTableCommand(&ChildFrm1::mnuViewTable_Click); return;
     case BrowserAction::SetDatabaseTableIndex: runTableCommand(&ChildFrm1::mnuViewIndex_Click); return;
     case BrowserAction::ViewTableComments: runTableCommand(&ChildFrm1::mnuViewComments_Click); return;
     case BrowserAction::ViewThumbnails: showThumbnails(); return;
-    case BrowserAction::AddressBook: notYetAvailable(QStringLiteral("E-Mail Address Book")); return;
+    case BrowserAction::AddressBook: runAddressBook(m_state, m_services, mailHooks(), QStringLiteral("O"), this); return;
     case BrowserAction::ViewGroups:
     case BrowserAction::CreateGroups:
     case BrowserAction::SelectFilesGroup:

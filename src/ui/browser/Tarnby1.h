@@ -48,6 +48,7 @@ class GrpBatch1;
 class HelpWindow;
 class ChildFrm1;
 class MDIForm1;
+struct MailWindowHooks;
 class QuikPict1;
 class ThumbnailView;
 struct UiServices;
@@ -201,6 +202,7 @@ private:
     void updateClock();
     void applyFilter(int index);
     void notYetAvailable(const QString &what);
+    MailWindowHooks mailHooks();
     void showHelp(bool search);
     bool frameIsBusy() const;
 

@@ -1,3 +1,4 @@
+#include "ui/mail/MailWindows.h"
 #include "ui/frame/ChildFrm1.h"
 
 #include "core/app/AppState.h"
@@ -327,7 +328,17 @@ void ChildFrm1::mnuFilePrint_Click()
         window.setPicture(m_document->picture().image());
     window.exec();
 }
-void ChildFrm1::mnuFileSend_Click() { notYetAvailable(QStringLiteral("Sending files by e-mail")); }
+void ChildFrm1::mnuFileSend_Click()
+{
+    MailWindowHooks hooks;
+    MDIForm1 *host = frame();
+    hooks.findDocumentWindow = [host](const QString &path) -> QWidget * {
+        if (!host)
+            return nullptr;
+        return windowShowingFile(host->documentWidgets(), path);
+    };
+    runSendWindow(m_state, m_services, hooks, m_path, this);
+}
 void ChildFrm1::mnuFileProptee_Click()
 {
     if (!catalogue::GetFileTypeFlag(m_path).known()) {

@@ -26,9 +26,9 @@ MessageAnswer MessageService::show(const MessageRequest &request, QWidget *paren
     box.setWindowTitle(request.title);
     box.setText(request.text);
     if (request.buttons == MessageButtons::YesNo) {
-        box.setIcon(QMessageBox::Question);
+        box.setIcon(request.defaultNo ? QMessageBox::Critical : QMessageBox::Question);
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        box.setDefaultButton(QMessageBox::Yes);
+        box.setDefaultButton(request.defaultNo ? QMessageBox::No : QMessageBox::Yes);
         return box.exec() == QMessageBox::Yes ? MessageAnswer::Yes : MessageAnswer::No;
     }
     box.setIcon(QMessageBox::Information);

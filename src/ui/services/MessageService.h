@@ -15,6 +15,9 @@ struct MessageRequest {
     QString title;
     QString text;
     MessageButtons buttons = MessageButtons::Ok;
+    // A question whose safe answer is No: No is the default button and the
+    // box carries the stop icon.
+    bool defaultNo = false;
 };
 
 // Every message box of the program goes through here: errors and results with
