@@ -1,6 +1,7 @@
 #include "ui/fileops/FileCommands.h"
 
 #include "Fixtures.h"
+#include "ModalCloser.h"
 #include "UiFixture.h"
 #include "ZipWriter.h"
 
@@ -28,24 +29,6 @@ using namespace tarnby;
 using namespace tarnby::ui;
 
 namespace {
-
-// Runs action on the modal dialog called name as soon as it is up; the
-// dialog's exec() is running then, so the action drives it like a user.
-void whenModal(const QString &name, std::function<void(QDialog *)> action)
-{
-    auto *timer = new QTimer;
-    auto tries = std::make_shared<int>(0);
-    QObject::connect(timer, &QTimer::timeout, [=] {
-        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if ((dialog && dialog->objectName() == name) || ++*tries > 500) {
-            timer->stop();
-            timer->deleteLater();
-            if (dialog && dialog->objectName() == name)
-                action(dialog);
-        }
-    });
-    timer->start(10);
-}
 
 void click(QDialog *dialog, const char *button)
 {

@@ -5,6 +5,9 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <functional>
+#include <memory>
+
 // Cancels every modal dialog that opens while it lives, the way a user would
 // press Cancel, and records the dialogs' object names. For tests of commands
 // whose dialog runs its own exec(); header-only, for tests that link widgets.
@@ -29,3 +32,22 @@ private:
     QTimer m_timer;
     QStringList m_seen;
 };
+
+// Runs action on the modal dialog called name as soon as it is up; the
+// dialog's exec() is running then, so the action drives it like a user. Gives
+// up after five seconds without that dialog.
+inline void whenModal(const QString &name, std::function<void(QDialog *)> action)
+{
+    auto *timer = new QTimer;
+    auto tries = std::make_shared<int>(0);
+    QObject::connect(timer, &QTimer::timeout, [=] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if ((dialog && dialog->objectName() == name) || ++*tries > 500) {
+            timer->stop();
+            timer->deleteLater();
+            if (dialog && dialog->objectName() == name)
+                action(dialog);
+        }
+    });
+    timer->start(10);
+}

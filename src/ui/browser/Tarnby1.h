@@ -36,6 +36,10 @@ class SearchTree;
 enum class SearchOutcome;
 }
 
+namespace tarnby::fileops {
+class FolderWatcher;
+}
+
 namespace tarnby::ui {
 
 class CommandBar;
@@ -160,6 +164,7 @@ private:
     void driveBoxActivated(int index);
     void upFolder();
     void refreshLists();
+    void followFolderChange();
     void collapseTree();
     void goToWorkingFolder();
     void setComputerInNetwork();
@@ -182,6 +187,7 @@ private:
     CommandBar *m_bar = nullptr;
     FileCommands *m_files = nullptr;
     MDIForm1 *m_frame = nullptr;
+    fileops::FolderWatcher *m_folderWatcher = nullptr;
     HelpWindow *m_help = nullptr;
     QTimer *m_timer = nullptr;
     QLabel *m_date = nullptr;

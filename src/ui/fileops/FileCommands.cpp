@@ -89,7 +89,7 @@ void FileCommands::DeleteFile(const QString &path)
         return;
     const trash::TrashResult trashed = trash::moveToTrash(path);
     if (trashed.ok) {
-        emit filesChanged();
+        reportRemoved(path);
         return;
     }
     // Deleting for good cannot be undone, so it needs its own Yes.
@@ -104,6 +104,19 @@ void FileCommands::DeleteFile(const QString &path)
                                    m_window);
         return;
     }
+    reportRemoved(path);
+}
+
+void FileCommands::reportRemoved(const QString &path)
+{
+    emit fileRemoved(QFileInfo(path).absoluteFilePath());
+    emit filesChanged();
+}
+
+void FileCommands::reportMoves(const QList<fileops::Step> &steps)
+{
+    for (const fileops::Step &step : steps)
+        emit fileMoved(QFileInfo(step.from).absoluteFilePath(), QFileInfo(step.to).absoluteFilePath());
     emit filesChanged();
 }
 
@@ -129,7 +142,7 @@ void FileCommands::MoveFile(const QString &path, const QString &extension)
     MoveFile1 dialog(path, answer.path, m_state, m_services, m_window);
     if (dialog.exec() == QDialog::Accepted) {
         m_state.currentFile = dialog.movedPath();
-        emit filesChanged();
+        reportMoves(dialog.doneSteps());
     }
 }
 
@@ -141,7 +154,7 @@ void FileCommands::RenameFile(const QString &path)
     if (dialog.exec() == QDialog::Accepted) {
         if (m_state.currentFile == path)
             m_state.currentFile = dialog.renamedPath();
-        emit filesChanged();
+        reportMoves(dialog.doneSteps());
     }
 }
 

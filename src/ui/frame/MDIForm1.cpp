@@ -3,12 +3,14 @@
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
 #include "core/catalogue/FileCatalogue.h"
+#include "ui/fileops/FileCommands.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
 #include "ui/services/UiServices.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFileInfo>
 #include <QIcon>
 #include <QLabel>
@@ -381,6 +383,53 @@ QList<QWidget *> MDIForm1::documentWidgets() const
     for (QMdiSubWindow *w : m_area->subWindowList())
         list << w->widget();
     return list;
+}
+
+namespace {
+
+bool samePath(const QString &a, const QString &b)
+{
+    return QDir::cleanPath(QFileInfo(a).absoluteFilePath()) == QDir::cleanPath(QFileInfo(b).absoluteFilePath());
+}
+
+} // namespace
+
+void MDIForm1::followMovedFile(const QString &from, const QString &to)
+{
+    bool any = false;
+    for (QMdiSubWindow *sub : m_area->subWindowList()) {
+        auto *doc = dynamic_cast<DocumentWindow *>(sub->widget());
+        if (!doc || !samePath(doc->filePath(), from))
+            continue;
+        doc->fileMovedTo(to);
+        sub->setWindowTitle(sub->widget()->windowTitle());
+        any = true;
+    }
+    if (!any)
+        return;
+    refreshCommandState();
+    AddToWindowList();
+}
+
+void MDIForm1::noteRemovedFile(const QString &path)
+{
+    bool any = false;
+    for (QMdiSubWindow *sub : m_area->subWindowList()) {
+        auto *doc = dynamic_cast<DocumentWindow *>(sub->widget());
+        if (!doc || !samePath(doc->filePath(), path))
+            continue;
+        doc->fileRemoved();
+        sub->setWindowTitle(sub->widget()->windowTitle());
+        any = true;
+    }
+    if (any)
+        AddToWindowList();
+}
+
+void MDIForm1::followFileCommands(FileCommands *commands)
+{
+    connect(commands, &FileCommands::fileMoved, this, &MDIForm1::followMovedFile);
+    connect(commands, &FileCommands::fileRemoved, this, &MDIForm1::noteRemovedFile);
 }
 
 void MDIForm1::setStatusPanels(const QString &first, const QString &second, const QString &third)

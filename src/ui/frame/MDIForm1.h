@@ -20,6 +20,7 @@ namespace tarnby::ui {
 
 class CommandBar;
 class DocumentWindow;
+class FileCommands;
 struct UiServices;
 
 // The viewing frame: hosts one document window per opened file, keeps the
@@ -67,6 +68,15 @@ public:
     QMenu *windowMenu() const { return m_windowMenu; }
     QMdiArea *mdiArea() const { return m_area; }
 
+    // The windows that show a file follow what happens to it on disk: a
+    // window whose file was renamed or moved takes the new path and caption,
+    // a window whose file was deleted says so. Paths are compared absolute.
+    void followMovedFile(const QString &from, const QString &to);
+    void noteRemovedFile(const QString &path);
+    // Lets the windows follow the moves and deletes of commands (the
+    // browser's; each document window connects its own).
+    void followFileCommands(FileCommands *commands);
+
     // The three panels of the status bar.
     void setStatusPanels(const QString &first, const QString &second, const QString &third);
     QString statusPanel(int index) const;
@@ -79,6 +89,9 @@ signals:
     // it (through NewWindowFile when it is a document).
     void openFileRequested(const QString &path);
     void returnToBrowserRequested();
+    // A command of a document window changed files on disk (renamed, moved,
+    // deleted, saved or copied one); the browser refreshes its lists.
+    void filesChanged();
 
 private:
     void runFrameAction(commands::FrameAction action, const QString &caption);

@@ -436,8 +436,11 @@ void PictureDocumentView::saveAs()
     const imaging::SaveResult result = formatCode == 0
                                            ? imaging::SaveResult{false, QStringLiteral("No picture format")}
                                            : document().savePicture(answer.path, formatCode, 0, 0);
-    if (!result.ok)
+    if (!result.ok) {
         services().messages.inform(QStringLiteral("Error Saving File - ") + answer.path, this);
+        return;
+    }
+    host().fileWritten(answer.path);
 }
 
 } // namespace tarnby::ui
