@@ -191,15 +191,26 @@ void ChildFrm1::loadDocument()
 void ChildFrm1::onLoaded()
 {
     m_view->showDocument();
-    if (MDIForm1 *f = frame(); f && f->activeDocumentWidget() == this)
-        applyActivation();
+    if (MDIForm1 *f = frame()) {
+        // The window has its size now; all of it belongs in sight.
+        f->keepInsideArea(this);
+        if (f->activeDocumentWidget() == this)
+            applyActivation();
+    }
     emit documentShown();
 }
 
 void ChildFrm1::onLoadFailed(const QString &error)
 {
     m_view->showFailure(error);
+    if (MDIForm1 *f = frame(); f && f->activeDocumentWidget() == this)
+        f->refreshCommandState();
     emit documentShown();
+}
+
+bool ChildFrm1::showsNothing() const
+{
+    return m_document->loadingState() == viewer::Document::LoadingState::Failed;
 }
 
 // ---------------------------------------------------------------- the Internet

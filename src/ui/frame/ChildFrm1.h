@@ -44,6 +44,7 @@ public:
     void fileRemoved() override;
     // True once the shown file is known to be gone from disk.
     bool isFileRemoved() const { return m_fileRemoved; }
+    bool showsNothing() const override;
 
 #define TARNBY_OVERRIDE_OPERATION(op, name) void name() override;
     TARNBY_DOCUMENT_OPERATIONS(TARNBY_OVERRIDE_OPERATION)

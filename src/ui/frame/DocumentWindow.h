@@ -60,6 +60,9 @@ public:
     // The file shown was deleted: the window says so, and its file commands
     // no longer act on it.
     virtual void fileRemoved() {}
+    // True when the file could not be shown: the window is open but empty,
+    // and the commands of its kind have nothing to work on.
+    virtual bool showsNothing() const { return false; }
 
 #define TARNBY_DECLARE_OPERATION(op, name) virtual void name() = 0;
     TARNBY_DOCUMENT_OPERATIONS(TARNBY_DECLARE_OPERATION)

@@ -48,6 +48,14 @@ public:
     // Adds a ready-made document window (a widget implementing DocumentWindow).
     QWidget *addDocumentWindow(QWidget *window, const QString &caption);
     void setDocumentFactory(DocumentFactory factory) { m_factory = std::move(factory); }
+    // Moves (and if need be shrinks) the subwindow of a document window so
+    // that it lies wholly inside the frame's client area; a maximised one is
+    // left alone. Document windows call it after sizing themselves.
+    void keepInsideArea(QWidget *window);
+    // Window > Cascade: every window steps down and right by a title bar from
+    // the top left corner, keeping its size as far as the area allows; the
+    // active window ends in front.
+    void cascadeWindows();
 
     void SetMDIWinSize();
     void DisableButtons();
@@ -97,6 +105,7 @@ private:
     void runFrameAction(commands::FrameAction action, const QString &caption);
     void openWithOwnDialog();
     void onSubWindowClosed();
+    QMdiSubWindow *currentSubWindow() const;
 
     AppState &m_state;
     UiServices &m_services;
