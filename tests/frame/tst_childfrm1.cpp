@@ -5,6 +5,7 @@
 #include "core/app/Twips.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
+#include "core/viewer/SaveChoices.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
@@ -20,6 +21,7 @@
 #include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
+#include <QImageWriter>
 #include <QFrame>
 #include <QLabel>
 #include <QMdiArea>
@@ -87,6 +89,7 @@ private slots:
     void saveQuestionOnClose_data();
     void saveQuestionOnClose();
     void saveFailureMessage();
+    void saveAsDepthAndQualityOfTheShownPicture();
     void promptBeforeHandingTheFileOver();
     void failedPictureStaysOpenAndEmpty();
     void newWindowOpensInTheActiveState();
@@ -563,6 +566,43 @@ void TestChildFrm1::saveFailureMessage()
     QCOMPARE(QImage(out.filePath("ok.jpg")).size(), QSize(128, 128));
     m_frame->toolClick("ID_CloseBtn");
     QVERIFY(m_responder->messages().isEmpty());
+}
+
+void TestChildFrm1::saveAsDepthAndQualityOfTheShownPicture()
+{
+    // A grey JPEG of quality 55: the dialog offers JPEG's depths preset to
+    // the picture's own, and its quality; the choice reaches the file.
+    TestDir dir;
+    QImage image(80, 60, QImage::Format_Grayscale8);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x * 3, x * 3, x * 3));
+    const QString path = dir.filePath("grey.jpg");
+    QImageWriter writer(path);
+    writer.setQuality(55);
+    QVERIFY(writer.write(image));
+    ChildFrm1 *w = open(path);
+    QVERIFY(w);
+    w->document()->setModified(true);
+    DialogAnswer answer;
+    answer.accepted = true;
+    answer.path = dir.filePath("colour.jpg");
+    answer.bitsPerPixel = 24;
+    answer.quality = 12;
+    m_responder->answerDialog(answer);
+    m_frame->toolClick("ID_mnuSaveFileAs");
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    const DialogRequest &request = m_responder->dialogs().constFirst();
+    QCOMPARE(request.bitsPerPixelChoices, (QList<int>{8, 24}));
+    QCOMPARE(request.bitsPerPixel, 8);
+    QVERIFY(request.offerQuality);
+    QVERIFY(std::abs(request.quality - 55) <= 1);
+    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(!w->document()->isModified());
+    const imaging::LoadResult saved = imaging::loadPicture(answer.path);
+    QVERIFY(saved.ok());
+    QCOMPARE(saved.picture.info.bitsPerPixel, 24);
+    QVERIFY(std::abs(viewer::jpegQualityOfFile(answer.path) - 12) <= 1);
 }
 
 void TestChildFrm1::promptBeforeHandingTheFileOver()

@@ -4,6 +4,7 @@
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
+#include "core/viewer/SaveChoices.h"
 #include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
@@ -447,13 +448,19 @@ void PictureDocumentView::saveAs()
     request.defaultSuffix = extension;
     request.fileName = name;
     request.directory = viewer::isInternetAddress(path) ? QDir::currentPath() : QFileInfo(path).absolutePath();
+    const viewer::PictureSaveChoices choices =
+        viewer::saveChoicesFor(extension, document().picture().info.bitsPerPixel, path);
+    request.bitsPerPixelChoices = choices.depths;
+    request.bitsPerPixel = choices.depth;
+    request.offerQuality = choices.hasQuality;
+    request.quality = choices.quality;
     const DialogAnswer answer = services().dialogs.run(request, this);
     if (!answer.accepted || answer.path.isEmpty())
         return;
     const int formatCode = catalogue::GetSaveFormatCode(catalogue::GetFileExt(answer.path));
-    const imaging::SaveResult result = formatCode == 0
-                                           ? imaging::SaveResult{false, QStringLiteral("No picture format")}
-                                           : document().savePicture(answer.path, formatCode, 0, 0);
+    const imaging::SaveResult result =
+        formatCode == 0 ? imaging::SaveResult{false, QStringLiteral("No picture format")}
+                        : document().savePicture(answer.path, formatCode, answer.bitsPerPixel, answer.quality);
     if (!result.ok) {
         services().messages.inform(QStringLiteral("Error Saving File - ") + answer.path, this);
         return;
