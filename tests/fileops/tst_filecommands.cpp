@@ -8,6 +8,7 @@
 #include "core/app/AppState.h"
 #include "core/platform/imaging/PictureLayer.h"
 #include "core/platform/trash/Trash.h"
+#include "core/viewer/SaveChoices.h"
 #include "ui/services/UiServices.h"
 
 #include <QApplication>
@@ -15,6 +16,7 @@
 #include <QDir>
 #include <QImage>
 #include <QImageReader>
+#include <QImageWriter>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -71,6 +73,8 @@ private slots:
     void saveAsCopy();
     void saveAsPicture_data();
     void saveAsPicture();
+    void saveAsPictureDepthAndQuality_data();
+    void saveAsPictureDepthAndQuality();
 
     void openWithApplication();
 
@@ -435,6 +439,67 @@ void TestFileCommands::saveAsPicture()
         for (int x = 0; x < 128; ++x)
             differing += original.pixel(x, y) != copy.pixel(x, y);
     QCOMPARE(differing, 0);
+}
+
+void TestFileCommands::saveAsPictureDepthAndQuality_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QList<int>>("offered");
+    QTest::addColumn<int>("preset");
+    QTest::addColumn<int>("presetQuality");
+    QTest::addColumn<int>("chosenDepth");
+    QTest::addColumn<int>("chosenQuality");
+    QTest::newRow("BMP written at 4 bits") << "photo.bmp" << QList<int>{1, 4, 8, 24} << 24 << 0 << 4 << 0;
+    QTest::newRow("PNG written at 1 bit") << "photo.png" << QList<int>{1, 8, 24, 32} << 24 << 0 << 1 << 0;
+    QTest::newRow("JPEG at quality 30, written grey at 90") << "photo.jpg" << QList<int>{8, 24} << 24 << 30 << 8 << 90;
+    QTest::newRow("JPEG at quality 92, written at 15") << "photo.jpg" << QList<int>{8, 24} << 24 << 92 << 24 << 15;
+    QTest::newRow("no choice made keeps the picture's own") << "photo.png" << QList<int>{1, 8, 24, 32} << 24 << 0 << 0 << 0;
+}
+
+void TestFileCommands::saveAsPictureDepthAndQuality()
+{
+    QFETCH(QString, source);
+    QFETCH(QList<int>, offered);
+    QFETCH(int, preset);
+    QFETCH(int, presetQuality);
+    QFETCH(int, chosenDepth);
+    QFETCH(int, chosenQuality);
+    TestDir dir;
+    QImage image(64, 40, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x * 4, y * 6, 128));
+    const QString path = dir.filePath(source);
+    QImageWriter writer(path);
+    if (presetQuality > 0)
+        writer.setQuality(presetQuality);
+    QVERIFY(writer.write(image));
+    m_state->currentFile = path;
+    const QString target = dir.filePath(QStringLiteral("saved.") + QFileInfo(source).suffix());
+    DialogAnswer answer;
+    answer.accepted = true;
+    answer.path = target;
+    answer.bitsPerPixel = chosenDepth;
+    answer.quality = chosenQuality;
+    m_responder->answerDialog(answer);
+
+    m_commands->SaveFileAs();
+
+    // The dialog offered the depths the format keeps and the quality of a
+    // lossy one, preset from the picture...
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    const DialogRequest &request = m_responder->dialogs().constFirst();
+    QCOMPARE(request.bitsPerPixelChoices, offered);
+    QCOMPARE(request.bitsPerPixel, preset);
+    QCOMPARE(request.offerQuality, presetQuality > 0);
+    QVERIFY2(std::abs(request.quality - presetQuality) <= 1, qPrintable(QString::number(request.quality)));
+    // ...and the file holds what was chosen.
+    QCOMPARE(m_responder->messageTexts(), QStringList());
+    const imaging::LoadResult saved = imaging::loadPicture(target);
+    QVERIFY(saved.ok());
+    QCOMPARE(saved.picture.info.bitsPerPixel, chosenDepth > 0 ? chosenDepth : 24);
+    if (chosenQuality > 0)
+        QVERIFY(std::abs(viewer::jpegQualityOfFile(target) - chosenQuality) <= 1);
 }
 
 void TestFileCommands::openWithApplication()

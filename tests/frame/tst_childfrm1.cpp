@@ -5,6 +5,7 @@
 #include "core/app/Twips.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
+#include "core/viewer/SaveChoices.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/MDIForm1.h"
@@ -20,6 +21,7 @@
 #include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
+#include <QImageWriter>
 #include <QFrame>
 #include <QLabel>
 #include <QMdiArea>
@@ -87,8 +89,11 @@ private slots:
     void saveQuestionOnClose_data();
     void saveQuestionOnClose();
     void saveFailureMessage();
+    void saveAsDepthAndQualityOfTheShownPicture();
     void promptBeforeHandingTheFileOver();
     void failedPictureStaysOpenAndEmpty();
+    void newWindowOpensInTheActiveState();
+    void newWindowsStayInsideTheFrame();
     void internetPictureWaitRule();
     void internetPictureArrives();
     void webViewReachesNoNetwork();
@@ -555,6 +560,43 @@ void TestChildFrm1::saveFailureMessage()
     QVERIFY(m_responder->messages().isEmpty());
 }
 
+void TestChildFrm1::saveAsDepthAndQualityOfTheShownPicture()
+{
+    // A grey JPEG of quality 55: the dialog offers JPEG's depths preset to
+    // the picture's own, and its quality; the choice reaches the file.
+    TestDir dir;
+    QImage image(80, 60, QImage::Format_Grayscale8);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x * 3, x * 3, x * 3));
+    const QString path = dir.filePath("grey.jpg");
+    QImageWriter writer(path);
+    writer.setQuality(55);
+    QVERIFY(writer.write(image));
+    ChildFrm1 *w = open(path);
+    QVERIFY(w);
+    w->document()->setModified(true);
+    DialogAnswer answer;
+    answer.accepted = true;
+    answer.path = dir.filePath("colour.jpg");
+    answer.bitsPerPixel = 24;
+    answer.quality = 12;
+    m_responder->answerDialog(answer);
+    m_frame->toolClick("ID_mnuSaveFileAs");
+    QCOMPARE(m_responder->dialogs().size(), 1);
+    const DialogRequest &request = m_responder->dialogs().constFirst();
+    QCOMPARE(request.bitsPerPixelChoices, (QList<int>{8, 24}));
+    QCOMPARE(request.bitsPerPixel, 8);
+    QVERIFY(request.offerQuality);
+    QVERIFY(std::abs(request.quality - 55) <= 1);
+    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(!w->document()->isModified());
+    const imaging::LoadResult saved = imaging::loadPicture(answer.path);
+    QVERIFY(saved.ok());
+    QCOMPARE(saved.picture.info.bitsPerPixel, 24);
+    QVERIFY(std::abs(viewer::jpegQualityOfFile(answer.path) - 12) <= 1);
+}
+
 void TestChildFrm1::promptBeforeHandingTheFileOver()
 {
     REQUIRE_FIXTURES();
@@ -586,12 +628,65 @@ void TestChildFrm1::failedPictureStaysOpenAndEmpty()
     QCOMPARE(m_frame->documentCount(), 1);
     QVERIFY(!pictureOf(w)->hasPicture());
     QCOMPARE(w->document()->loadingState(), viewer::Document::LoadingState::Failed);
+    // The window's body says why, in the picture layer's words.
+    QLabel *notice = pictureDocument(w)->loadErrorLabel();
+    QVERIFY(notice->isVisible());
+    QVERIFY(!pictureOf(w)->isVisible());
+    QVERIFY(notice->text().startsWith(QStringLiteral("Error Loading Picture - broken.png")));
+    QVERIFY(notice->text().contains(w->document()->errorString()));
+    QVERIFY(!w->document()->errorString().isEmpty());
+    QCOMPARE(notice->geometry(), pictureDocument(w)->rect());
+    // Nothing to view, edit or save; the file commands stay.
+    for (const char *key : {"ID_NormalBtn", "ID_mnuMagnifyingGlass", "ID_mnuImage", "ID_SaveBtn", "ID_CopyBtn"})
+        QVERIFY2(!m_frame->commandBar()->isEnabled(QLatin1String(key)), key);
+    QVERIFY(m_frame->commandBar()->isEnabled(QStringLiteral("ID_mnuRenameFile")));
     // The empty window still answers every command without crashing.
     m_responder->clear();
     for (const char *key : {"ID_NormalBtn", "ID_StretchBtn", "ID_mnuPanImage", "ID_mnuMagnifyingGlass", "ID_CopyBtn"})
         m_frame->toolClick(QLatin1String(key));
     QCOMPARE(m_responder->messageTexts(),
              QStringList{"You can only Copy Text for Pasting into Text Box to Add Text to a Picture"});
+}
+
+void TestChildFrm1::newWindowOpensInTheActiveState()
+{
+    TestDir dir;
+    ChildFrm1 *first = open(dir.createFile("first.png", pngBytes(QSize(120, 90), Qt::red)));
+    QVERIFY(first);
+    auto *firstSub = qobject_cast<QMdiSubWindow *>(outer(first));
+    firstSub->showMaximized();
+    // A picture window sizes itself to its picture once loaded; opened after
+    // a maximised one it stays maximised, in front.
+    ChildFrm1 *second = open(dir.createFile("second.png", pngBytes(QSize(150, 100), Qt::blue)));
+    QVERIFY(second);
+    auto *secondSub = qobject_cast<QMdiSubWindow *>(outer(second));
+    QVERIFY(secondSub->isMaximized());
+    QCOMPARE(secondSub->geometry(), m_frame->mdiArea()->viewport()->rect());
+    QCOMPARE(m_frame->mdiArea()->subWindowList(QMdiArea::StackingOrder).constLast(), secondSub);
+    QCOMPARE(m_frame->activeDocumentWidget(), second);
+    ChildFrm1 *text = open(dir.createFile("third.txt", "text\r\n"));
+    QVERIFY(text);
+    QVERIFY(qobject_cast<QMdiSubWindow *>(outer(text))->isMaximized());
+}
+
+void TestChildFrm1::newWindowsStayInsideTheFrame()
+{
+    // Pictures a little smaller than the frame: wherever the area first puts
+    // each window, once sized to its picture it lies wholly inside.
+    m_frame->resize(760, 560);
+    QTest::qWait(20);
+    TestDir dir;
+    const QRect area = m_frame->mdiArea()->viewport()->rect();
+    const QSize picture = area.size() - QSize(120, 120);
+    for (int i = 0; i < 5; ++i) {
+        ChildFrm1 *w = open(dir.createFile(QStringLiteral("p%1.png").arg(i), pngBytes(picture, Qt::gray)));
+        QVERIFY(w);
+        const QRect place = outer(w)->geometry();
+        QVERIFY2(area.contains(place), qPrintable(QStringLiteral("window %1 at %2,%3 %4x%5").arg(i)
+                                                      .arg(place.x()).arg(place.y())
+                                                      .arg(place.width()).arg(place.height())));
+        QCOMPARE(w->size(), picture);
+    }
 }
 
 void TestChildFrm1::internetPictureWaitRule()

@@ -49,6 +49,10 @@ private slots:
     void newWindowFileMakesTheKindItIsGiven();
     void arrangeWindows_data();
     void arrangeWindows();
+    void cascadeEdges_data();
+    void cascadeEdges();
+    void newWindowTakesTheActiveState();
+    void emptyWindowDisablesItsKindsCommands();
 
 private:
     DocumentDouble *open(const QString &kind, qint16 indexes = 0, const QString &name = QStringLiteral("doc.jpg"));
@@ -345,7 +349,7 @@ void TestMDIForm1::arrangeWindows()
     QFETCH(QString, key);
     m_frame->resize(900, 700);
     for (int i = 0; i < 3; ++i)
-        open(QStringLiteral("I"), 0, QStringLiteral("p%1.jpg").arg(i));
+        open(QStringLiteral("I"), 0, QStringLiteral("p%1.jpg").arg(i))->parentWidget()->resize(300, 200);
     m_frame->toolClick(key);
     const QList<QMdiSubWindow *> windows = m_frame->mdiArea()->subWindowList();
     QCOMPARE(windows.size(), 3);
@@ -359,10 +363,96 @@ void TestMDIForm1::arrangeWindows()
             QCOMPARE(b.left(), a.right() + 1);
             QCOMPARE(b.height(), area.height());
         } else {
-            QVERIFY(b.top() > a.top());
-            QVERIFY(b.left() >= a.left());
+            // One title bar further down and right, the size kept: every
+            // window still shows its content.
+            const int step = windows.at(i)->widget()->y();
+            QVERIFY(step > 0);
+            QCOMPARE(b.topLeft(), a.topLeft() + QPoint(step, step));
+            QCOMPARE(b.size(), QSize(300, 200));
+            QVERIFY(area.contains(b));
         }
     }
+}
+
+void TestMDIForm1::cascadeEdges_data()
+{
+    QTest::addColumn<QSize>("frameSize");
+    QTest::addColumn<QSize>("windowSize");
+    QTest::addColumn<bool>("maximizeFirst");
+    QTest::newRow("windows larger than the area") << QSize(700, 500) << QSize(900, 800) << false;
+    QTest::newRow("bare title bars get room") << QSize(900, 700) << QSize(120, 30) << false;
+    QTest::newRow("a maximised window is restored") << QSize(900, 700) << QSize(300, 200) << true;
+    QTest::newRow("more steps than the area holds") << QSize(420, 360) << QSize(250, 150) << false;
+}
+
+void TestMDIForm1::cascadeEdges()
+{
+    QFETCH(QSize, frameSize);
+    QFETCH(QSize, windowSize);
+    QFETCH(bool, maximizeFirst);
+    m_frame->resize(frameSize);
+    QList<DocumentDouble *> docs;
+    for (int i = 0; i < 8; ++i) {
+        docs << open(QStringLiteral("I"), 0, QStringLiteral("p%1.jpg").arg(i));
+        docs.last()->parentWidget()->resize(windowSize);
+    }
+    if (maximizeFirst)
+        qobject_cast<QMdiSubWindow *>(docs.first()->parentWidget())->showMaximized();
+    QWidget *front = m_frame->mdiArea()->subWindowList(QMdiArea::StackingOrder).constLast();
+    m_frame->toolClick(QStringLiteral("ID_mnuCascade"));
+    const QRect area = m_frame->mdiArea()->viewport()->rect();
+    for (DocumentDouble *doc : docs) {
+        auto *sub = qobject_cast<QMdiSubWindow *>(doc->parentWidget());
+        QVERIFY(!sub->isMaximized());
+        QVERIFY2(area.contains(sub->geometry()), qPrintable(QStringLiteral("%1,%2 %3x%4")
+                                                                .arg(sub->x()).arg(sub->y())
+                                                                .arg(sub->width()).arg(sub->height())));
+        // Room for more than the title bar.
+        QVERIFY(doc->height() > 0);
+    }
+    // The window in front before is in front after.
+    QCOMPARE(m_frame->mdiArea()->subWindowList(QMdiArea::StackingOrder).constLast(), front);
+}
+
+void TestMDIForm1::newWindowTakesTheActiveState()
+{
+    m_frame->resize(900, 700);
+    DocumentDouble *first = open(QStringLiteral("I"), 0, QStringLiteral("first.jpg"));
+    auto *firstSub = qobject_cast<QMdiSubWindow *>(first->parentWidget());
+    firstSub->showMaximized();
+    DocumentDouble *second = open(QStringLiteral("T"), 0, QStringLiteral("second.txt"));
+    auto *secondSub = qobject_cast<QMdiSubWindow *>(second->parentWidget());
+    // In front, maximised as the one before was, covering the whole area.
+    QVERIFY(secondSub->isMaximized());
+    QCOMPARE(m_frame->mdiArea()->subWindowList(QMdiArea::StackingOrder).constLast(), secondSub);
+    QCOMPARE(m_frame->activeDocumentWidget(), second);
+    QCOMPARE(secondSub->geometry(), m_frame->mdiArea()->viewport()->rect());
+
+    // After a window of its own size, the next one is of its own size too,
+    // and wholly inside the area wherever it was put.
+    secondSub->showNormal();
+    firstSub->showNormal();
+    DocumentDouble *third = open(QStringLiteral("I"), 0, QStringLiteral("third.jpg"));
+    auto *thirdSub = qobject_cast<QMdiSubWindow *>(third->parentWidget());
+    QVERIFY(!thirdSub->isMaximized());
+    thirdSub->setGeometry(700, 600, 500, 400);
+    m_frame->keepInsideArea(third);
+    QVERIFY(m_frame->mdiArea()->viewport()->rect().contains(thirdSub->geometry()));
+    QCOMPARE(thirdSub->size(), QSize(500, 400));
+}
+
+void TestMDIForm1::emptyWindowDisablesItsKindsCommands()
+{
+    DocumentDouble *doc = open(QStringLiteral("I"));
+    QVERIFY(m_frame->commandBar()->isEnabled(QStringLiteral("ID_mnuImage")));
+    doc->empty = true;
+    m_frame->refreshCommandState();
+    for (const char *key : {"ID_mnuImage", "ID_ResizeBtn", "ID_BrightnessBtn", "ID_NormalBtn", "ID_mnuMagnifyingGlass", "ID_SaveBtn", "ID_mnuSaveFileAs",
+                            "ID_CopyBtn", "ID_mnuAddText"})
+        QVERIFY2(!m_frame->commandBar()->isEnabled(QLatin1String(key)), key);
+    // Its file is still there to rename, move, delete or close.
+    for (const char *key : {"ID_mnuRenameFile", "ID_mnuMoveFile", "ID_mnuDeleteFile", "ID_CloseBtn"})
+        QVERIFY2(m_frame->commandBar()->isEnabled(QLatin1String(key)), key);
 }
 
 QTEST_MAIN(TestMDIForm1)

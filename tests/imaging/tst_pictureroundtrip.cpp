@@ -96,7 +96,7 @@ struct Expectation {
     bool sameSize;
 };
 const Expectation Expectations[] = {
-    {"JPG", {8, 24, 24, 24}, false, false, true},
+    {"JPG", {8, 8, 24, 24}, false, false, true}, // 8 bits: a grey JPEG
     {"TIFF", {1, 8, 24, 32}, true, true, true},
     {"BMP", {1, 8, 24, 24}, true, false, true},
     {"ICO", {32, 32, 32, 32}, true, true, true},

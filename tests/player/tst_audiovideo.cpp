@@ -1,4 +1,5 @@
 #include "ui/player/AudioVideo1.h"
+#include "core/platform/media/MediaRoutes.h"
 
 #include "Fixtures.h"
 #include "UiFixture.h"
@@ -155,7 +156,9 @@ void TestAudioVideo::routing()
     m_window->openAndPlay(path);
 
     QVERIFY(m_window->findChild<QWidget *>("Frame1")->findChild<QWidget *>("ActiveMovie1"));
-    QCOMPARE(visibleIn(m_window.get(), "ActiveMovie1"), mediaPlayer);
+    // The media player's screen: the video, or until one comes the painted
+    // picture in its place.
+    QCOMPARE(visibleIn(m_window.get(), "ActiveMovie1") || visibleIn(m_window.get(), "NoVideo"), mediaPlayer);
     QCOMPARE(visibleIn(m_window.get(), "MMControl1"), !mediaPlayer);
     QCOMPARE(m_window->windowTitle(), "Play - " + name);
     if (mediaPlayer) {
@@ -187,15 +190,25 @@ void TestAudioVideo::unplayable_data()
 {
     QTest::addColumn<QString>("fixture"); // empty: a made-up file
     QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("says"); // besides the file's path
 
-    QTest::newRow("text in a WAV file") << "" << "noise.wav";
-    QTest::newRow("missing file") << "" << "";
-    QTest::newRow("a pipe named like a sound") << "" << "|pipe.wav";
-    QTest::newRow("a folder named like a sound") << "" << "/folder.wav";
-    QTest::newRow("type-1 MIDI file") << "MID/testMID.mid" << "";
-    QTest::newRow("one-frame MP3") << "MP3/mp3.mp3" << "";
-    QTest::newRow("QuickTime without streams") << "MOV/testMP4_QuickTimeMetadata.mov" << "";
-    QTest::newRow("DAT that is a mail attachment") << "DAT/testWINMAIL.dat" << "";
+    QTest::newRow("text in a WAV file") << "" << "noise.wav" << QStringList();
+    QTest::newRow("missing file") << "" << "" << QStringList();
+    QTest::newRow("a pipe named like a sound") << "" << "|pipe.wav" << QStringList();
+    QTest::newRow("a folder named like a sound") << "" << "/folder.wav" << QStringList();
+    // What a MIDI file needs is on this machine (the install script brings
+    // it): the message says so, and what the file is.
+    QTest::newRow("type-1 MIDI file") << "MID/testMID.mid" << ""
+                                      << QStringList{"The MIDI plugins and the sound font are installed",
+                                                     "Standard MIDI file of format 1 with 2 tracks"};
+    QTest::newRow("text in a MIDI file") << "" << "noise.mid"
+                                         << QStringList{"The file is not a Standard MIDI file."};
+    QTest::newRow("AVI that the reader refuses") << "AVI/AudioVideoInterleave.avi" << ""
+                                                 << QStringList{"GStreamer's AVI reader does not accept this file.",
+                                                                "It is an AVI file of 1 x 1 pixels"};
+    QTest::newRow("one-frame MP3") << "MP3/mp3.mp3" << "" << QStringList();
+    QTest::newRow("QuickTime without streams") << "MOV/testMP4_QuickTimeMetadata.mov" << "" << QStringList();
+    QTest::newRow("DAT that is a mail attachment") << "DAT/testWINMAIL.dat" << "" << QStringList();
 }
 
 void TestAudioVideo::unplayable()
@@ -229,14 +242,18 @@ void TestAudioVideo::unplayable()
     QCOMPARE(m_responder->messages().size(), 1);
     QVERIFY2(m_responder->messageTexts().first().startsWith("Cannot Play File - " + path),
              qPrintable(m_responder->messageTexts().first()));
+    QFETCH(QStringList, says);
+    for (const QString &part : says)
+        QVERIFY2(m_responder->messageTexts().first().contains(part), qPrintable(m_responder->messageTexts().first()));
     QCOMPARE(m_window->mediaPlayer()->playbackState(), QMediaPlayer::StoppedState);
 }
 
 void TestAudioVideo::playsToTheEnd_data()
 {
     QTest::addColumn<QString>("fixture");
-    QTest::newRow("QuickTime video of PNG frames") << "MOV/png.mov";
-    QTest::newRow("MP3 with an ID3v2 tag") << "MP3/testMP3id3v2.mp3";
+    QTest::addColumn<bool>("video");
+    QTest::newRow("QuickTime video of PNG frames") << "MOV/png.mov" << true;
+    QTest::newRow("MP3 with an ID3v2 tag") << "MP3/testMP3id3v2.mp3" << false;
 }
 
 // Real files play to their end, from a folder name with a space in it.
@@ -252,9 +269,19 @@ void TestAudioVideo::playsToTheEnd()
     QSignalSpy finished(m_window.get(), &AudioVideo1::listFinished);
     m_window->show();
     m_window->openAndPlay(path);
+    QFETCH(bool, video);
+    // Position and length show while it plays.
+    QTRY_VERIFY_WITH_TIMEOUT(m_window->mediaPlayer()->duration() > 0, 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_window->positionText().section(" / ", 1),
+                              media::formatPlayTime(m_window->mediaPlayer()->duration()), 5000);
     QVERIFY(finished.wait(20000));
     QVERIFY2(m_responder->messages().isEmpty(), qPrintable(m_responder->messageTexts().join('\n')));
     QCOMPARE(m_window->mediaPlayer()->mediaStatus(), QMediaPlayer::EndOfMedia);
+    // The position moved on from the start; without video the screen shows
+    // its own picture, with video the video.
+    QVERIFY(m_window->positionText() != media::formatPlayTime(0) + " / " + media::formatPlayTime(m_window->mediaPlayer()->duration()));
+    QCOMPARE(m_window->showsNoVideoPicture(), !video);
+    QCOMPARE(visibleIn(m_window.get(), "NoVideo"), !video);
 }
 
 void TestAudioVideo::silentStreamTimesOut()

@@ -20,6 +20,7 @@ public:
     qint16 NUMINDEXES() const override { return m_indexes; }
     bool SHUTOFFCLICK_FLG() const override { return busy; }
     QString filePath() const override { return m_path; }
+    bool showsNothing() const override { return empty; }
 
 #define TARNBY_RECORD_OPERATION(op, name)                                                          \
     void name() override { calls << QStringLiteral(#name); }
@@ -28,6 +29,7 @@ public:
 
     QStringList calls;
     bool busy = false;
+    bool empty = false;
 
 private:
     QString m_kind;

@@ -68,6 +68,7 @@ public:
     virtual const TextContent &text() const { return emptyText(); }
     virtual QTextDocument *richText() const { return nullptr; }
     virtual void loadPage(int page) { Q_UNUSED(page); }
+    virtual void moved(const QString &path) { Q_UNUSED(path); }
 
 protected:
     void succeed() { m_document->implLoaded(); }
@@ -271,6 +272,7 @@ public:
 
     const TextContent &text() const override { return m_content; }
     QTextDocument *richText() const override { return m_rich.get(); }
+    void moved(const QString &path) override { m_path = path; }
 
     void loadPage(int page) override
     {
@@ -364,6 +366,13 @@ QImage Document::overview() const { return m_impl->overview(); }
 const TextContent &Document::text() const { return m_impl->text(); }
 QTextDocument *Document::richText() const { return m_impl->richText(); }
 void Document::loadPage(int page) { m_impl->loadPage(page); }
+
+void Document::setPath(const QString &path)
+{
+    m_path = path;
+    m_extension = catalogue::GetFileExt(path);
+    m_impl->moved(path);
+}
 
 imaging::SaveResult Document::savePicture(const QString &path, int formatCode, int bitsPerPixel, int quality)
 {

@@ -46,6 +46,10 @@ public:
     ~Document() override;
 
     QString path() const { return m_path; }
+    // The file was renamed or moved to path: everything read from it later
+    // (pages of a long text) is read there. The kind and the view stay as
+    // they were chosen at load.
+    void setPath(const QString &path);
     QString extension() const { return m_extension; }
     DocumentKind kind() const { return m_kind; }
     LoadingState loadingState() const { return m_state; }

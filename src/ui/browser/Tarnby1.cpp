@@ -13,6 +13,7 @@
 #include "core/catalogue/CommandLine.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/catalogue/OpenRouting.h"
+#include "core/fileops/FolderWatcher.h"
 #include "core/search/BrowserSearchSources.h"
 #include "core/search/FileSearch.h"
 #include "core/settings/SettingsFiles.h"
@@ -311,6 +312,12 @@ void Tarnby1::buildCentralArea()
     connect(m_thumbs, &ThumbnailView::pictureActivated, this, &Tarnby1::DisplayImage);
     connect(m_thumbs, &ThumbnailView::currentPictureChanged, this, &Tarnby1::thumbnailCurrentChanged);
     m_bar->setEnabled(commands::keys::StopBtn, false);
+
+    // What other programs change in the shown folder comes in through a watch
+    // on it, coalesced; the list is read again once the last reading is in.
+    m_folderWatcher = new fileops::FolderWatcher(this);
+    m_folderWatcher->setBusyCheck([this] { return m_listModel->isLoading(); });
+    connect(m_folderWatcher, &fileops::FolderWatcher::changed, this, &Tarnby1::followFolderChange);
     buildShortcuts();
 
     // Right-clicks on the tree, both styles of the list and the thumbnails.
@@ -594,6 +601,7 @@ bool Tarnby1::goToFolder(const QString &folder)
     const QString path = QDir::cleanPath(info.absoluteFilePath());
     m_folder = path;
     m_listModel->setFolder(path);
+    m_folderWatcher->setFolder(path);
     setSelectionCommands(false);
 
     const int node = m_treeModel->revealPath(path);
@@ -762,6 +770,25 @@ void Tarnby1::refreshLists()
     if (node >= 0)
         m_treeModel->refresh(node);
     m_listModel->refresh();
+}
+
+void Tarnby1::followFolderChange()
+{
+    // A walk moves the list through folders of its own.
+    if (m_searchRunning)
+        return;
+    const FileEntry *selected = m_listModel->entry(m_listView->currentRow());
+    const QString name = selected ? selected->name : QString();
+    refreshLists();
+    if (name.isEmpty())
+        return;
+    // The file the user had selected stays selected when it is still there.
+    auto select = std::make_shared<QMetaObject::Connection>();
+    *select = connect(m_listModel, &FileListModel::folderLoaded, this, [this, name, select] {
+        disconnect(*select);
+        if (const int row = m_listModel->rowForName(name); row >= 0)
+            m_listView->setCurrentRow(row);
+    });
 }
 
 void Tarnby1::collapseTree()
@@ -1468,6 +1495,10 @@ MDIForm1 *Tarnby1::frame()
         applyMenuTextStyle(m_frame, settings::menuTextRelief(m_state.options.menuTextStyle));
         connect(m_frame, &MDIForm1::browserCommand, this, &Tarnby1::runCommand);
         connect(m_frame, &MDIForm1::openFileRequested, this, &Tarnby1::DisplayImage);
+        // File commands of the document windows refresh the lists as the
+        // browser's own do; the browser's moves and deletes reach the windows.
+        connect(m_frame, &MDIForm1::filesChanged, this, &Tarnby1::refreshLists);
+        m_frame->followFileCommands(m_files);
         connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {
             show();
             raise();

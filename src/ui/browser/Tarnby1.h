@@ -39,6 +39,10 @@ class SearchTree;
 enum class SearchOutcome;
 }
 
+namespace tarnby::fileops {
+class FolderWatcher;
+}
+
 namespace tarnby::ui {
 
 class CommandBar;
@@ -219,6 +223,7 @@ private:
     // Chooses the entry called name in the list when the next listing is in.
     void selectWhenListed(const QString &name);
     void refreshLists();
+    void followFolderChange();
     void collapseTree();
     void goToWorkingFolder();
     void setComputerInNetwork();
@@ -243,6 +248,7 @@ private:
     CommandBar *m_bar = nullptr;
     FileCommands *m_files = nullptr;
     MDIForm1 *m_frame = nullptr;
+    fileops::FolderWatcher *m_folderWatcher = nullptr;
     HelpWindow *m_help = nullptr;
     QTimer *m_timer = nullptr;
     QLabel *m_date = nullptr;

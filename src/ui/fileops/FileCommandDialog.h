@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/fileops/FileOperations.h"
+
 #include <QDialog>
 #include <QList>
 
@@ -21,6 +23,11 @@ struct UiServices;
 class FileCommandDialog : public QDialog
 {
     Q_OBJECT
+public:
+    // Every file the accepted command renamed or moved, the companions of a
+    // database included; empty until OK succeeds.
+    const QList<fileops::Step> &doneSteps() const { return m_doneSteps; }
+
 protected:
     FileCommandDialog(const QString &objectName, const QString &title, const QString &labelText, AppState &state,
                       UiServices &services, QWidget *parent);
@@ -37,6 +44,7 @@ protected:
     UiServices &m_services;
     QLabel *m_label = nullptr;
     QListWidget *m_files = nullptr;
+    QList<fileops::Step> m_doneSteps;
 };
 
 } // namespace tarnby::ui

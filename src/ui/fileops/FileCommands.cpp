@@ -9,9 +9,11 @@
 #include "core/platform/archive/ZipExtract.h"
 #include "core/platform/imaging/PictureLayer.h"
 #include "core/platform/trash/Trash.h"
+#include "core/viewer/SaveChoices.h"
 #include "ui/services/UiServices.h"
 #include "ui/player/AudioVideo1.h"
 
+#include <QApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -89,7 +91,7 @@ void FileCommands::DeleteFile(const QString &path)
         return;
     const trash::TrashResult trashed = trash::moveToTrash(path);
     if (trashed.ok) {
-        emit filesChanged();
+        reportRemoved(path);
         return;
     }
     // Deleting for good cannot be undone, so it needs its own Yes.
@@ -104,6 +106,19 @@ void FileCommands::DeleteFile(const QString &path)
                                    m_window);
         return;
     }
+    reportRemoved(path);
+}
+
+void FileCommands::reportRemoved(const QString &path)
+{
+    emit fileRemoved(QFileInfo(path).absoluteFilePath());
+    emit filesChanged();
+}
+
+void FileCommands::reportMoves(const QList<fileops::Step> &steps)
+{
+    for (const fileops::Step &step : steps)
+        emit fileMoved(QFileInfo(step.from).absoluteFilePath(), QFileInfo(step.to).absoluteFilePath());
     emit filesChanged();
 }
 
@@ -129,7 +144,7 @@ void FileCommands::MoveFile(const QString &path, const QString &extension)
     MoveFile1 dialog(path, answer.path, m_state, m_services, m_window);
     if (dialog.exec() == QDialog::Accepted) {
         m_state.currentFile = dialog.movedPath();
-        emit filesChanged();
+        reportMoves(dialog.doneSteps());
     }
 }
 
@@ -141,7 +156,7 @@ void FileCommands::RenameFile(const QString &path)
     if (dialog.exec() == QDialog::Accepted) {
         if (m_state.currentFile == path)
             m_state.currentFile = dialog.renamedPath();
-        emit filesChanged();
+        reportMoves(dialog.doneSteps());
     }
 }
 
@@ -175,23 +190,39 @@ void FileCommands::saveAs(const imaging::Picture *shown)
     request.filter = saveDialogFilter(extension);
     request.defaultSuffix = extension;
     request.confirmOverwrite = true;
+
+    // A picture is saved from what it shows, at the depth and quality the
+    // dialog offers, preset from the picture.
+    const bool savesPicture = shown || isPicture(extension);
+    imaging::Picture picture;
+    if (savesPicture) {
+        if (shown) {
+            picture = *shown;
+        } else {
+            QApplication::setOverrideCursor(Qt::WaitCursor);
+            picture = imaging::loadPicture(path).picture;
+            QApplication::restoreOverrideCursor();
+        }
+        if (!picture.isNull()) {
+            const viewer::PictureSaveChoices choices =
+                viewer::saveChoicesFor(extension, picture.info.bitsPerPixel, fromInternet ? QString() : path);
+            request.bitsPerPixelChoices = choices.depths;
+            request.bitsPerPixel = choices.depth;
+            request.offerQuality = choices.hasQuality;
+            request.quality = choices.quality;
+        }
+    }
     const DialogAnswer answer = m_services.dialogs.run(request, m_window);
     if (!answer.accepted || answer.path.isEmpty())
         return;
     const QString newPath = answer.path;
 
-    if (shown || isPicture(extension)) {
-        imaging::Picture picture;
-        if (shown) {
-            picture = *shown;
-        } else {
-            const imaging::LoadResult loaded = imaging::loadPicture(path);
-            picture = loaded.picture;
-        }
+    if (savesPicture) {
         const int code = catalogue::GetSaveFormatCode(catalogue::GetFileExt(newPath));
+        const int bits = answer.bitsPerPixel > 0 ? answer.bitsPerPixel : picture.info.bitsPerPixel;
         const imaging::SaveResult saved = picture.isNull() || code == 0
             ? imaging::SaveResult{}
-            : imaging::savePicture(picture, newPath, code, picture.info.bitsPerPixel);
+            : imaging::savePicture(picture, newPath, code, bits, answer.quality);
         if (!saved.ok) {
             m_services.messages.inform(QStringLiteral("Error Saving File - ") + newPath, m_window);
             return;

@@ -17,6 +17,10 @@ namespace tarnby::imaging {
 struct Picture;
 }
 
+namespace tarnby::fileops {
+struct Step;
+}
+
 namespace tarnby::ui {
 
 struct UiServices;
@@ -26,7 +30,9 @@ class AudioVideo1;
 // to the trash, move, rename, save as, open with the desktop's application,
 // the unzip offer and playing sound and video. Each asks through the dialog
 // and message services and reports through them; after a change on disk it
-// emits filesChanged() so that the browser refreshes its lists.
+// emits filesChanged() so that the browser refreshes its lists, and names the
+// files it moved or removed (fileMoved(), fileRemoved()) so that the document
+// windows showing them follow.
 //
 // Nothing is ever replaced without the user saying so: moves, renames, copies
 // and unzipping refuse an existing target, and only the picture save, after
@@ -66,10 +72,18 @@ public:
 
 signals:
     void filesChanged();
+    // One for every file a rename or move carried from one path to another
+    // (a database's companions too), before filesChanged(). Absolute paths.
+    void fileMoved(const QString &from, const QString &to);
+    // The file went to the trash or was deleted (absolute path), before
+    // filesChanged().
+    void fileRemoved(const QString &path);
     void unzipFinished(bool ok);
 
 private:
     void saveAs(const imaging::Picture *shown);
+    void reportMoves(const QList<fileops::Step> &steps);
+    void reportRemoved(const QString &path);
     QString saveDialogFilter(const QString &extension) const;
 
     AppState &m_state;

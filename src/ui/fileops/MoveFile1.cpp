@@ -48,6 +48,7 @@ void MoveFile1::okClicked()
         reject();
         return;
     }
+    m_doneSteps = plan.steps;
     for (const fileops::Step &step : plan.steps) {
         if (step.from == source)
             m_movedPath = step.to;

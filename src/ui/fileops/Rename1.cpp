@@ -68,6 +68,7 @@ void Rename1::okClicked()
         fillFileList();
         return;
     }
+    m_doneSteps = plan.steps;
     m_renamedPath = plan.steps.constFirst().to;
     for (const fileops::Step &step : plan.steps) {
         if (step.from == QFileInfo(m_path).absoluteFilePath())

@@ -91,9 +91,70 @@ QWidget *ChildFrm1::outerWindow() const
 
 FileCommands *ChildFrm1::fileCommands()
 {
-    if (!m_fileCommands)
+    if (!m_fileCommands) {
         m_fileCommands = new FileCommands(m_state, m_services, this);
+        // What this window's commands do on disk reaches every window that
+        // shows the files, and the browser's lists.
+        connect(m_fileCommands, &FileCommands::fileMoved, this, [this](const QString &from, const QString &to) {
+            if (MDIForm1 *f = frame())
+                f->followMovedFile(from, to);
+            else if (from == QFileInfo(m_path).absoluteFilePath())
+                fileMovedTo(to);
+        });
+        connect(m_fileCommands, &FileCommands::fileRemoved, this, [this](const QString &path) {
+            if (MDIForm1 *f = frame())
+                f->noteRemovedFile(path);
+            else if (path == QFileInfo(m_path).absoluteFilePath())
+                fileRemoved();
+        });
+        connect(m_fileCommands, &FileCommands::filesChanged, this, [this] {
+            if (MDIForm1 *f = frame())
+                emit f->filesChanged();
+        });
+    }
     return m_fileCommands;
+}
+
+void ChildFrm1::fileMovedTo(const QString &path)
+{
+    m_path = path;
+    m_extension = catalogue::GetFileExt(path);
+    m_fileRemoved = false;
+    m_document->setPath(path);
+    setWindowTitle(viewer::saveAsFileName(path));
+    if (MDIForm1 *f = frame(); f && f->activeDocumentWidget() == this)
+        applyActivation();
+}
+
+void ChildFrm1::fileRemoved()
+{
+    if (m_fileRemoved)
+        return;
+    m_fileRemoved = true;
+    setWindowTitle(viewer::saveAsFileName(m_path) + QStringLiteral(" - File Deleted"));
+    if (MDIForm1 *f = frame(); f && f->activeDocumentWidget() == this)
+        applyActivation();
+}
+
+bool ChildFrm1::fileStillThere()
+{
+    if (viewer::isInternetAddress(m_path))
+        return true;
+    if (!m_fileRemoved && QFileInfo(m_path).isFile())
+        return true;
+    // Deleted here, or by another program since the window opened it.
+    fileRemoved();
+    if (QWidget *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
+        sub->setWindowTitle(windowTitle());
+    m_services.messages.inform(QStringLiteral("The File has been Deleted - ") + m_path, this);
+    return false;
+}
+
+void ChildFrm1::fileWritten(const QString &path)
+{
+    Q_UNUSED(path)
+    if (MDIForm1 *f = frame())
+        emit f->filesChanged();
 }
 
 bool ChildFrm1::event(QEvent *event)
@@ -133,15 +194,26 @@ void ChildFrm1::loadDocument()
 void ChildFrm1::onLoaded()
 {
     m_view->showDocument();
-    if (MDIForm1 *f = frame(); f && f->activeDocumentWidget() == this)
-        applyActivation();
+    if (MDIForm1 *f = frame()) {
+        // The window has its size now; all of it belongs in sight.
+        f->keepInsideArea(this);
+        if (f->activeDocumentWidget() == this)
+            applyActivation();
+    }
     emit documentShown();
 }
 
 void ChildFrm1::onLoadFailed(const QString &error)
 {
     m_view->showFailure(error);
+    if (MDIForm1 *f = frame(); f && f->activeDocumentWidget() == this)
+        f->refreshCommandState();
     emit documentShown();
+}
+
+bool ChildFrm1::showsNothing() const
+{
+    return m_document->loadingState() == viewer::Document::LoadingState::Failed;
 }
 
 // ---------------------------------------------------------------- the Internet
@@ -245,6 +317,8 @@ void ChildFrm1::mnuFileSaveAs_Click()
 void ChildFrm1::copyFileAs()
 {
     // Documents and tables are copied under the new name.
+    if (!fileStillThere())
+        return;
     m_state.currentFile = m_path;
     fileCommands()->SaveFileAs();
 }
@@ -262,7 +336,7 @@ bool ChildFrm1::offerSaveBeforeHandOver()
 
 void ChildFrm1::mnuFileRename_Click()
 {
-    if (!offerSaveBeforeHandOver())
+    if (!fileStillThere() || !offerSaveBeforeHandOver())
         return;
     m_state.currentFile = m_path;
     fileCommands()->RenameFile(m_path);
@@ -270,7 +344,7 @@ void ChildFrm1::mnuFileRename_Click()
 
 void ChildFrm1::mnuFileMove_Click()
 {
-    if (!offerSaveBeforeHandOver())
+    if (!fileStillThere() || !offerSaveBeforeHandOver())
         return;
     m_state.currentFile = m_path;
     fileCommands()->MoveFile(m_path, m_extension);
@@ -278,12 +352,16 @@ void ChildFrm1::mnuFileMove_Click()
 
 void ChildFrm1::mnuFileDelete_Click()
 {
+    if (!fileStillThere())
+        return;
     m_state.currentFile = m_path;
     fileCommands()->DeleteFile(m_path);
 }
 
 void ChildFrm1::mnuFileOLE_Click()
 {
+    if (!fileStillThere())
+        return;
     // Let go of the file first so that the other program may open it.
     m_view->releaseFile(m_state.programFile(QStringLiteral("Close.Txt")));
     m_state.currentFile = m_path;

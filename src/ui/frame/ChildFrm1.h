@@ -40,6 +40,11 @@ public:
     qint16 NUMINDEXES() const override { return m_view ? m_view->indexCount() : 0; }
     bool SHUTOFFCLICK_FLG() const override { return m_shutOffClick; }
     QString filePath() const override { return m_path; }
+    void fileMovedTo(const QString &path) override;
+    void fileRemoved() override;
+    // True once the shown file is known to be gone from disk.
+    bool isFileRemoved() const { return m_fileRemoved; }
+    bool showsNothing() const override;
 
 #define TARNBY_OVERRIDE_OPERATION(op, name) void name() override;
     TARNBY_DOCUMENT_OPERATIONS(TARNBY_OVERRIDE_OPERATION)
@@ -82,11 +87,15 @@ private:
     void setFrameCheck(const QString &key, bool checked) override;
     void setFrameEnabled(const QString &key, bool enabled) override;
     void copyFileAs() override;
+    void fileWritten(const QString &path) override;
 
     void loadDocument();
     void onLoaded();
     void onLoadFailed(const QString &error);
     void notYetAvailable(const QString &what);
+    // Before a command acts on the shown file: true when it is there; else
+    // the window takes note that it is gone and says so.
+    bool fileStillThere();
     void connectToFrame();
     MDIForm1 *frame() const;
     FileCommands *fileCommands();
@@ -101,6 +110,7 @@ private:
     // resulting click must not run the operation again.
     bool m_toolbarGuard = false;
     bool m_closing = false;
+    bool m_fileRemoved = false;
 
     viewer::Document *m_document = nullptr;
     DocumentView *m_view = nullptr;

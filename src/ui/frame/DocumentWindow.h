@@ -54,6 +54,15 @@ public:
     virtual bool SHUTOFFCLICK_FLG() const = 0;
     // The path of the file shown.
     virtual QString filePath() const = 0;
+    // The file shown was renamed or moved to path (by this window or any
+    // other): the window shows and acts on it there from now on.
+    virtual void fileMovedTo(const QString &path) { Q_UNUSED(path) }
+    // The file shown was deleted: the window says so, and its file commands
+    // no longer act on it.
+    virtual void fileRemoved() {}
+    // True when the file could not be shown: the window is open but empty,
+    // and the commands of its kind have nothing to work on.
+    virtual bool showsNothing() const { return false; }
 
 #define TARNBY_DECLARE_OPERATION(op, name) virtual void name() = 0;
     TARNBY_DOCUMENT_OPERATIONS(TARNBY_DECLARE_OPERATION)

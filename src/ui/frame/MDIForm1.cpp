@@ -3,12 +3,14 @@
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
 #include "core/catalogue/FileCatalogue.h"
+#include "ui/fileops/FileCommands.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/frame/DocumentWindow.h"
 #include "ui/services/UiServices.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFileInfo>
 #include <QIcon>
 #include <QLabel>
@@ -18,6 +20,8 @@
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QToolBar>
+
+#include <algorithm>
 
 namespace tarnby::ui {
 
@@ -158,7 +162,7 @@ void MDIForm1::runFrameAction(FrameAction action, const QString &caption)
         emit browserCommand(BrowserAction::ApplicationOptions);
         return;
     case FrameAction::Cascade:
-        m_area->cascadeSubWindows();
+        cascadeWindows();
         return;
     case FrameAction::TileHorizontally:
     case FrameAction::TileVertically: {
@@ -235,16 +239,87 @@ QWidget *MDIForm1::NewWindowFile(const QString &path, viewer::DocumentKind kind)
 QWidget *MDIForm1::addDocumentWindow(QWidget *window, const QString &caption)
 {
     Q_ASSERT(dynamic_cast<DocumentWindow *>(window));
+    // The new window comes in the state of the one the user works in:
+    // maximised after a maximised one, else as a window of its own size.
+    const QMdiSubWindow *previous = currentSubWindow();
+    const bool maximized = previous && previous->isMaximized();
     window->setAttribute(Qt::WA_DeleteOnClose);
     QMdiSubWindow *sub = m_area->addSubWindow(window);
     sub->setAttribute(Qt::WA_DeleteOnClose);
     sub->setWindowTitle(caption);
     connect(sub, &QObject::destroyed, this, &MDIForm1::onSubWindowClosed, Qt::QueuedConnection);
-    sub->show();
+    if (maximized)
+        sub->showMaximized();
+    else
+        sub->show();
     m_area->setActiveSubWindow(sub);
+    // In front of the others, even where the area has no active window (a
+    // frame not yet shown).
+    sub->raise();
+    keepInsideArea(window);
     refreshCommandState();
     AddToWindowList();
     return window;
+}
+
+QMdiSubWindow *MDIForm1::currentSubWindow() const
+{
+    if (QMdiSubWindow *sub = m_area->activeSubWindow())
+        return sub;
+    const QList<QMdiSubWindow *> list = m_area->subWindowList(QMdiArea::StackingOrder);
+    return list.isEmpty() ? nullptr : list.constLast();
+}
+
+void MDIForm1::keepInsideArea(QWidget *window)
+{
+    auto *sub = qobject_cast<QMdiSubWindow *>(window ? window->parentWidget() : nullptr);
+    if (!sub || sub->isMaximized() || sub->isMinimized())
+        return;
+    const QRect area = m_area->viewport()->rect();
+    if (area.isEmpty())
+        return;
+    QRect place = sub->geometry();
+    place.setSize(place.size().boundedTo(area.size()));
+    place.moveLeft(qBound(area.left(), place.left(), area.right() + 1 - place.width()));
+    place.moveTop(qBound(area.top(), place.top(), area.bottom() + 1 - place.height()));
+    if (place != sub->geometry())
+        sub->setGeometry(place);
+}
+
+void MDIForm1::cascadeWindows()
+{
+    // QMdiArea's own cascade gives each window its size hint, which for a
+    // document window is hardly more than its title bar.
+    const QList<QMdiSubWindow *> windows = m_area->subWindowList(QMdiArea::StackingOrder);
+    const QRect area = m_area->viewport()->rect();
+    if (windows.isEmpty() || area.isEmpty())
+        return;
+    QMdiSubWindow *active = currentSubWindow();
+    // One step is the height of the title bar: where the inner widget begins.
+    int step = 0;
+    for (QMdiSubWindow *w : windows)
+        step = std::max(step, w->widget() ? w->widget()->y() : 0);
+    step = std::max(step, 16);
+    const QSize smallest(std::min(200, area.width()), std::min(3 * step, area.height()));
+    QPoint at = area.topLeft();
+    for (QMdiSubWindow *w : windows) {
+        w->showNormal();
+        // A window too small to show anything gets two thirds of the area.
+        QSize size = w->size();
+        if (size.width() < smallest.width() || size.height() < smallest.height())
+            size = area.size() * 2 / 3;
+        // Start again at the corner once the steps leave too little room.
+        if (at.x() + smallest.width() > area.right() + 1 || at.y() + smallest.height() > area.bottom() + 1)
+            at = area.topLeft();
+        size = size.boundedTo(QSize(area.right() + 1 - at.x(), area.bottom() + 1 - at.y()));
+        w->setGeometry(QRect(at, size));
+        w->raise();
+        at += QPoint(step, step);
+    }
+    if (active) {
+        active->raise();
+        m_area->setActiveSubWindow(active);
+    }
 }
 
 void MDIForm1::onSubWindowClosed()
@@ -309,7 +384,13 @@ void MDIForm1::refreshCommandState()
         return;
     }
     const QString kind = doc->FILE_TYPE();
-    if (kind == QLatin1String("T"))
+    if (doc->showsNothing()) {
+        // An empty window keeps its file commands, but there is nothing to
+        // view, edit, copy or save.
+        EnableTextButtons();
+        for (QLatin1String key : {commands::keys::SaveBtn, commands::keys::mnuSaveFileAs, commands::keys::CopyBtn})
+            m_bar->setEnabled(QLatin1String(key), false);
+    } else if (kind == QLatin1String("T"))
         EnableTextButtons();
     else if (kind == QLatin1String("D"))
         EnableDataButtons(doc->NUMINDEXES());
@@ -385,6 +466,53 @@ QList<QWidget *> MDIForm1::documentWidgets() const
     for (QMdiSubWindow *w : m_area->subWindowList())
         list << w->widget();
     return list;
+}
+
+namespace {
+
+bool samePath(const QString &a, const QString &b)
+{
+    return QDir::cleanPath(QFileInfo(a).absoluteFilePath()) == QDir::cleanPath(QFileInfo(b).absoluteFilePath());
+}
+
+} // namespace
+
+void MDIForm1::followMovedFile(const QString &from, const QString &to)
+{
+    bool any = false;
+    for (QMdiSubWindow *sub : m_area->subWindowList()) {
+        auto *doc = dynamic_cast<DocumentWindow *>(sub->widget());
+        if (!doc || !samePath(doc->filePath(), from))
+            continue;
+        doc->fileMovedTo(to);
+        sub->setWindowTitle(sub->widget()->windowTitle());
+        any = true;
+    }
+    if (!any)
+        return;
+    refreshCommandState();
+    AddToWindowList();
+}
+
+void MDIForm1::noteRemovedFile(const QString &path)
+{
+    bool any = false;
+    for (QMdiSubWindow *sub : m_area->subWindowList()) {
+        auto *doc = dynamic_cast<DocumentWindow *>(sub->widget());
+        if (!doc || !samePath(doc->filePath(), path))
+            continue;
+        doc->fileRemoved();
+        sub->setWindowTitle(sub->widget()->windowTitle());
+        any = true;
+    }
+    if (any)
+        AddToWindowList();
+}
+
+void MDIForm1::followFileCommands(FileCommands *commands)
+{
+    connect(commands, &FileCommands::fileMoved, this, &MDIForm1::followMovedFile);
+    connect(commands, &FileCommands::fileRemoved, this, &MDIForm1::noteRemovedFile);
 }
 
 void MDIForm1::setStatusPanels(const QString &first, const QString &second, const QString &third)

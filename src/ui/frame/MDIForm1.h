@@ -20,6 +20,7 @@ namespace tarnby::ui {
 
 class CommandBar;
 class DocumentWindow;
+class FileCommands;
 struct UiServices;
 
 // The viewing frame: hosts one document window per opened file, keeps the
@@ -47,6 +48,14 @@ public:
     // Adds a ready-made document window (a widget implementing DocumentWindow).
     QWidget *addDocumentWindow(QWidget *window, const QString &caption);
     void setDocumentFactory(DocumentFactory factory) { m_factory = std::move(factory); }
+    // Moves (and if need be shrinks) the subwindow of a document window so
+    // that it lies wholly inside the frame's client area; a maximised one is
+    // left alone. Document windows call it after sizing themselves.
+    void keepInsideArea(QWidget *window);
+    // Window > Cascade: every window steps down and right by a title bar from
+    // the top left corner, keeping its size as far as the area allows; the
+    // active window ends in front.
+    void cascadeWindows();
 
     void SetMDIWinSize();
     void DisableButtons();
@@ -67,6 +76,15 @@ public:
     QMenu *windowMenu() const { return m_windowMenu; }
     QMdiArea *mdiArea() const { return m_area; }
 
+    // The windows that show a file follow what happens to it on disk: a
+    // window whose file was renamed or moved takes the new path and caption,
+    // a window whose file was deleted says so. Paths are compared absolute.
+    void followMovedFile(const QString &from, const QString &to);
+    void noteRemovedFile(const QString &path);
+    // Lets the windows follow the moves and deletes of commands (the
+    // browser's; each document window connects its own).
+    void followFileCommands(FileCommands *commands);
+
     // The three panels of the status bar.
     void setStatusPanels(const QString &first, const QString &second, const QString &third);
     QString statusPanel(int index) const;
@@ -79,11 +97,15 @@ signals:
     // it (through NewWindowFile when it is a document).
     void openFileRequested(const QString &path);
     void returnToBrowserRequested();
+    // A command of a document window changed files on disk (renamed, moved,
+    // deleted, saved or copied one); the browser refreshes its lists.
+    void filesChanged();
 
 private:
     void runFrameAction(commands::FrameAction action, const QString &caption);
     void openWithOwnDialog();
     void onSubWindowClosed();
+    QMdiSubWindow *currentSubWindow() const;
 
     AppState &m_state;
     UiServices &m_services;

@@ -2,6 +2,7 @@
 
 #include "core/app/AppState.h"
 #include "core/catalogue/FileCatalogue.h"
+#include "core/platform/media/MediaRoutes.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/WindowColorsApplier.h"
 #include "ui/tools/HelpWindow.h"
@@ -15,9 +16,13 @@
 #include <QMediaPlayer>
 #include <QPointer>
 #include <QPushButton>
+#include <QSlider>
+#include <QStackedWidget>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QVideoWidget>
+
+#include <algorithm>
 
 namespace tarnby::ui {
 
@@ -134,13 +139,46 @@ AudioVideo1::AudioVideo1(AppState &state, UiServices &services, QWidget *parent)
     m_frame = new QFrame(this);
     m_frame->setObjectName(QStringLiteral("Frame1"));
     m_frame->setFrameShape(QFrame::StyledPanel);
-    m_video = new QVideoWidget(m_frame);
+    // The screen shows the video, or, for a file without one, a picture of
+    // its own: a bare video surface would show whatever was on the screen
+    // before.
+    m_screen = new QStackedWidget(m_frame);
+    m_screen->setMinimumSize(320, 240);
+    m_video = new QVideoWidget(m_screen);
     m_video->setObjectName(QStringLiteral("ActiveMovie1"));
     m_video->setToolTip(QStringLiteral("Microsoft Audio/Video Media Player"));
-    m_video->setMinimumSize(320, 240);
+    m_noVideo = new QLabel(m_screen);
+    m_noVideo->setObjectName(QStringLiteral("NoVideo"));
+    m_noVideo->setAlignment(Qt::AlignCenter);
+    m_noVideo->setWordWrap(true);
+    m_noVideo->setAutoFillBackground(true);
+    QPalette dark = m_noVideo->palette();
+    dark.setColor(QPalette::Window, QColor(24, 24, 32));
+    dark.setColor(QPalette::WindowText, QColor(230, 230, 230));
+    m_noVideo->setPalette(dark);
+    QFont big = m_noVideo->font();
+    big.setPointSizeF(big.pointSizeF() * 1.4);
+    m_noVideo->setFont(big);
+    m_screen->addWidget(m_noVideo);
+    m_screen->addWidget(m_video);
+    m_screen->setCurrentWidget(m_noVideo);
+
+    m_slider = new QSlider(Qt::Horizontal, m_frame);
+    m_slider->setObjectName(QStringLiteral("SldPosition"));
+    m_slider->setToolTip(QStringLiteral("Position in the File; drag to move"));
+    m_slider->setEnabled(false);
+    m_position = new QLabel(m_frame);
+    m_position->setObjectName(QStringLiteral("LblPosition"));
+    m_position->setMinimumWidth(110);
+    m_position->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    auto *positionRow = new QHBoxLayout;
+    positionRow->addWidget(m_slider, 1);
+    positionRow->addWidget(m_position);
+
     m_mci = new MultimediaControl(m_frame);
     auto *frameLayout = new QVBoxLayout(m_frame);
-    frameLayout->addWidget(m_video, 1);
+    frameLayout->addWidget(m_screen, 1);
+    frameLayout->addLayout(positionRow);
     frameLayout->addWidget(m_mci);
 
     m_label = new QLabel(this);
@@ -200,6 +238,11 @@ AudioVideo1::AudioVideo1(AppState &state, UiServices &services, QWidget *parent)
             break;
         }
     });
+    connect(m_player, &QMediaPlayer::positionChanged, this, &AudioVideo1::updatePosition);
+    connect(m_player, &QMediaPlayer::durationChanged, this, &AudioVideo1::updatePosition);
+    connect(m_player, &QMediaPlayer::hasVideoChanged, this, &AudioVideo1::showVideo);
+    connect(m_slider, &QSlider::sliderMoved, this, [this](int seconds) { m_player->setPosition(qint64(seconds) * 1000); });
+    updatePosition();
     connect(m_mci, &MultimediaControl::failed, this, [this](const QString &reason) {
         m_services.messages.inform(QStringLiteral("Cannot Play File - ") + m_path + QStringLiteral(" - ") + reason, this);
     });
@@ -207,6 +250,35 @@ AudioVideo1::AudioVideo1(AppState &state, UiServices &services, QWidget *parent)
     connect(ok, &QPushButton::clicked, this, &AudioVideo1::playAgain);
     connect(cancel, &QPushButton::clicked, this, &AudioVideo1::stopAndClose);
     connect(help, &QPushButton::clicked, this, [this] { showHelpContents(m_state.helpFolder(), this); });
+}
+
+QString AudioVideo1::positionText() const
+{
+    return m_position->text();
+}
+
+bool AudioVideo1::showsNoVideoPicture() const
+{
+    return m_screen->currentWidget() == m_noVideo;
+}
+
+void AudioVideo1::updatePosition()
+{
+    const qint64 duration = m_player->duration();
+    const qint64 position = m_player->position();
+    m_position->setText(media::formatPlayTime(position) + QStringLiteral(" / ")
+                        + media::formatPlayTime(duration > 0 ? duration : -1));
+    const bool known = duration > 0 && m_player->isSeekable();
+    m_slider->setEnabled(known);
+    if (!m_slider->isSliderDown()) {
+        m_slider->setRange(0, int(std::max<qint64>(0, duration / 1000)));
+        m_slider->setValue(int(position / 1000));
+    }
+}
+
+void AudioVideo1::showVideo(bool video)
+{
+    m_screen->setCurrentWidget(video ? static_cast<QWidget *>(m_video) : m_noVideo);
 }
 
 AudioVideo1::~AudioVideo1()
@@ -227,7 +299,7 @@ void AudioVideo1::openAndPlay(const QString &path)
     setWindowTitle(QStringLiteral("Play - ") + QFileInfo(path).fileName());
 
     if (m_extension == QLatin1String("CDA")) {
-        m_video->hide();
+        m_screen->hide();
         m_mci->show();
         m_mci->command(QStringLiteral("Close"));
         m_mci->setDeviceType(QStringLiteral("CDAudio"));
@@ -252,7 +324,7 @@ void AudioVideo1::openAndPlay(const QString &path)
     }
 
     m_mci->hide();
-    m_video->show();
+    m_screen->show();
     m_list = media::readPlaylist(path);
     if (!m_list.errorString.isEmpty()) {
         m_services.messages.inform(QStringLiteral("Cannot Play File - ") + path + QStringLiteral(" - ")
@@ -275,6 +347,8 @@ void AudioVideo1::playItem(int index)
     m_itemReported = false;
     const media::PlayItem &item = m_list.items.at(index);
     m_label->setText(item.title.isEmpty() ? QFileInfo(item.location).fileName() : item.title);
+    m_noVideo->setText(m_label->text());
+    showVideo(false);
     // The backend opens files on this thread: a pipe or a device would block
     // it for good, and a folder cannot play anyway.
     const QFileInfo local(item.location);
@@ -323,8 +397,11 @@ void AudioVideo1::itemFailed(const QString &reason)
     m_player->stop();
     const QString location = m_list.items.at(m_current).location;
     QPointer<AudioVideo1> self(this);
+    // GStreamer's own words say little ("Internal data stream error"): add
+    // what is missing for the file's kind and what the file is.
+    const QString why = media::unplayableReason(location, reason, media::missingForMidi());
     m_services.messages.inform(QStringLiteral("Cannot Play File - ") + location
-                                   + (reason.isEmpty() ? QString() : QStringLiteral(" - ") + reason),
+                                   + (why.isEmpty() ? QString() : QStringLiteral(" - ") + why),
                                this);
     // The window may have been closed while the message was up.
     if (self && m_current >= 0)

@@ -15,6 +15,8 @@ class QFrame;
 class QLabel;
 class QMediaPlayer;
 class QPushButton;
+class QSlider;
+class QStackedWidget;
 class QTimer;
 class QVideoWidget;
 
@@ -99,6 +101,11 @@ public:
     const media::Playlist &playlist() const { return m_list; }
     int currentItem() const { return m_current; }
     void setLoadTimeout(int ms) { m_loadTimeoutMs = ms; }
+    // Position and length of what plays, "m:ss / m:ss" (LblPosition).
+    QString positionText() const;
+    // True while the painted picture stands where the video would be: the
+    // file has no video (sound, music), or none has arrived yet.
+    bool showsNoVideoPicture() const;
 
     void done(int result) override;
 
@@ -112,6 +119,8 @@ private:
     void nextItem();
     void stopAll();
     void showHelp();
+    void updatePosition();
+    void showVideo(bool video);
 
     AppState &m_state;
     UiServices &m_services;
@@ -124,6 +133,10 @@ private:
 
     QFrame *m_frame = nullptr;
     QVideoWidget *m_video = nullptr;
+    QStackedWidget *m_screen = nullptr; // the video, or the painted picture without one
+    QLabel *m_noVideo = nullptr;
+    QLabel *m_position = nullptr;
+    QSlider *m_slider = nullptr;
     MultimediaControl *m_mci = nullptr;
     QLabel *m_label = nullptr;
     QMediaPlayer *m_player = nullptr;

@@ -3,6 +3,11 @@
 #include "core/catalogue/FileCatalogue.h"
 
 #include <QColorDialog>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSpinBox>
 #include <QFileDialog>
 #include <QFontDialog>
 
@@ -31,10 +36,47 @@ DialogAnswer DialogService::run(const DialogRequest &request, QWidget *parent)
             dialog.setDefaultSuffix(request.defaultSuffix);
         if (!request.fileName.isEmpty())
             dialog.selectFile(request.fileName);
+        // A picture's depth and quality are chosen in the same dialog, below
+        // the file name.
+        QComboBox *bits = nullptr;
+        QSpinBox *quality = nullptr;
+        if (request.kind == DialogKind::SaveFile && (!request.bitsPerPixelChoices.isEmpty() || request.offerQuality)) {
+            dialog.setOption(QFileDialog::DontUseNativeDialog);
+            if (auto *grid = qobject_cast<QGridLayout *>(dialog.layout())) {
+                auto *row = new QHBoxLayout;
+                if (!request.bitsPerPixelChoices.isEmpty()) {
+                    bits = new QComboBox(&dialog);
+                    bits->setObjectName(QStringLiteral("CMBBITS"));
+                    for (int depth : request.bitsPerPixelChoices)
+                        bits->addItem(QString::number(depth), depth);
+                    bits->setCurrentIndex(std::max<int>(0, bits->findData(request.bitsPerPixel)));
+                    auto *label = new QLabel(QStringLiteral("Bits per Pixel:"), &dialog);
+                    label->setBuddy(bits);
+                    row->addWidget(label);
+                    row->addWidget(bits);
+                }
+                if (request.offerQuality) {
+                    quality = new QSpinBox(&dialog);
+                    quality->setObjectName(QStringLiteral("TxtQuality"));
+                    quality->setRange(1, 100);
+                    quality->setValue(request.quality > 0 ? request.quality : 75);
+                    quality->setToolTip(QStringLiteral("Lower values give smaller files of lower quality"));
+                    auto *label = new QLabel(QStringLiteral("Quality:"), &dialog);
+                    label->setBuddy(quality);
+                    row->addSpacing(12);
+                    row->addWidget(label);
+                    row->addWidget(quality);
+                }
+                row->addStretch(1);
+                grid->addLayout(row, grid->rowCount(), 0, 1, grid->columnCount());
+            }
+        }
         if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty()) {
             answer.accepted = true;
             answer.path = dialog.selectedFiles().constFirst();
             answer.filterIndex = std::max<qsizetype>(0, filters.indexOf(dialog.selectedNameFilter()));
+            answer.bitsPerPixel = bits ? bits->currentData().toInt() : 0;
+            answer.quality = quality ? quality->value() : 0;
         }
         break;
     }

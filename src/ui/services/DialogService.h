@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QList>
 #include <QString>
 
 #include <functional>
@@ -22,6 +23,12 @@ struct DialogRequest {
     int filterIndex = 0;
     QString defaultSuffix;
     bool confirmOverwrite = true;
+    // Saving a picture: the bits per pixel to offer (none: no choice) and
+    // the one preset, and whether a quality (1 to 100) is asked, preset.
+    QList<int> bitsPerPixelChoices;
+    int bitsPerPixel = 0;
+    bool offerQuality = false;
+    int quality = 0;
     QColor color;
     QFont font;
 };
@@ -30,6 +37,8 @@ struct DialogAnswer {
     bool accepted = false;
     QString path;       // file and folder dialogs
     int filterIndex = 0; // the filter chosen, counting from 0
+    int bitsPerPixel = 0; // picture saves: the depth chosen (0: the picture's own)
+    int quality = 0;      // picture saves: the quality chosen (0: the format's default)
     QColor color;
     QFont font;
 };

@@ -73,6 +73,8 @@ void DocumentView::addShapes() { notYetAvailable(QStringLiteral("Adding shapes t
 void DocumentView::placeTextWindow()
 {
     QWidget *outer = m_host.outerWindow();
+    if (outer->isMaximized())
+        return;
     const double dpiX = logicalDpiX();
     const double dpiY = logicalDpiY();
     // A window standing alone keeps its place; in the frame it goes to the

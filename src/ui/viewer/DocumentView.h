@@ -30,6 +30,8 @@ public:
     virtual void setFrameEnabled(const QString &key, bool enabled) = 0;
     // Copies the shown file under a name the user chooses.
     virtual void copyFileAs() = 0;
+    // The view wrote a file at path (a picture saved under a new name).
+    virtual void fileWritten(const QString &path) = 0;
 
 protected:
     ~DocumentViewHost() = default;

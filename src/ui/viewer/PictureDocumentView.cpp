@@ -4,6 +4,7 @@
 #include "core/catalogue/FileCatalogue.h"
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
+#include "core/viewer/SaveChoices.h"
 #include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
@@ -48,6 +49,14 @@ PictureDocumentView::PictureDocumentView(viewer::Document &document, UiServices 
     (new QVBoxLayout(m_frame3))->addWidget(label1);
     m_frame3->hide();
 
+    m_loadError = new QLabel(this);
+    m_loadError->setObjectName(QStringLiteral("LoadError"));
+    m_loadError->setAlignment(Qt::AlignCenter);
+    m_loadError->setWordWrap(true);
+    m_loadError->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_loadError->setMargin(12);
+    m_loadError->hide();
+
     // The window's own keys, not the frame's command tables.
     auto *undoKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z), this, this, &PictureDocumentView::undo);
     undoKey->setContext(Qt::WidgetWithChildrenShortcut);
@@ -81,8 +90,14 @@ void PictureDocumentView::showDocument()
 
 void PictureDocumentView::showFailure(const QString &error)
 {
-    Q_UNUSED(error)
     endInternetWait();
+    // The window stays open; its body says what went wrong, so that the user
+    // still knows once the message box is gone.
+    m_image->hide();
+    m_loadError->setText(QStringLiteral("Error Loading Picture - ") + viewer::saveAsFileName(document().path())
+                         + QStringLiteral("\n\n") + error);
+    m_loadError->setGeometry(rect());
+    m_loadError->show();
     services().messages.inform(QStringLiteral("Error Loading Picture"), this);
 }
 
@@ -111,6 +126,7 @@ void PictureDocumentView::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
     m_image->setGeometry(rect());
+    m_loadError->setGeometry(rect());
     placeWaitNotice();
 }
 
@@ -127,6 +143,9 @@ void PictureDocumentView::sizeToPicture()
     if (picture.isEmpty())
         return;
     QWidget *outer = host().outerWindow();
+    // A window that opened maximised, as the one before it was, stays so.
+    if (outer->isMaximized())
+        return;
     QWidget *window = parentWidget() ? parentWidget() : this;
     const double dpiX = logicalDpiX();
     const double dpiY = logicalDpiY();
@@ -429,15 +448,24 @@ void PictureDocumentView::saveAs()
     request.defaultSuffix = extension;
     request.fileName = name;
     request.directory = viewer::isInternetAddress(path) ? QDir::currentPath() : QFileInfo(path).absolutePath();
+    const viewer::PictureSaveChoices choices =
+        viewer::saveChoicesFor(extension, document().picture().info.bitsPerPixel, path);
+    request.bitsPerPixelChoices = choices.depths;
+    request.bitsPerPixel = choices.depth;
+    request.offerQuality = choices.hasQuality;
+    request.quality = choices.quality;
     const DialogAnswer answer = services().dialogs.run(request, this);
     if (!answer.accepted || answer.path.isEmpty())
         return;
     const int formatCode = catalogue::GetSaveFormatCode(catalogue::GetFileExt(answer.path));
-    const imaging::SaveResult result = formatCode == 0
-                                           ? imaging::SaveResult{false, QStringLiteral("No picture format")}
-                                           : document().savePicture(answer.path, formatCode, 0, 0);
-    if (!result.ok)
+    const imaging::SaveResult result =
+        formatCode == 0 ? imaging::SaveResult{false, QStringLiteral("No picture format")}
+                        : document().savePicture(answer.path, formatCode, answer.bitsPerPixel, answer.quality);
+    if (!result.ok) {
         services().messages.inform(QStringLiteral("Error Saving File - ") + answer.path, this);
+        return;
+    }
+    host().fileWritten(answer.path);
 }
 
 } // namespace tarnby::ui

@@ -6,6 +6,7 @@
 #include "ui/viewer/DocumentView.h"
 
 class QFrame;
+class QLabel;
 class QTimer;
 
 namespace tarnby::viewer {
@@ -31,6 +32,9 @@ public:
     ~PictureDocumentView() override;
 
     PictureView *pictureView() const { return m_image; }
+    // The notice inside the window when the picture could not be loaded
+    // (object name "LoadError"); hidden otherwise.
+    QLabel *loadErrorLabel() const { return m_loadError; }
     // Made when first shown.
     PanWindow *panWindow() const { return m_pan; }
     const viewer::ViewModes &viewModes() const { return m_modes; }
@@ -104,6 +108,7 @@ private:
     edit::EditHistory m_history;
 
     PictureView *m_image = nullptr;
+    QLabel *m_loadError = nullptr;
     PanWindow *m_pan = nullptr;
     QFrame *m_frame3 = nullptr;
     QTimer *m_timer = nullptr;

@@ -520,9 +520,15 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
     // Icons and cursors are always written with 32 bits and their alpha: a
     // palette conversion would only lose the transparency on the way.
     const bool keepsOwnDepth = format->code == 91 || format->code == 92;
+    // JPEG holds 8 bits only as grey; a palette would be written as colour.
+    const bool greyJpeg = bpp == 8 && format->writer == Route::Qt && qstrcmp(format->writeName, "jpeg") == 0;
     QList<QImage> frames;
-    for (const PictureFrame &frame : picture.frames)
-        frames << (keepsOwnDepth ? frame.image : convertForDepth(frame.image, bpp));
+    for (const PictureFrame &frame : picture.frames) {
+        if (greyJpeg)
+            frames << frame.image.convertToFormat(QImage::Format_Grayscale8);
+        else
+            frames << (keepsOwnDepth ? frame.image : convertForDepth(frame.image, bpp));
+    }
 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
