@@ -169,6 +169,12 @@ private slots:
         QTest::newRow("deletes a file") << eps("0 0 10 10", "(/tmp/tarnby-eps-probe) deletefile") << false;
         QTest::newRow("absurd bounding box") << eps("0 0 10000000 10000000", "") << true;
         QTest::newRow("no bounding box") << QByteArray("%!PS\n0 0 moveto 10 10 lineto stroke showpage\n") << true;
+        QTest::newRow("raster claimed far over the bound")
+            << eps("0 0 10 10", "%ImageData: 999999999 999999999 8 3 0 1 2 \"image\"") << true;
+        QTest::newRow("raster claimed a pixel wide and a billion high")
+            << eps("0 0 10 10", "%ImageData: 1 999999999 8 3 0 1 2 \"image\"") << true;
+        QTest::newRow("raster of unequal resolutions in a tiny box")
+            << eps("0 0 0.001 10", "%ImageData: 4000 3 8 3 0 1 2 \"image\"") << true;
         QTest::newRow("dos header pointing past the end") << QByteArray("\xC5\xD0\xD3\xC6\x1e\0\0\0\xff\xff\0\0", 12) << false;
     }
     void hostilePostScript()
