@@ -111,7 +111,7 @@ private slots:
         QVERIFY2(result.ok(), qPrintable(result.errorString));
         QCOMPARE(result.picture.info.width, w);
         QCOMPARE(result.picture.info.height, h);
-        QCOMPARE(result.picture.info.colorCount, 1);
+        QCOMPARE(distinctColours(result.picture.image()), 1);
     }
 
     // 200 megapixels, the largest picture promised to load, as a bitmap.
@@ -126,7 +126,7 @@ private slots:
         const LoadResult result = loadPicture(path);
         QVERIFY2(result.ok(), qPrintable(result.errorString));
         QCOMPARE(result.picture.info.bitsPerPixel, 1);
-        QCOMPARE(result.picture.info.colorCount, 2);
+        QCOMPARE(distinctColours(result.picture.image()), 2);
         QVERIFY(qint64(result.picture.info.width) * result.picture.info.height >= 200'000'000);
     }
 

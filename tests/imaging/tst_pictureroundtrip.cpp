@@ -232,6 +232,54 @@ private slots:
         QCOMPARE(largestDifference(loaded.picture.image(), image), 0);
     }
 
+    // The colour count is taken when asked, from the picture as it stands.
+    void distinctColoursByLayout_data()
+    {
+        QTest::addColumn<QImage>("image");
+        QTest::addColumn<qint64>("colours");
+        QImage mono(13, 3, QImage::Format_Mono);
+        mono.setColorTable({qRgb(0, 0, 0), qRgb(255, 255, 255)});
+        mono.fill(0);
+        QTest::newRow("one bit, one value used") << mono << qint64(1);
+        mono.setPixel(12, 2, 1); // in the last, partly used byte
+        QTest::newRow("one bit, both used") << mono << qint64(2);
+        QImage sameTwice = mono;
+        sameTwice.setColorTable({qRgb(9, 9, 9), qRgb(9, 9, 9)});
+        QTest::newRow("one bit, one colour twice in the table") << sameTwice << qint64(1);
+        QImage indexed(10, 10, QImage::Format_Indexed8);
+        indexed.setColorTable({qRgb(1, 2, 3), qRgb(4, 5, 6), qRgb(7, 8, 9), qRgb(1, 2, 3)});
+        indexed.fill(0);
+        indexed.setPixel(5, 5, 3); // the same colour as entry 0
+        indexed.setPixel(6, 5, 1);
+        QTest::newRow("palette entries unused or repeated") << indexed << qint64(2);
+        QImage grey(300, 2, QImage::Format_Grayscale8);
+        for (int x = 0; x < 300; ++x)
+            grey.setPixel(x, 0, qRgb(x % 256, x % 256, x % 256)), grey.setPixel(x, 1, qRgb(0, 0, 0));
+        QTest::newRow("grey") << grey << qint64(256);
+        QImage packed(64, 64, QImage::Format_RGB888);
+        for (int y = 0; y < 64; ++y)
+            for (int x = 0; x < 64; ++x)
+                packed.setPixel(x, y, qRgb(x, y, 0));
+        QTest::newRow("packed 24-bit rows, converted one at a time") << packed << qint64(64 * 64);
+        QImage alpha(2, 1, QImage::Format_ARGB32);
+        alpha.setPixel(0, 0, qRgba(10, 20, 30, 255));
+        alpha.setPixel(1, 0, qRgba(10, 20, 30, 7));
+        QTest::newRow("alpha left aside") << alpha << qint64(1);
+        QTest::newRow("null") << QImage() << qint64(0);
+    }
+    void distinctColoursByLayout()
+    {
+        QFETCH(QImage, image);
+        QFETCH(qint64, colours);
+        QCOMPARE(distinctColours(image), colours);
+        Picture picture;
+        picture.frames = {{image, 0}};
+        const QList<PropertyRow> rows = pictureProperties(picture);
+        QCOMPARE(rows.size(), 9);
+        QCOMPARE(rows.at(1).caption, QStringLiteral("Color Count:"));
+        QCOMPARE(rows.at(1).value, QString::number(colours));
+    }
+
     // Pages survive a save as TIFF.
     void tiffKeepsPages()
     {
@@ -299,7 +347,7 @@ private slots:
         QCOMPARE(loaded.picture.image().size(), QSize(576, 720));
         QCOMPARE(loaded.picture.info.bitsPerPixel, 1);
         QCOMPARE(formatName(loaded.picture.info.formatCode), QStringLiteral("MacPaint File Format"));
-        QCOMPARE(loaded.picture.info.colorCount, 2);
+        QCOMPARE(distinctColours(loaded.picture.image()), 2);
         // Every row where it was written: a set bit is black.
         const QImage image = loaded.picture.image();
         for (int y = 0; y < 720; ++y)
@@ -321,7 +369,7 @@ private slots:
         QVERIFY2(loaded.ok(), qPrintable(loaded.errorString));
         QCOMPARE(loaded.picture.image().size(), QSize(w, h));
         QCOMPARE(formatName(loaded.picture.info.formatCode), QStringLiteral("Dr. Halo Format"));
-        QCOMPARE(loaded.picture.info.colorCount, h); // one value a row
+        QCOMPARE(distinctColours(loaded.picture.image()), h); // one value a row
         QCOMPARE(loaded.picture.image().pixel(0, 7), loaded.picture.image().pixel(w - 1, 7));
     }
 

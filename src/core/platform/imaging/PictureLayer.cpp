@@ -199,86 +199,12 @@ int imageBitsPerPixel(const QImage &image)
     return image.hasAlphaChannel() ? 32 : 24;
 }
 
-qint64 distinctColours(const QImage &image)
-{
-    if ((image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) && image.colorCount() == 2) {
-        // Scanned a byte at a time: a 200-megapixel bitmap is 25 MB.
-        bool zero = false, one = false;
-        const int fullBytes = image.width() / 8;
-        const int rest = image.width() % 8;
-        const uchar restMask = image.format() == QImage::Format_Mono ? uchar(0xFF00 >> rest) : uchar((1 << rest) - 1);
-        for (int y = 0; y < image.height() && !(zero && one); ++y) {
-            const uchar *line = image.constScanLine(y);
-            for (int i = 0; i < fullBytes; ++i) {
-                zero |= line[i] != 0xFF;
-                one |= line[i] != 0x00;
-            }
-            if (rest) {
-                zero |= (line[fullBytes] & restMask) != restMask;
-                one |= (line[fullBytes] & restMask) != 0;
-            }
-        }
-        if (zero && one)
-            return (image.color(0) & 0xFFFFFF) == (image.color(1) & 0xFFFFFF) ? 1 : 2;
-        return 1;
-    }
-    if (image.format() == QImage::Format_Indexed8 || image.format() == QImage::Format_Mono
-        || image.format() == QImage::Format_MonoLSB) {
-        // Colours of the palette that the pixels use.
-        const QImage indexed = image.convertToFormat(QImage::Format_Indexed8);
-        std::vector<bool> used(256, false);
-        for (int y = 0; y < indexed.height(); ++y) {
-            const uchar *line = indexed.constScanLine(y);
-            for (int x = 0; x < indexed.width(); ++x)
-                used[line[x]] = true;
-        }
-        QList<QRgb> colours;
-        const QList<QRgb> table = indexed.colorTable();
-        for (int i = 0; i < 256; ++i) {
-            if (used[size_t(i)] && i < table.size() && !colours.contains(table.at(i) & 0xFFFFFF))
-                colours.append(table.at(i) & 0xFFFFFF);
-        }
-        return colours.size();
-    }
-    if (image.format() == QImage::Format_Grayscale8) {
-        std::vector<bool> used(256, false);
-        for (int y = 0; y < image.height(); ++y) {
-            const uchar *line = image.constScanLine(y);
-            for (int x = 0; x < image.width(); ++x)
-                used[line[x]] = true;
-        }
-        return std::count(used.begin(), used.end(), true);
-    }
-    // One bit for each 24-bit colour: 2 MiB, whatever the picture's size.
-    // Rows in other formats are converted one at a time, so that a picture
-    // of 200 megapixels is not copied whole.
-    const bool direct = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32;
-    std::vector<quint64> seen((1u << 24) / 64, 0);
-    const int width = image.width();
-    const int height = image.height();
-    for (int y = 0; y < height; ++y) {
-        QImage row;
-        if (!direct)
-            row = image.copy(0, y, width, 1).convertToFormat(QImage::Format_ARGB32);
-        const QRgb *line = reinterpret_cast<const QRgb *>(direct ? image.constScanLine(y) : row.constScanLine(0));
-        for (int x = 0; x < width; ++x) {
-            const quint32 c = line[x] & 0xFFFFFF;
-            seen[c >> 6] |= quint64(1) << (c & 63);
-        }
-    }
-    qint64 count = 0;
-    for (const quint64 word : seen)
-        count += std::popcount(word);
-    return count;
-}
-
 PictureInfo describe(const QImage &image, int fileBits, int formatNumber, qint64 sizeOnDisk)
 {
     PictureInfo info;
     info.width = image.width();
     info.height = image.height();
     info.bitsPerPixel = fileBits > 0 ? fileBits : imageBitsPerPixel(image);
-    info.colorCount = distinctColours(image);
     info.formatCode = formatNumber;
     info.sizeOnDisk = sizeOnDisk;
     info.sizeInMemory = (qint64(info.width) * info.bitsPerPixel + 31) / 32 * 4 * info.height;
@@ -380,12 +306,88 @@ QString writeWithOwnCodec(const QImage &image, const PictureFormat &format, int 
 
 } // namespace
 
-QList<PropertyRow> pictureProperties(const PictureInfo &info)
+qint64 distinctColours(const QImage &image)
 {
+    if (image.isNull())
+        return 0;
+    if ((image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) && image.colorCount() == 2) {
+        // Scanned a byte at a time: a 200-megapixel bitmap is 25 MB.
+        bool zero = false, one = false;
+        const int fullBytes = image.width() / 8;
+        const int rest = image.width() % 8;
+        const uchar restMask = image.format() == QImage::Format_Mono ? uchar(0xFF00 >> rest) : uchar((1 << rest) - 1);
+        for (int y = 0; y < image.height() && !(zero && one); ++y) {
+            const uchar *line = image.constScanLine(y);
+            for (int i = 0; i < fullBytes; ++i) {
+                zero |= line[i] != 0xFF;
+                one |= line[i] != 0x00;
+            }
+            if (rest) {
+                zero |= (line[fullBytes] & restMask) != restMask;
+                one |= (line[fullBytes] & restMask) != 0;
+            }
+        }
+        if (zero && one)
+            return (image.color(0) & 0xFFFFFF) == (image.color(1) & 0xFFFFFF) ? 1 : 2;
+        return 1;
+    }
+    if (image.format() == QImage::Format_Indexed8 || image.format() == QImage::Format_Mono
+        || image.format() == QImage::Format_MonoLSB) {
+        // Colours of the palette that the pixels use.
+        const QImage indexed = image.convertToFormat(QImage::Format_Indexed8);
+        std::vector<bool> used(256, false);
+        for (int y = 0; y < indexed.height(); ++y) {
+            const uchar *line = indexed.constScanLine(y);
+            for (int x = 0; x < indexed.width(); ++x)
+                used[line[x]] = true;
+        }
+        QList<QRgb> colours;
+        const QList<QRgb> table = indexed.colorTable();
+        for (int i = 0; i < 256; ++i) {
+            if (used[size_t(i)] && i < table.size() && !colours.contains(table.at(i) & 0xFFFFFF))
+                colours.append(table.at(i) & 0xFFFFFF);
+        }
+        return colours.size();
+    }
+    if (image.format() == QImage::Format_Grayscale8) {
+        std::vector<bool> used(256, false);
+        for (int y = 0; y < image.height(); ++y) {
+            const uchar *line = image.constScanLine(y);
+            for (int x = 0; x < image.width(); ++x)
+                used[line[x]] = true;
+        }
+        return std::count(used.begin(), used.end(), true);
+    }
+    // One bit for each 24-bit colour: 2 MiB, whatever the picture's size.
+    // Rows in other formats are converted one at a time, so that a picture
+    // of 200 megapixels is not copied whole.
+    const bool direct = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32;
+    std::vector<quint64> seen((1u << 24) / 64, 0);
+    const int width = image.width();
+    const int height = image.height();
+    for (int y = 0; y < height; ++y) {
+        QImage row;
+        if (!direct)
+            row = image.copy(0, y, width, 1).convertToFormat(QImage::Format_ARGB32);
+        const QRgb *line = reinterpret_cast<const QRgb *>(direct ? image.constScanLine(y) : row.constScanLine(0));
+        for (int x = 0; x < width; ++x) {
+            const quint32 c = line[x] & 0xFFFFFF;
+            seen[c >> 6] |= quint64(1) << (c & 63);
+        }
+    }
+    qint64 count = 0;
+    for (const quint64 word : seen)
+        count += std::popcount(word);
+    return count;
+}
+
+QList<PropertyRow> pictureProperties(const Picture &picture)
+{
+    const PictureInfo &info = picture.info;
     const auto number = [](double v) { return QString::number(v, 'f', 0); };
     return {
         {QStringLiteral("Number of Bits per Bitmap:"), QString::number(info.bitsPerPixel)},
-        {QStringLiteral("Color Count:"), QString::number(info.colorCount)},
+        {QStringLiteral("Color Count:"), QString::number(distinctColours(picture.image()))},
         {QStringLiteral("Image Format:"), formatName(info.formatCode)},
         {QStringLiteral("Image Height:"), QString::number(info.height)},
         {QStringLiteral("Image Width:"), QString::number(info.width)},
