@@ -1,5 +1,6 @@
 #include "core/platform/imaging/PictureLayer.h"
 
+#include "core/platform/imaging/JpegRoute.h"
 #include "core/platform/imaging/MagickRoute.h"
 #include "core/platform/imaging/PictureFormats.h"
 #include "core/platform/imaging/RouteTypes.h"
@@ -442,7 +443,12 @@ LoadResult loadPicture(const QString &path, Pages pages)
         decoded = detail::failure(QLatin1String(format->refusal ? format->refusal : "The format cannot be read."));
         break;
     case Route::Qt:
-        decoded = readWithQt(path, format->readName, pages);
+        // JPEG straight through libjpeg where it can; Qt's reader takes the
+        // files that path leaves (see JpegRoute.h).
+        if (qstrcmp(format->readName, "jpeg") == 0)
+            decoded = jpeg::read(wholeFile());
+        if (!decoded.ok() && decoded.errorString.isEmpty())
+            decoded = readWithQt(path, format->readName, pages);
         // Qt's reader refuses plain (ASCII) bitmaps whose digits run together;
         // ImageMagick reads them.
         if (!decoded.ok() && qstrcmp(format->readName, "pbm") == 0 && magick::coderAvailable("PNM", false))
