@@ -67,7 +67,7 @@ void setResolution(QImage *image, const jpeg_decompress_struct &cinfo)
 
 } // namespace
 
-detail::Decoded read(const QByteArray &data)
+detail::Decoded read(const uchar *data, qsizetype size)
 {
     jpeg_decompress_struct cinfo;
     detail::JpegError error;
@@ -79,7 +79,7 @@ detail::Decoded read(const QByteArray &data)
         return {};
     }
     jpeg_create_decompress(&cinfo);
-    jpeg_mem_src(&cinfo, reinterpret_cast<const unsigned char *>(data.constData()), static_cast<unsigned long>(data.size()));
+    jpeg_mem_src(&cinfo, data, static_cast<unsigned long>(size));
     jpeg_save_markers(&cinfo, JPEG_COM, 0xFFFF);
     jpeg_save_markers(&cinfo, JPEG_APP0 + 2, 0xFFFF);
     jpeg_read_header(&cinfo, TRUE);

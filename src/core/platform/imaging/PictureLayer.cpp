@@ -445,8 +445,16 @@ LoadResult loadPicture(const QString &path, Pages pages)
     case Route::Qt:
         // JPEG straight through libjpeg where it can; Qt's reader takes the
         // files that path leaves (see JpegRoute.h).
-        if (qstrcmp(format->readName, "jpeg") == 0)
-            decoded = jpeg::read(wholeFile());
+        if (qstrcmp(format->readName, "jpeg") == 0) {
+            // Mapped rather than read: the file is not copied.
+            if (const uchar *mapped = file.map(0, file.size())) {
+                decoded = jpeg::read(mapped, file.size());
+                file.unmap(const_cast<uchar *>(mapped));
+            } else {
+                const QByteArray bytes = wholeFile();
+                decoded = jpeg::read(reinterpret_cast<const uchar *>(bytes.constData()), bytes.size());
+            }
+        }
         if (!decoded.ok() && decoded.errorString.isEmpty())
             decoded = readWithQt(path, format->readName, pages);
         // Qt's reader refuses plain (ASCII) bitmaps whose digits run together;
