@@ -11,6 +11,17 @@
 #include <QTest>
 #include <QtEndian>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define TARNBY_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TARNBY_TEST_SANITIZED 1
+#endif
+#endif
+
 using namespace tarnby::imaging;
 
 namespace {
@@ -189,6 +200,43 @@ private slots:
             QVERIFY(qMax(result.picture.info.width, result.picture.info.height) <= vector::MaxVectorSide);
         else
             QVERIFY(!result.errorString.isEmpty());
+    }
+
+    // A closed picture's memory goes back to the system: after a large
+    // picture is freed, a smaller one is still a mapping of its own rather
+    // than a block of the heap that the process keeps once it is freed.
+    void freedPicturesGoBackToTheSystem_data()
+    {
+        QTest::addColumn<QSize>("first");
+        QTest::addColumn<QSize>("second");
+        // glibc raises its bound after freeing a mapping of up to 32 MB.
+        QTest::newRow("a photo after a larger one") << QSize(2000, 1500) << QSize(1600, 1200);
+        QTest::newRow("a thumbnail's decode after a photo") << QSize(2000, 1500) << QSize(500, 375);
+    }
+    void freedPicturesGoBackToTheSystem()
+    {
+#if !defined(__GLIBC__) || defined(TARNBY_TEST_SANITIZED)
+        QSKIP("glibc's own allocator only");
+#else
+        QFETCH(QSize, first);
+        QFETCH(QSize, second);
+        TestDir dir;
+        QImage small(8, 8, QImage::Format_RGB32);
+        small.fill(Qt::red);
+        const QString path = dir.filePath(QStringLiteral("small.png"));
+        QVERIFY(small.save(path, "png"));
+        QVERIFY(loadPicture(path).ok());
+        {
+            QImage large(first, QImage::Format_RGB32);
+            large.fill(Qt::blue);
+        }
+        const size_t mappedBefore = mallinfo2().hblkhd;
+        QImage next(second, QImage::Format_RGB32);
+        next.fill(Qt::green);
+        QVERIFY(mallinfo2().hblkhd >= mappedBefore + size_t(next.sizeInBytes()));
+        next = QImage();
+        QCOMPARE(mallinfo2().hblkhd, mappedBefore);
+#endif
     }
 
     void hostileDrawings_data()

@@ -21,9 +21,28 @@
 #include <bit>
 #include <vector>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace tarnby::imaging {
 
 namespace {
+
+#if defined(__GLIBC__)
+// Pictures are large blocks that live as long as a window or a thumbnail
+// job. glibc serves blocks from 128 KiB up as mappings of their own, which go
+// back to the system when freed, but raises that bound to the size of each
+// such block freed (up to 32 MB): after the first large picture is closed,
+// the next ones come from the heaps of the threads that decode them and stay
+// with the process when freed, some tens of megabytes after a few dozen
+// documents. A fixed bound keeps every picture a mapping of its own.
+// Set once, before main(), in every program that links the picture layer.
+const bool returnsFreedPictures = [] {
+    constexpr int OwnMappingFrom = 256 * 1024;
+    return mallopt(M_MMAP_THRESHOLD, OwnMappingFrom) == 1;
+}();
+#endif
 
 constexpr int HeadBytes = 4096;
 constexpr int MaxFrames = 4096;

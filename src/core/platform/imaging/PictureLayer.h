@@ -10,6 +10,9 @@
 // All functions are reentrant and may be called from worker threads; each call
 // works on its own data. Loading bounds its allocations: a picture over
 // MaxPixels, or a file that claims absurd dimensions, fails with a message.
+// Memory: a program that links the layer gets, before main(), glibc's
+// allocator set to give every block from 256 KiB up a mapping of its own, so
+// that a closed picture's memory goes back to the system (see the .cpp).
 namespace tarnby::imaging {
 
 inline constexpr qint64 MaxPixels = 256LL * 1024 * 1024; // beyond 200 megapixels, with headroom
