@@ -20,7 +20,7 @@ int runInfo(const QByteArrayList &args)
         tarnby::cli::err(QStringLiteral("%1: %2\n").arg(path, loaded.errorString));
         return 1;
     }
-    for (const PropertyRow &row : pictureProperties(loaded.picture.info))
+    for (const PropertyRow &row : pictureProperties(loaded.picture))
         tarnby::cli::out(QStringLiteral("%1\t%2\n").arg(row.caption, row.value));
     return 0;
 }

@@ -20,6 +20,20 @@ void printHelp()
     out(QStringLiteral("\n  --help\n      Show this list.\n"));
 }
 
+// Qt warns on standard error when XDG_RUNTIME_DIR is unset, as it is under
+// cron, ssh without a login session or a container: the platform plugin
+// looks for the runtime folder even on the offscreen platform. The folder Qt
+// falls back to serves a command-line run, and the warning is none of this
+// tool's business; every other message goes on as before.
+QtMessageHandler qtMessageHandler = nullptr;
+
+void dropRuntimeFolderWarning(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtWarningMsg && message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")))
+        return;
+    qtMessageHandler(type, context, message);
+}
+
 // The application object the command needs. Drawing commands get a GUI
 // application so that drawings and metafiles keep their text; without a
 // display it runs on the offscreen platform, unless the user chose one.
@@ -48,6 +62,8 @@ const CliCommand *findCommand(const char *name)
 
 int main(int argc, char *argv[])
 {
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        qtMessageHandler = qInstallMessageHandler(dropRuntimeFolderWarning);
     const CliCommand *command = argc >= 2 ? findCommand(argv[1]) : nullptr;
     const std::unique_ptr<QCoreApplication> app = makeApplication(argv[0], command ? command->needs : Needs::Core);
     QCoreApplication::setApplicationName(QStringLiteral("Tarnby"));

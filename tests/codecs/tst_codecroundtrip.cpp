@@ -240,6 +240,12 @@ void TestCodecRoundTrip::epsHoldsThePixels()
     QVERIFY(eps.contains("%%LanguageLevel: 2"));
     QVERIFY(eps.contains(colourSpace + " setcolorspace"));
     QVERIFY(eps.contains("/BitsPerComponent " + QByteArray::number(bits)));
+    // The raster in Photoshop's comment: a reader sizes its rendering by it.
+    const bool rgb = colourSpace == "/DeviceRGB";
+    const int rowBytes = bits == 1 ? (picture.width() + 7) / 8 : picture.width() * (rgb ? 3 : 1);
+    QVERIFY(eps.contains("\n%ImageData: " + QByteArray::number(picture.width()) + ' ' + QByteArray::number(picture.height())
+                         + ' ' + QByteArray::number(bits) + (rgb ? " 3 0 1" : " 1 0 " + QByteArray::number(rowBytes))
+                         + " 2 \"image\"\n"));
     QVERIFY(eps.trimmed().endsWith("%%EOF"));
     // At 144 dots an inch the box is half as wide and high.
     picture.setDotsPerMeterX(5670);
@@ -252,8 +258,6 @@ void TestCodecRoundTrip::epsHoldsThePixels()
     const qsizetype end = eps.indexOf('>', start);
     QVERIFY(start > 9 && end > start);
     const QByteArray pixels = QByteArray::fromHex(eps.mid(start, end - start));
-    const bool rgb = colourSpace == "/DeviceRGB";
-    const int rowBytes = bits == 1 ? (picture.width() + 7) / 8 : picture.width() * (rgb ? 3 : 1);
     QCOMPARE(pixels.size(), qsizetype(rowBytes) * picture.height());
     for (int y = 0; y < picture.height(); ++y) {
         for (int x = 0; x < picture.width(); ++x) {

@@ -1,13 +1,19 @@
 #include "CodecSamples.h"
 #include "CodecTestUtil.h"
+#include "Fixtures.h"
 #include "TestDir.h"
 
 #include "core/platform/imaging/PictureFormats.h"
 #include "core/platform/imaging/PictureLayer.h"
 
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImageReader>
+#include <QImageWriter>
 #include <QTest>
 
 #include <algorithm>
+#include <functional>
 
 using namespace tarnby::imaging;
 
@@ -271,6 +277,29 @@ QByteArray wpg2File(const QImage &indexed, quint8 depthCode)
     return out;
 }
 
+// A JPEG as Qt writes it, from a picture with texture enough that the
+// decoders' differences would show.
+QByteArray jpegFile(QImage image, const std::function<void(QImage &, QImageWriter &)> &setUp = {})
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setQuality(85);
+    if (setUp)
+        setUp(image, writer);
+    writer.write(image);
+    return buffer.data();
+}
+
+QImage texture(int w, int h)
+{
+    QImage image(w, h, QImage::Format_RGB32);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            image.setPixel(x, y, qRgb((x * 29 + y * 3) % 256, (x * y) % 256, (y * 41) % 256));
+    return image;
+}
+
 } // namespace
 
 class TestPictureBuilt : public QObject
@@ -360,7 +389,68 @@ private slots:
             for (int x = 0; x < expected.width(); ++x)
                 if (!colours.contains(expected.pixel(x, y) & 0xFFFFFF))
                     colours.append(expected.pixel(x, y) & 0xFFFFFF);
-        QCOMPARE(info.colorCount, qint64(colours.size()));
+        QCOMPARE(distinctColours(result.picture.image()), qint64(colours.size()));
+    }
+
+    // JPEG is decoded by libjpeg directly, or by Qt's reader for what that
+    // road leaves; either way the picture is what Qt's reader makes of the
+    // file: its pixels, format, resolution, texts and colour space.
+    void jpegReadsAsQtReads_data()
+    {
+        QTest::addColumn<QString>("path"); // a fixture, or empty
+        QTest::addColumn<QByteArray>("file");
+        const QImage colour = texture(67, 43);
+        QTest::newRow("no resolution") << QString() << jpegFile(colour);
+        QTest::newRow("dots per inch") << QString() << jpegFile(colour, [](QImage &image, QImageWriter &) {
+            image.setDotsPerMeterX(11811); // 300 dpi
+            image.setDotsPerMeterY(5906);  // 150 dpi
+        });
+        QTest::newRow("comments, one keyed and one free") << QString() << jpegFile(colour, [](QImage &image, QImageWriter &) {
+            image.setText(QStringLiteral("Author"), QStringLiteral("Ann"));
+            image.setText(QStringLiteral("Some words"), QStringLiteral("with spaces: before the colon"));
+        });
+        QTest::newRow("icc profile") << QString() << jpegFile(colour, [](QImage &image, QImageWriter &) {
+            image.setColorSpace(QColorSpace(QColorSpace::AdobeRgb));
+        });
+        QTest::newRow("progressive") << QString() << jpegFile(colour, [](QImage &, QImageWriter &writer) {
+            writer.setProgressiveScanWrite(true);
+        });
+        QTest::newRow("grey") << QString() << jpegFile(colour.convertToFormat(QImage::Format_Grayscale8));
+        QTest::newRow("one pixel") << QString() << jpegFile(texture(1, 1));
+        const QByteArray whole = jpegFile(texture(64, 256));
+        QTest::newRow("cut short, left to Qt") << QString() << whole.left(whole.size() * 2 / 3);
+        QByteArray corrupt = whole;
+        for (qsizetype i = whole.size() / 2; i < whole.size() / 2 + 40; ++i)
+            corrupt[i] = char(0xA5 ^ i);
+        QTest::newRow("corrupt entropy data") << QString() << corrupt;
+        if (!fixtures::root().isEmpty()) {
+            for (const QString &fixture : fixtures::files(QStringLiteral("JPG")))
+                QTest::newRow(qPrintable(QFileInfo(fixture).fileName())) << fixture << QByteArray();
+        }
+    }
+    void jpegReadsAsQtReads()
+    {
+        QFETCH(QString, path);
+        QFETCH(QByteArray, file);
+        TestDir dir;
+        if (path.isEmpty())
+            path = dir.createFile(QStringLiteral("picture.jpg"), file);
+        QImageReader reader(path, "jpeg");
+        const QImage expected = reader.read();
+        const LoadResult loaded = loadPicture(path);
+        QCOMPARE(loaded.ok(), !expected.isNull());
+        if (expected.isNull())
+            return;
+        const QImage image = loaded.picture.image();
+        QCOMPARE(image.format(), expected.format());
+        QCOMPARE(image.size(), expected.size());
+        QCOMPARE(codectest::maxChannelDifference(image, expected), 0);
+        QCOMPARE(image.dotsPerMeterX(), expected.dotsPerMeterX());
+        QCOMPARE(image.dotsPerMeterY(), expected.dotsPerMeterY());
+        QCOMPARE(image.textKeys(), expected.textKeys());
+        for (const QString &key : expected.textKeys())
+            QCOMPARE(image.text(key), expected.text(key));
+        QCOMPARE(image.colorSpace(), expected.colorSpace());
     }
 
     // Every page of a TIFF without strip byte counts; a directory chain that

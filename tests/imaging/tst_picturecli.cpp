@@ -14,13 +14,17 @@ struct Run {
 };
 
 // platform: the QT_QPA_PLATFORM the tool sees; a null string leaves it unset.
-Run cli(const QStringList &arguments, const QString &platform = QStringLiteral("offscreen"))
+// unset: further variables taken out of the tool's environment.
+Run cli(const QStringList &arguments, const QString &platform = QStringLiteral("offscreen"),
+        const QStringList &unset = {})
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
     if (!platform.isNull())
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
+    for (const QString &name : unset)
+        environment.remove(name);
     process.setProcessEnvironment(environment);
     process.start(qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"), arguments);
     Run run;
@@ -232,6 +236,43 @@ private slots:
         const Run run = cli({QStringLiteral("formats")}, QStringLiteral("no-such-platform"));
         QCOMPARE(run.exitCode, 0);
         QVERIFY(run.out.startsWith(QLatin1String("Extension\tRead")));
+    }
+
+    // Without a login session XDG_RUNTIME_DIR is unset, and Qt would say so
+    // on standard error; the tool prints its own messages only. Arguments
+    // starting with "@" name files in the run's folder, which holds
+    // "pictures/in.png"; "@" in the expected error stands for that folder.
+    void commandsPrintOnlyTheirOwnMessages_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("expectedError");
+        QTest::newRow("info") << QStringList{"info", "@pictures/in.png"} << 0 << QString();
+        QTest::newRow("info of a missing file") << QStringList{"info", "@missing.png"} << 1
+                                                << QStringLiteral("@/missing.png: The file does not exist: @/missing.png\n");
+        QTest::newRow("convert") << QStringList{"convert", "@pictures/in.png", "@out.bmp"} << 0 << QString();
+        QTest::newRow("thumbs through the cache") << QStringList{"thumbs", "@pictures", "@thumbs"} << 0 << QString();
+        QTest::newRow("thumbs without the cache")
+            << QStringList{"thumbs", "@pictures", "@thumbs", "--no-cache"} << 0 << QString();
+        QTest::newRow("formats") << QStringList{"formats"} << 0 << QString();
+        QTest::newRow("type") << QStringList{"type", "a.jpg"} << 0 << QString();
+        QTest::newRow("unknown command") << QStringList{"nonsense"} << 2
+                                         << QStringLiteral("tarnby-cli: unknown command \"nonsense\"; try tarnby-cli --help\n");
+    }
+    void commandsPrintOnlyTheirOwnMessages()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, exitCode);
+        QFETCH(QString, expectedError);
+        TestDir dir;
+        QVERIFY(pattern().save(dir.createFile(QStringLiteral("pictures/in.png")), "png"));
+        for (QString &arg : args) {
+            if (arg.startsWith(QLatin1Char('@')))
+                arg = dir.filePath(arg.mid(1));
+        }
+        const Run run = cli(args, QString(), {QStringLiteral("XDG_RUNTIME_DIR")});
+        QCOMPARE(run.err, QString(expectedError).replace(QLatin1Char('@'), dir.path()));
+        QCOMPARE(run.exitCode, exitCode);
     }
 
     void formatsListsEveryPictureExtension()

@@ -11,6 +11,17 @@
 #include <QTest>
 #include <QtEndian>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define TARNBY_TEST_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TARNBY_TEST_SANITIZED 1
+#endif
+#endif
+
 using namespace tarnby::imaging;
 
 namespace {
@@ -111,7 +122,7 @@ private slots:
         QVERIFY2(result.ok(), qPrintable(result.errorString));
         QCOMPARE(result.picture.info.width, w);
         QCOMPARE(result.picture.info.height, h);
-        QCOMPARE(result.picture.info.colorCount, 1);
+        QCOMPARE(distinctColours(result.picture.image()), 1);
     }
 
     // 200 megapixels, the largest picture promised to load, as a bitmap.
@@ -126,7 +137,7 @@ private slots:
         const LoadResult result = loadPicture(path);
         QVERIFY2(result.ok(), qPrintable(result.errorString));
         QCOMPARE(result.picture.info.bitsPerPixel, 1);
-        QCOMPARE(result.picture.info.colorCount, 2);
+        QCOMPARE(distinctColours(result.picture.image()), 2);
         QVERIFY(qint64(result.picture.info.width) * result.picture.info.height >= 200'000'000);
     }
 
@@ -169,6 +180,12 @@ private slots:
         QTest::newRow("deletes a file") << eps("0 0 10 10", "(/tmp/tarnby-eps-probe) deletefile") << false;
         QTest::newRow("absurd bounding box") << eps("0 0 10000000 10000000", "") << true;
         QTest::newRow("no bounding box") << QByteArray("%!PS\n0 0 moveto 10 10 lineto stroke showpage\n") << true;
+        QTest::newRow("raster claimed far over the bound")
+            << eps("0 0 10 10", "%ImageData: 999999999 999999999 8 3 0 1 2 \"image\"") << true;
+        QTest::newRow("raster claimed a pixel wide and a billion high")
+            << eps("0 0 10 10", "%ImageData: 1 999999999 8 3 0 1 2 \"image\"") << true;
+        QTest::newRow("raster of unequal resolutions in a tiny box")
+            << eps("0 0 0.001 10", "%ImageData: 4000 3 8 3 0 1 2 \"image\"") << true;
         QTest::newRow("dos header pointing past the end") << QByteArray("\xC5\xD0\xD3\xC6\x1e\0\0\0\xff\xff\0\0", 12) << false;
     }
     void hostilePostScript()
@@ -183,6 +200,43 @@ private slots:
             QVERIFY(qMax(result.picture.info.width, result.picture.info.height) <= vector::MaxVectorSide);
         else
             QVERIFY(!result.errorString.isEmpty());
+    }
+
+    // A closed picture's memory goes back to the system: after a large
+    // picture is freed, a smaller one is still a mapping of its own rather
+    // than a block of the heap that the process keeps once it is freed.
+    void freedPicturesGoBackToTheSystem_data()
+    {
+        QTest::addColumn<QSize>("first");
+        QTest::addColumn<QSize>("second");
+        // glibc raises its bound after freeing a mapping of up to 32 MB.
+        QTest::newRow("a photo after a larger one") << QSize(2000, 1500) << QSize(1600, 1200);
+        QTest::newRow("a thumbnail's decode after a photo") << QSize(2000, 1500) << QSize(500, 375);
+    }
+    void freedPicturesGoBackToTheSystem()
+    {
+#if !defined(__GLIBC__) || defined(TARNBY_TEST_SANITIZED)
+        QSKIP("glibc's own allocator only");
+#else
+        QFETCH(QSize, first);
+        QFETCH(QSize, second);
+        TestDir dir;
+        QImage small(8, 8, QImage::Format_RGB32);
+        small.fill(Qt::red);
+        const QString path = dir.filePath(QStringLiteral("small.png"));
+        QVERIFY(small.save(path, "png"));
+        QVERIFY(loadPicture(path).ok());
+        {
+            QImage large(first, QImage::Format_RGB32);
+            large.fill(Qt::blue);
+        }
+        const size_t mappedBefore = mallinfo2().hblkhd;
+        QImage next(second, QImage::Format_RGB32);
+        next.fill(Qt::green);
+        QVERIFY(mallinfo2().hblkhd >= mappedBefore + size_t(next.sizeInBytes()));
+        next = QImage();
+        QCOMPARE(mallinfo2().hblkhd, mappedBefore);
+#endif
     }
 
     void hostileDrawings_data()

@@ -577,12 +577,12 @@ void TestTableView::properties()
 void TestTableView::propertiesOfAPictureFormat86()
 {
     // The format name table's oddities reach the window as they stand.
-    imaging::PictureInfo info;
-    info.formatCode = 86;
-    ProPert1 window(tables::pictureFileProperties(info), m_ui->state);
+    imaging::Picture picture;
+    picture.info.formatCode = 86;
+    ProPert1 window(tables::pictureFileProperties(picture), m_ui->state);
     QCOMPARE(texts(&window, QStringLiteral("Label2")).value(2), QStringLiteral("Tagged Image File LZW Compressed Forma"));
-    info.formatCode = 6;
-    ProPert1 bitmap(tables::pictureFileProperties(info), m_ui->state);
+    picture.info.formatCode = 6;
+    ProPert1 bitmap(tables::pictureFileProperties(picture), m_ui->state);
     QCOMPARE(texts(&bitmap, QStringLiteral("Label2")).value(2), QStringLiteral("Bitmap Format"));
 
     // A protected database shows "Access", never its password.

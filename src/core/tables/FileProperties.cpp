@@ -17,10 +17,10 @@ QString dateText(const QDateTime &when)
 
 } // namespace
 
-FileProperties pictureFileProperties(const imaging::PictureInfo &info)
+FileProperties pictureFileProperties(const imaging::Picture &picture)
 {
     FileProperties properties;
-    properties.rows = imaging::pictureProperties(info);
+    properties.rows = imaging::pictureProperties(picture);
     return properties;
 }
 
@@ -87,7 +87,7 @@ std::optional<FileProperties> propertiesOfFile(const QString &path, const QStrin
     } else if (category == QLatin1String("Picture") || (category == QLatin1String("Multimedia") && type.index >= 42)) {
         const imaging::LoadResult picture = imaging::loadPicture(path);
         if (picture.ok())
-            return pictureFileProperties(picture.picture.info);
+            return pictureFileProperties(picture.picture);
     }
     return otherFileProperties(category, info.size());
 }

@@ -36,7 +36,7 @@ struct DatabaseFacts {
 };
 
 // The nine picture rows.
-FileProperties pictureFileProperties(const imaging::PictureInfo &info);
+FileProperties pictureFileProperties(const imaging::Picture &picture);
 
 // The database rows, in their order: "File Type:", "Database:" (the connect
 // text, shown as "Access" when it begins with ";pwd", so that a password is

@@ -42,7 +42,7 @@ viewer::StatusPanels DocumentView::statusPanels() const
 tables::FileProperties DocumentView::fileProperties() const
 {
     if (m_document.kind() == viewer::DocumentKind::Picture && !m_document.picture().isNull())
-        return tables::pictureFileProperties(m_document.picture().info);
+        return tables::pictureFileProperties(m_document.picture());
     return tables::otherFileProperties(catalogue::GetFileCategoryName(m_document.path()), m_document.fileSize());
 }
 

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QImageReader>
 #include <QRegularExpression>
+#include <QSize>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QtEndian>
@@ -47,19 +48,47 @@ struct BoundingBox {
     double x1 = 0, y1 = 0, x2 = 612, y2 = 792; // a US Letter page when the file names none
 };
 
-BoundingBox boundingBox(const QByteArray &ps)
-{
-    static const QRegularExpression re(QStringLiteral(
-        R"(%%BoundingBox:\s*(-?[0-9.]+)\s+(-?[0-9.]+)\s+(-?[0-9.]+)\s+(-?[0-9.]+))"));
+// The comments the reader uses, from the first 64 KiB: the bounding box of
+// the header, and the raster Photoshop's %ImageData states (after the header,
+// before the image).
+struct Header {
     BoundingBox box;
-    const QRegularExpressionMatch m = re.match(QString::fromLatin1(ps.left(64 * 1024)));
-    if (m.hasMatch()) {
-        BoundingBox b{m.captured(1).toDouble(), m.captured(2).toDouble(), m.captured(3).toDouble(),
-                      m.captured(4).toDouble()};
+    QSize raster; // %ImageData's columns and rows: the pixels of an image-only file; empty if unstated
+};
+
+Header readHeader(const QByteArray &ps)
+{
+    // The high-resolution box where the file gives one: its edges need not
+    // fall on whole points, and a raster's resolution follows from them.
+    static const QRegularExpression boxes(QStringLiteral(
+        R"(^%%(HiRes)?BoundingBox:[ \t]*(-?[0-9.]+)[ \t]+(-?[0-9.]+)[ \t]+(-?[0-9.]+)[ \t]+(-?[0-9.]+))"),
+        QRegularExpression::MultilineOption);
+    static const QRegularExpression imageData(QStringLiteral(R"(^%%?ImageData:[ \t]*([0-9]{1,9})[ \t]+([0-9]{1,9}))"),
+                                              QRegularExpression::MultilineOption);
+    const QString text = QString::fromLatin1(ps.left(64 * 1024));
+    // Comments of documents the file embeds (a placed picture) are not the
+    // file's own.
+    const qsizetype embedded = text.indexOf(QLatin1String("\n%%BeginDocument"));
+    const QString own = embedded < 0 ? text : text.left(embedded);
+    const qsizetype endComments = own.indexOf(QLatin1String("\n%%EndComments"));
+    const QString comments = endComments < 0 ? own : own.left(endComments);
+    Header header;
+    bool seen[2] = {false, false}; // the first box of each kind counts
+    for (QRegularExpressionMatchIterator it = boxes.globalMatch(comments); it.hasNext() && !seen[1];) {
+        const QRegularExpressionMatch m = it.next();
+        const bool hiRes = !m.captured(1).isEmpty();
+        if (seen[hiRes])
+            continue;
+        seen[hiRes] = true;
+        const BoundingBox b{m.captured(2).toDouble(), m.captured(3).toDouble(), m.captured(4).toDouble(),
+                            m.captured(5).toDouble()};
         if (b.x2 > b.x1 && b.y2 > b.y1)
-            box = b;
+            header.box = b;
     }
-    return box;
+    const QRegularExpressionMatch m = imageData.match(own);
+    if (m.hasMatch() && m.captured(1).toInt() > 0 && m.captured(2).toInt() > 0)
+        header.raster = QSize(m.captured(1).toInt(), m.captured(2).toInt());
+    return header;
 }
 
 // The child's message file; set only in the child process.
@@ -78,8 +107,9 @@ int noInput(void *, char *, int)
 }
 
 // Runs in the child process only: renders input to output and exits.
+// resolution: Ghostscript's -r argument.
 [[noreturn]] void renderInChild(const QByteArray &input, const QByteArray &output, const QByteArray &messages,
-                               int width, int height)
+                               int width, int height, const QByteArray &resolution)
 {
     // A crash in the interpreter ends this child quietly: the parent's crash
     // handlers (a sanitizer's, a fuzzer's) are not the child's business.
@@ -101,10 +131,8 @@ int noInput(void *, char *, int)
         _exit(3);
     gsapi_set_stdio(instance, noInput, toMessages, toMessages);
     gsapi_set_arg_encoding(instance, GS_ARG_ENCODING_UTF8);
-    // The device always works at 72 dots per inch (far lower ones fail in
-    // its halftone set-up); -dEPSFitPage scales the drawing to the page of
-    // -g pixels, which carries the bound.
-    const QByteArray resolution = "-r72";
+    // -dEPSFitPage scales the drawing to the page of -g pixels, which
+    // carries the bound.
     const QByteArray size = "-g" + QByteArray::number(width) + "x" + QByteArray::number(height);
     const QByteArray outputArg = "-sOutputFile=" + output;
     const char *argv[] = {"tarnby",       "-dSAFER",          "-dBATCH",          "-dNOPAUSE",
@@ -129,17 +157,36 @@ detail::Decoded readEps(const QByteArray &data)
     if (!ps.startsWith("%!"))
         return detail::failure(QStringLiteral("The file is not Encapsulated PostScript."));
 
-    const BoundingBox box = boundingBox(ps);
-    const double widthPt = box.x2 - box.x1;
-    const double heightPt = box.y2 - box.y1;
-    // 72 dots per inch (one pixel per point), less for drawings that would
-    // otherwise exceed the bitmap bound.
-    double dpi = 72.0;
-    const double longer = qMax(widthPt, heightPt);
-    if (longer > MaxVectorSide)
-        dpi = 72.0 * MaxVectorSide / longer;
-    const int width = qMax(1, qRound(widthPt * dpi / 72.0));
-    const int height = qMax(1, qRound(heightPt * dpi / 72.0));
+    const Header header = readHeader(ps);
+    const double widthPt = header.box.x2 - header.box.x1;
+    const double heightPt = header.box.y2 - header.box.y1;
+    // A file that states its raster (an image saved as EPS) is drawn with as
+    // many pixels as it holds; a drawing at 72 dots per inch, one pixel per
+    // point. Either is made smaller where it would exceed the bitmap bound.
+    double width = widthPt;
+    double height = heightPt;
+    if (!header.raster.isEmpty()) {
+        width = header.raster.width();
+        height = header.raster.height();
+    }
+    const double longer = qMax(width, height);
+    if (longer > MaxVectorSide) {
+        width = width * MaxVectorSide / longer;
+        height = height * MaxVectorSide / longer;
+    }
+    const int pixelsWide = qMax(1, qRound(width));
+    const int pixelsHigh = qMax(1, qRound(height));
+    const double dpiX = pixelsWide * 72.0 / widthPt;
+    const double dpiY = pixelsHigh * 72.0 / heightPt;
+    // The page is the -g pixels at the -r resolution, and the drawing is
+    // scaled to fit it, the same in both directions. The device works at 72
+    // dots per inch (far lower ones fail in its halftone set-up), except for
+    // a raster whose pixels are not square (a fax at 204 x 98): its page is
+    // its box at its own resolution across and down, so that the fit is
+    // exact.
+    QByteArray resolution = "-r72";
+    if (qAbs(dpiX - dpiY) > 0.01 * qMax(dpiX, dpiY) && qMin(dpiX, dpiY) >= 24)
+        resolution = "-r" + QByteArray::number(dpiX, 'f', 3) + 'x' + QByteArray::number(dpiY, 'f', 3);
 
     QTemporaryDir dir;
     if (!dir.isValid())
@@ -161,7 +208,7 @@ detail::Decoded readEps(const QByteArray &data)
     if (pid < 0)
         return detail::failure(QStringLiteral("Cannot start the PostScript renderer."));
     if (pid == 0)
-        renderInChild(input, output, messages, width, height);
+        renderInChild(input, output, messages, pixelsWide, pixelsHigh, resolution);
 
     QElapsedTimer timer;
     timer.start();
@@ -200,8 +247,8 @@ detail::Decoded readEps(const QByteArray &data)
     QImage image = reader.read();
     if (image.isNull())
         return detail::failure(QStringLiteral("Ghostscript produced no picture."));
-    image.setDotsPerMeterX(qRound(dpi / 0.0254));
-    image.setDotsPerMeterY(qRound(dpi / 0.0254));
+    image.setDotsPerMeterX(qRound(dpiX / 0.0254));
+    image.setDotsPerMeterY(qRound(dpiY / 0.0254));
     detail::Decoded decoded;
     decoded.frames.append({image, 0});
     decoded.bitsPerPixel = 24;

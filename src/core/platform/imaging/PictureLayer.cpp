@@ -1,5 +1,6 @@
 #include "core/platform/imaging/PictureLayer.h"
 
+#include "core/platform/imaging/JpegRoute.h"
 #include "core/platform/imaging/MagickRoute.h"
 #include "core/platform/imaging/PictureFormats.h"
 #include "core/platform/imaging/RouteTypes.h"
@@ -20,9 +21,28 @@
 #include <bit>
 #include <vector>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace tarnby::imaging {
 
 namespace {
+
+#if defined(__GLIBC__)
+// Pictures are large blocks that live as long as a window or a thumbnail
+// job. glibc serves blocks from 128 KiB up as mappings of their own, which go
+// back to the system when freed, but raises that bound to the size of each
+// such block freed (up to 32 MB): after the first large picture is closed,
+// the next ones come from the heaps of the threads that decode them and stay
+// with the process when freed, some tens of megabytes after a few dozen
+// documents. A fixed bound keeps every picture a mapping of its own.
+// Set once, before main(), in every program that links the picture layer.
+const bool returnsFreedPictures = [] {
+    constexpr int OwnMappingFrom = 256 * 1024;
+    return mallopt(M_MMAP_THRESHOLD, OwnMappingFrom) == 1;
+}();
+#endif
 
 constexpr int HeadBytes = 4096;
 constexpr int MaxFrames = 4096;
@@ -199,86 +219,12 @@ int imageBitsPerPixel(const QImage &image)
     return image.hasAlphaChannel() ? 32 : 24;
 }
 
-qint64 distinctColours(const QImage &image)
-{
-    if ((image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) && image.colorCount() == 2) {
-        // Scanned a byte at a time: a 200-megapixel bitmap is 25 MB.
-        bool zero = false, one = false;
-        const int fullBytes = image.width() / 8;
-        const int rest = image.width() % 8;
-        const uchar restMask = image.format() == QImage::Format_Mono ? uchar(0xFF00 >> rest) : uchar((1 << rest) - 1);
-        for (int y = 0; y < image.height() && !(zero && one); ++y) {
-            const uchar *line = image.constScanLine(y);
-            for (int i = 0; i < fullBytes; ++i) {
-                zero |= line[i] != 0xFF;
-                one |= line[i] != 0x00;
-            }
-            if (rest) {
-                zero |= (line[fullBytes] & restMask) != restMask;
-                one |= (line[fullBytes] & restMask) != 0;
-            }
-        }
-        if (zero && one)
-            return (image.color(0) & 0xFFFFFF) == (image.color(1) & 0xFFFFFF) ? 1 : 2;
-        return 1;
-    }
-    if (image.format() == QImage::Format_Indexed8 || image.format() == QImage::Format_Mono
-        || image.format() == QImage::Format_MonoLSB) {
-        // Colours of the palette that the pixels use.
-        const QImage indexed = image.convertToFormat(QImage::Format_Indexed8);
-        std::vector<bool> used(256, false);
-        for (int y = 0; y < indexed.height(); ++y) {
-            const uchar *line = indexed.constScanLine(y);
-            for (int x = 0; x < indexed.width(); ++x)
-                used[line[x]] = true;
-        }
-        QList<QRgb> colours;
-        const QList<QRgb> table = indexed.colorTable();
-        for (int i = 0; i < 256; ++i) {
-            if (used[size_t(i)] && i < table.size() && !colours.contains(table.at(i) & 0xFFFFFF))
-                colours.append(table.at(i) & 0xFFFFFF);
-        }
-        return colours.size();
-    }
-    if (image.format() == QImage::Format_Grayscale8) {
-        std::vector<bool> used(256, false);
-        for (int y = 0; y < image.height(); ++y) {
-            const uchar *line = image.constScanLine(y);
-            for (int x = 0; x < image.width(); ++x)
-                used[line[x]] = true;
-        }
-        return std::count(used.begin(), used.end(), true);
-    }
-    // One bit for each 24-bit colour: 2 MiB, whatever the picture's size.
-    // Rows in other formats are converted one at a time, so that a picture
-    // of 200 megapixels is not copied whole.
-    const bool direct = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32;
-    std::vector<quint64> seen((1u << 24) / 64, 0);
-    const int width = image.width();
-    const int height = image.height();
-    for (int y = 0; y < height; ++y) {
-        QImage row;
-        if (!direct)
-            row = image.copy(0, y, width, 1).convertToFormat(QImage::Format_ARGB32);
-        const QRgb *line = reinterpret_cast<const QRgb *>(direct ? image.constScanLine(y) : row.constScanLine(0));
-        for (int x = 0; x < width; ++x) {
-            const quint32 c = line[x] & 0xFFFFFF;
-            seen[c >> 6] |= quint64(1) << (c & 63);
-        }
-    }
-    qint64 count = 0;
-    for (const quint64 word : seen)
-        count += std::popcount(word);
-    return count;
-}
-
 PictureInfo describe(const QImage &image, int fileBits, int formatNumber, qint64 sizeOnDisk)
 {
     PictureInfo info;
     info.width = image.width();
     info.height = image.height();
     info.bitsPerPixel = fileBits > 0 ? fileBits : imageBitsPerPixel(image);
-    info.colorCount = distinctColours(image);
     info.formatCode = formatNumber;
     info.sizeOnDisk = sizeOnDisk;
     info.sizeInMemory = (qint64(info.width) * info.bitsPerPixel + 31) / 32 * 4 * info.height;
@@ -380,12 +326,88 @@ QString writeWithOwnCodec(const QImage &image, const PictureFormat &format, int 
 
 } // namespace
 
-QList<PropertyRow> pictureProperties(const PictureInfo &info)
+qint64 distinctColours(const QImage &image)
 {
+    if (image.isNull())
+        return 0;
+    if ((image.format() == QImage::Format_Mono || image.format() == QImage::Format_MonoLSB) && image.colorCount() == 2) {
+        // Scanned a byte at a time: a 200-megapixel bitmap is 25 MB.
+        bool zero = false, one = false;
+        const int fullBytes = image.width() / 8;
+        const int rest = image.width() % 8;
+        const uchar restMask = image.format() == QImage::Format_Mono ? uchar(0xFF00 >> rest) : uchar((1 << rest) - 1);
+        for (int y = 0; y < image.height() && !(zero && one); ++y) {
+            const uchar *line = image.constScanLine(y);
+            for (int i = 0; i < fullBytes; ++i) {
+                zero |= line[i] != 0xFF;
+                one |= line[i] != 0x00;
+            }
+            if (rest) {
+                zero |= (line[fullBytes] & restMask) != restMask;
+                one |= (line[fullBytes] & restMask) != 0;
+            }
+        }
+        if (zero && one)
+            return (image.color(0) & 0xFFFFFF) == (image.color(1) & 0xFFFFFF) ? 1 : 2;
+        return 1;
+    }
+    if (image.format() == QImage::Format_Indexed8 || image.format() == QImage::Format_Mono
+        || image.format() == QImage::Format_MonoLSB) {
+        // Colours of the palette that the pixels use.
+        const QImage indexed = image.convertToFormat(QImage::Format_Indexed8);
+        std::vector<bool> used(256, false);
+        for (int y = 0; y < indexed.height(); ++y) {
+            const uchar *line = indexed.constScanLine(y);
+            for (int x = 0; x < indexed.width(); ++x)
+                used[line[x]] = true;
+        }
+        QList<QRgb> colours;
+        const QList<QRgb> table = indexed.colorTable();
+        for (int i = 0; i < 256; ++i) {
+            if (used[size_t(i)] && i < table.size() && !colours.contains(table.at(i) & 0xFFFFFF))
+                colours.append(table.at(i) & 0xFFFFFF);
+        }
+        return colours.size();
+    }
+    if (image.format() == QImage::Format_Grayscale8) {
+        std::vector<bool> used(256, false);
+        for (int y = 0; y < image.height(); ++y) {
+            const uchar *line = image.constScanLine(y);
+            for (int x = 0; x < image.width(); ++x)
+                used[line[x]] = true;
+        }
+        return std::count(used.begin(), used.end(), true);
+    }
+    // One bit for each 24-bit colour: 2 MiB, whatever the picture's size.
+    // Rows in other formats are converted one at a time, so that a picture
+    // of 200 megapixels is not copied whole.
+    const bool direct = image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32;
+    std::vector<quint64> seen((1u << 24) / 64, 0);
+    const int width = image.width();
+    const int height = image.height();
+    for (int y = 0; y < height; ++y) {
+        QImage row;
+        if (!direct)
+            row = image.copy(0, y, width, 1).convertToFormat(QImage::Format_ARGB32);
+        const QRgb *line = reinterpret_cast<const QRgb *>(direct ? image.constScanLine(y) : row.constScanLine(0));
+        for (int x = 0; x < width; ++x) {
+            const quint32 c = line[x] & 0xFFFFFF;
+            seen[c >> 6] |= quint64(1) << (c & 63);
+        }
+    }
+    qint64 count = 0;
+    for (const quint64 word : seen)
+        count += std::popcount(word);
+    return count;
+}
+
+QList<PropertyRow> pictureProperties(const Picture &picture)
+{
+    const PictureInfo &info = picture.info;
     const auto number = [](double v) { return QString::number(v, 'f', 0); };
     return {
         {QStringLiteral("Number of Bits per Bitmap:"), QString::number(info.bitsPerPixel)},
-        {QStringLiteral("Color Count:"), QString::number(info.colorCount)},
+        {QStringLiteral("Color Count:"), QString::number(distinctColours(picture.image()))},
         {QStringLiteral("Image Format:"), formatName(info.formatCode)},
         {QStringLiteral("Image Height:"), QString::number(info.height)},
         {QStringLiteral("Image Width:"), QString::number(info.width)},
@@ -440,7 +462,20 @@ LoadResult loadPicture(const QString &path, Pages pages)
         decoded = detail::failure(QLatin1String(format->refusal ? format->refusal : "The format cannot be read."));
         break;
     case Route::Qt:
-        decoded = readWithQt(path, format->readName, pages);
+        // JPEG straight through libjpeg where it can; Qt's reader takes the
+        // files that path leaves (see JpegRoute.h).
+        if (qstrcmp(format->readName, "jpeg") == 0) {
+            // Mapped rather than read: the file is not copied.
+            if (const uchar *mapped = file.map(0, file.size())) {
+                decoded = jpeg::read(mapped, file.size());
+                file.unmap(const_cast<uchar *>(mapped));
+            } else {
+                const QByteArray bytes = wholeFile();
+                decoded = jpeg::read(reinterpret_cast<const uchar *>(bytes.constData()), bytes.size());
+            }
+        }
+        if (!decoded.ok() && decoded.errorString.isEmpty())
+            decoded = readWithQt(path, format->readName, pages);
         // Qt's reader refuses plain (ASCII) bitmaps whose digits run together;
         // ImageMagick reads them.
         if (!decoded.ok() && qstrcmp(format->readName, "pbm") == 0 && magick::coderAvailable("PNM", false))

@@ -10,6 +10,9 @@
 // All functions are reentrant and may be called from worker threads; each call
 // works on its own data. Loading bounds its allocations: a picture over
 // MaxPixels, or a file that claims absurd dimensions, fails with a message.
+// Memory: a program that links the layer gets, before main(), glibc's
+// allocator set to give every block from 256 KiB up a mapping of its own, so
+// that a closed picture's memory goes back to the system (see the .cpp).
 namespace tarnby::imaging {
 
 inline constexpr qint64 MaxPixels = 256LL * 1024 * 1024; // beyond 200 megapixels, with headroom
@@ -21,9 +24,8 @@ struct PictureFrame {
 
 // The facts the properties window shows about a picture.
 struct PictureInfo {
-    int bitsPerPixel = 0;  // of the file (a 1-bit PBM says 1 though it decodes wider)
-    qint64 colorCount = 0; // distinct colours in the first page
-    int formatCode = 0;    // file-format number (the numbering of GetSaveFormatCode; see formatName())
+    int bitsPerPixel = 0; // of the file (a 1-bit PBM says 1 though it decodes wider)
+    int formatCode = 0;   // file-format number (the numbering of GetSaveFormatCode; see formatName())
     int width = 0;
     int height = 0;
     qint64 sizeOnDisk = 0;
@@ -38,12 +40,6 @@ struct PropertyRow {
     QString value;
 };
 
-// The nine picture rows of the properties window, in their order:
-// "Number of Bits per Bitmap:", "Color Count:", "Image Format:" (the format
-// number turned into its name), "Image Height:", "Image Width:", "Image Disk
-// Size:", "Image Memory Size:", "Image X Resolution:", "Image Y Resolution:".
-QList<PropertyRow> pictureProperties(const PictureInfo &info);
-
 struct Picture {
     QList<PictureFrame> frames;
     PictureInfo info;
@@ -51,6 +47,18 @@ struct Picture {
     bool isNull() const { return frames.isEmpty() || frames.constFirst().image.isNull(); }
     QImage image() const { return frames.isEmpty() ? QImage() : frames.constFirst().image; }
 };
+
+// The number of distinct colours (alpha aside) in image. It looks at every
+// pixel, some tens of milliseconds for a large photo, so it is counted when a
+// window asks for it rather than at every load; a null image has none.
+qint64 distinctColours(const QImage &image);
+
+// The nine picture rows of the properties window, in their order:
+// "Number of Bits per Bitmap:", "Color Count:" (the first page's distinct
+// colours, counted now), "Image Format:" (the format number turned into its
+// name), "Image Height:", "Image Width:", "Image Disk Size:", "Image Memory
+// Size:", "Image X Resolution:", "Image Y Resolution:".
+QList<PropertyRow> pictureProperties(const Picture &picture);
 
 enum class Pages { First, All };
 

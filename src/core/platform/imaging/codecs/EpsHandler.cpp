@@ -59,7 +59,16 @@ bool EpsHandler::write(const QImage &source)
                + '\n');
     out.append("%%HiResBoundingBox: 0 0 " + QByteArray::number(boxWidth, 'f', 3) + ' '
                + QByteArray::number(boxHeight, 'f', 3) + '\n');
-    out.append("%%LanguageLevel: 2\n%%Pages: 1\n%%EndComments\n%%Page: 1 1\n");
+    out.append("%%LanguageLevel: 2\n%%Pages: 1\n%%EndComments\n");
+    // The raster the file carries, in the form Photoshop reads and writes:
+    // columns, rows, bits per channel, channels, no extra channels, bytes a
+    // row per channel (1: channels interleaved), hexadecimal data, and the
+    // text after which the data starts. A reader that renders the page
+    // learns from it how many pixels the box holds.
+    const int rowBytes = oneBit ? (width + 7) / 8 : width * (grey ? 1 : 3);
+    out.append("%ImageData: " + QByteArray::number(width) + ' ' + QByteArray::number(height) + (oneBit ? " 1" : " 8")
+               + (grey ? " 1 0 " : " 3 0 ") + QByteArray::number(grey ? rowBytes : 1) + " 2 \"image\"\n");
+    out.append("%%Page: 1 1\n");
     out.append("gsave\n");
     out.append(QByteArray::number(boxWidth, 'f', 3) + ' ' + QByteArray::number(boxHeight, 'f', 3) + " scale\n");
     out.append(grey ? "/DeviceGray setcolorspace\n" : "/DeviceRGB setcolorspace\n");
@@ -67,7 +76,6 @@ bool EpsHandler::write(const QImage &source)
                + "\n  /BitsPerComponent " + (oneBit ? "1" : "8") + "\n  /Decode " + (grey ? "[0 1]" : "[0 1 0 1 0 1]")
                + "\n  /ImageMatrix [" + QByteArray::number(width) + " 0 0 -" + QByteArray::number(height) + " 0 "
                + QByteArray::number(height) + "]\n  /DataSource currentfile /ASCIIHexDecode filter\n>> image\n");
-    const int rowBytes = oneBit ? (width + 7) / 8 : width * (grey ? 1 : 3);
     int column = 0;
     for (int y = 0; y < height; ++y)
         appendHex(out, converted.constScanLine(y), rowBytes, column);
