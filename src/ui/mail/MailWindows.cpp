@@ -1,20 +1,16 @@
 #include "ui/mail/MailWindows.h"
 
+#include "core/app/SettingsStore.h"
 #include "ui/mail/MailAddr1.h"
 #include "ui/mail/RecvFile1.h"
 #include "ui/mail/SendFile1.h"
 #include "ui/services/UiServices.h"
+#include "ui/tools/About1.h"
+#include "ui/tools/QuikTip1.h"
 
 #include <QFileInfo>
 
 namespace tarnby::ui {
-
-namespace {
-void notYet(UiServices &services, const QString &what, QWidget *parent)
-{
-    services.messages.inform(what + QStringLiteral(" is not available in this version of Tarnby."), parent);
-}
-} // namespace
 
 QWidget *windowShowingFile(const QList<QWidget *> &windows, const QString &path)
 {
@@ -46,11 +42,16 @@ void runSendWindow(AppState &state, UiServices &services, const MailWindowHooks 
                      [&](const QString &mode) { runAddressBook(state, services, hooks, mode, &window); });
     if (hooks.help)
         QObject::connect(&window, &SendFile1::helpRequested, &window, hooks.help);
-    // FIXME: the quick tips and about windows come with the small tools.
+    // The sending window's own tips come under the e-mail key.
     QObject::connect(&window, &SendFile1::quickTipsRequested, &window,
-                     [&] { notYet(services, QStringLiteral("Quick Tips"), &window); });
-    QObject::connect(&window, &SendFile1::aboutRequested, &window,
-                     [&] { notYet(services, QStringLiteral("About Tarnby"), &window); });
+                     [&] { showQuickTips(state, services, &window, QStringLiteral("EM")); });
+    QObject::connect(&window, &SendFile1::aboutRequested, &window, [&] {
+        // A window opened from the viewing frame has no store handed down:
+        // the user's own store is the one the browser reads too.
+        SettingsStore userStore;
+        About1 about(state, services, hooks.store ? *hooks.store : userStore, &window);
+        about.exec();
+    });
     window.start(firstFile);
     window.exec();
 }

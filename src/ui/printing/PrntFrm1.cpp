@@ -368,9 +368,9 @@ void PrntFrm1::loadTables()
     if (m_tablesLoaded || !printsAsListing(m_file))
         return;
     m_tablesLoaded = true;
-    // FIXME: a database password set for the viewed table is not passed on
-    // yet; a protected file opens here as a file without tables.
-    const tables::OpenResult opened = tables::openTableFile(m_file);
+    // A protected file opens with the password of the last login, as the
+    // table view opened it.
+    const tables::OpenResult opened = tables::openTableFile(m_file, m_state.database.password);
     if (!opened.ok())
         return;
     m_tables->addItems(opened.file->tableNames());
@@ -384,7 +384,7 @@ void PrntFrm1::loadFields()
     m_printFields->clear();
     if (!m_tables->currentItem())
         return;
-    const tables::OpenResult opened = tables::openTableFile(m_file);
+    const tables::OpenResult opened = tables::openTableFile(m_file, m_state.database.password);
     if (!opened.ok())
         return;
     const auto table = opened.file->openTable(m_tables->currentItem()->text());
@@ -430,6 +430,7 @@ PrintJobRequest PrntFrm1::jobRequest() const
     PrintJobRequest request;
     request.tab = PrintTab(selectedTab());
     request.file = m_file;
+    request.password = m_state.database.password;
     request.font = m_font;
     request.picture = m_picture;
     request.title = m_title->text();
