@@ -65,7 +65,10 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "qt6-image-formats-plugins, libqt6sql6-sqlite, gstreamer1.0-plugins-base, gstreamer1.0-plugins-good, gstreamer1.0-plugins-bad, gstreamer1.0-libav, fluid-soundfont-gm, antiword | catdoc")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland")
+# The shared organizer catalogue needs QtSql's PostgreSQL driver, and the mail
+# windows' reply, forward and "Send with Outlook Express" hand over to
+# xdg-email; both are optional.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland, libqt6sql6-psql, xdg-utils")
 set(CPACK_DEBIAN_COMPRESSION_TYPE gzip)
 set(CPACK_GENERATOR DEB)
 set(CPACK_SOURCE_GENERATOR "")
