@@ -76,7 +76,6 @@ private slots:
     void pictureWindowReportsIntoTheFrame();
     void pictureWindowIsSizedToThePicture();
     void textWindowPlacementAndStatus();
-    void textBoxKeepsItsHeightInAShortWindow();
     void kindDispatch_data();
     void kindDispatch();
     void copyRules();
@@ -111,7 +110,6 @@ private:
 
     std::unique_ptr<UiFixture> m_ui;
     AppState *m_state = nullptr;
-    UiServices *m_services = nullptr;
     ScriptedResponder *m_responder = nullptr;
     TestDir *m_home = nullptr;
     std::unique_ptr<MDIForm1> m_frame;
@@ -121,11 +119,10 @@ void TestChildFrm1::init()
 {
     m_ui = std::make_unique<UiFixture>();
     m_state = &m_ui->state;
-    m_services = &m_ui->services;
     m_responder = &m_ui->responder;
     m_home = &m_ui->home;
     m_home->createFile("Close.Txt", "Close File\r\n");
-    m_frame = std::make_unique<MDIForm1>(*m_state, *m_services);
+    m_frame = std::make_unique<MDIForm1>(*m_state, m_ui->services);
     m_frame->resize(1200, 900);
     m_frame->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_frame.get()));
@@ -227,17 +224,9 @@ void TestChildFrm1::textWindowPlacementAndStatus()
     QCOMPARE(m_frame->windowTitle(), QStringLiteral("Tarnby 3.0 - testTXT.txt"));
     QVERIFY(!m_frame->commandBar()->isEnabled("ID_NormalBtn"));
     QVERIFY(m_frame->commandBar()->isEnabled("ID_CopyBtn"));
-}
 
-void TestChildFrm1::textBoxKeepsItsHeightInAShortWindow()
-{
-    REQUIRE_FIXTURES();
-    ChildFrm1 *w = open(fixtures::path("TXT/testTXT.txt"));
-    QVERIFY(w);
-    auto *text1 = w->findChild<QTextEdit *>("Text1");
-    const int before = text1->height();
-    const double dpiY = w->logicalDpiY();
     // 420 twips or less: the box keeps its height; the width still follows.
+    const int before = text1->height();
     outer(w)->resize(outer(w)->width() + 30, twipsToPixels(405, dpiY));
     QTRY_COMPARE(text1->height(), before);
     outer(w)->resize(outer(w)->width(), twipsToPixels(3000, dpiY));
@@ -888,10 +877,7 @@ void TestChildFrm1::windowsShowTheProgramIcon()
     // The program sets it for the application; the frame and the document
     // windows of every kind show it, none an icon of its own.
     QApplication::setWindowIcon(icon);
-    QImage picture(40, 30, QImage::Format_RGB32);
-    picture.fill(Qt::darkCyan);
-    QVERIFY(picture.save(m_home->filePath("picture.png")));
-    ChildFrm1 *pictureWindow = open(m_home->filePath("picture.png"));
+    ChildFrm1 *pictureWindow = open(m_home->createFile("picture.png", pngBytes(QSize(40, 30), Qt::darkCyan)));
     ChildFrm1 *textWindow = open(m_home->createFile("notes.txt", "a line\r\n"));
     QVERIFY(pictureWindow && textWindow);
     QCOMPARE(m_frame->windowIcon().cacheKey(), icon.cacheKey());

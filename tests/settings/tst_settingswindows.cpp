@@ -103,24 +103,21 @@ private slots:
     void optionsValidation();
     void optionsChecksInOrder();
     void optionsOkStoresAndWrites();
-    void optionsCancelStoresNothing();
     void addressBookChooser();
     void mailPasswordStaysInKeyring();
 
     void colourSwatchGrid();
     void colourSharedSwatch_data();
     void colourSharedSwatch();
-    void colourCancelStoresNothing();
 
     void foldersFilterAndFiles_data();
     void foldersFilterAndFiles();
     void foldersEditAndSave();
     void foldersEmptyListSavedAsOneEmptyLine();
-    void foldersCancelStoresNothing();
     void foldersDriveMovesToItsRoot();
 
-    void unwritableFileStoresNothing_data();
-    void unwritableFileStoresNothing();
+    void cancelOrUnwritableFileStoresNothing_data();
+    void cancelOrUnwritableFileStoresNothing();
 
     void coloursAppliedWhenShown();
 
@@ -344,18 +341,6 @@ void TestSettingsWindows::optionsOkStoresAndWrites()
     QVERIFY(reread == o);
 }
 
-void TestSettingsWindows::optionsCancelStoresNothing()
-{
-    const settings::ProgramOptions before = m_state->options;
-    SetOptns1 dialog(*m_state, *m_services);
-    textBox(&dialog, 0)->setText(QStringLiteral("3"));
-    child<QCheckBox>(&dialog, QStringLiteral("CHKBOLDTYPE"))->setChecked(true);
-    click(&dialog, QStringLiteral("CancelBtn"));
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QVERIFY(m_state->options == before);
-    QVERIFY(QDir(m_dir->path()).isEmpty());
-}
-
 void TestSettingsWindows::addressBookChooser()
 {
     const QString book = m_dir->createFile(QStringLiteral("lists/Friends.MLS"), "x");
@@ -442,6 +427,10 @@ void TestSettingsWindows::colourSwatchGrid()
     // Each swatch shows its stored colour; the shared pair the same one.
     QCOMPARE(dialog.swatch(0)->value(), 0xFFD3CEu);
     QCOMPARE(dialog.swatch(10)->value(), dialog.swatch(21)->value());
+    // The colour dialog cancelled: the swatch keeps its colour.
+    m_responder->cancelDialog();
+    dialog.chooseColor(1);
+    QCOMPARE(dialog.swatch(1)->value(), m_state->colors.swatch(Swatch::MenusBack));
 }
 
 void TestSettingsWindows::colourSharedSwatch_data()
@@ -479,24 +468,6 @@ void TestSettingsWindows::colourSharedSwatch()
     settings::readWindowColors(m_dir->path(), fromFile);
     QCOMPARE(fromFile.swatch(Swatch::SelectionItemBack), expected);
     QVERIFY(fromFile == m_state->colors);
-}
-
-void TestSettingsWindows::colourCancelStoresNothing()
-{
-    DialogAnswer red;
-    red.accepted = true;
-    red.color = Qt::red;
-    m_responder->answerDialog(red);
-    m_responder->cancelDialog();
-    const settings::WindowColors before = m_state->colors;
-    SetColor1 dialog(*m_state, *m_services);
-    dialog.chooseColor(0);
-    QCOMPARE(dialog.swatch(0)->value(), 0x0000FFu);
-    dialog.chooseColor(1); // the colour dialog cancelled: the swatch keeps its colour
-    QCOMPARE(dialog.swatch(1)->value(), before.swatch(Swatch::MenusBack));
-    click(&dialog, QStringLiteral("CancelBtn"));
-    QVERIFY(m_state->colors == before);
-    QVERIFY(!QFileInfo::exists(m_dir->filePath(settings::ColorsFileName)));
 }
 
 void TestSettingsWindows::foldersFilterAndFiles_data()
@@ -581,16 +552,6 @@ void TestSettingsWindows::foldersEmptyListSavedAsOneEmptyLine()
     QCOMPARE(m_dir->read(settings::WorkingFoldersFileName), QByteArray("\r\n"));
 }
 
-void TestSettingsWindows::foldersCancelStoresNothing()
-{
-    m_state->workingFolders = {QStringLiteral("/a (1)")};
-    SetFoldr1 dialog(*m_state, *m_services, m_dir->path());
-    click(&dialog, QStringLiteral("ClearBtn"));
-    click(&dialog, QStringLiteral("CancelBtn"));
-    QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
-    QVERIFY(!QFileInfo::exists(m_dir->filePath(settings::WorkingFoldersFileName)));
-}
-
 void TestSettingsWindows::foldersDriveMovesToItsRoot()
 {
     SetFoldr1 dialog(*m_state, *m_services, m_dir->createFolder(QStringLiteral("deep/er")));
@@ -602,26 +563,35 @@ void TestSettingsWindows::foldersDriveMovesToItsRoot()
     QCOMPARE(dialog.currentFolder(), QDir::rootPath());
 }
 
-void TestSettingsWindows::unwritableFileStoresNothing_data()
+void TestSettingsWindows::cancelOrUnwritableFileStoresNothing_data()
 {
     QTest::addColumn<QString>("file");
-    QTest::newRow("options") << settings::OptionsFileName;
-    QTest::newRow("colours") << settings::ColorsFileName;
-    QTest::newRow("working folders") << settings::WorkingFoldersFileName;
+    QTest::addColumn<bool>("unwritable"); // false: the window is cancelled
+    QTest::newRow("options cancelled") << settings::OptionsFileName << false;
+    QTest::newRow("colours cancelled") << settings::ColorsFileName << false;
+    QTest::newRow("working folders cancelled") << settings::WorkingFoldersFileName << false;
+    QTest::newRow("options unwritable") << settings::OptionsFileName << true;
+    QTest::newRow("colours unwritable") << settings::ColorsFileName << true;
+    QTest::newRow("working folders unwritable") << settings::WorkingFoldersFileName << true;
 }
 
-void TestSettingsWindows::unwritableFileStoresNothing()
+void TestSettingsWindows::cancelOrUnwritableFileStoresNothing()
 {
     QFETCH(QString, file);
+    QFETCH(bool, unwritable);
     // A folder in the file's place: no writer can replace it, even root's.
-    m_dir->createFolder(file);
+    if (unwritable)
+        m_dir->createFolder(file);
     const settings::ProgramOptions options = m_state->options;
     const settings::WindowColors colors = m_state->colors;
     m_state->workingFolders = {QStringLiteral("/a (1)")};
 
+    // The window that writes the file, with a change made in it.
     std::unique_ptr<QDialog> dialog;
     if (file == settings::OptionsFileName) {
         auto *d = new SetOptns1(*m_state, *m_services);
+        textBox(d, 0)->setText(QStringLiteral("3"));
+        child<QCheckBox>(d, QStringLiteral("CHKBOLDTYPE"))->setChecked(true);
         child<QCheckBox>(d, QStringLiteral("CHKGRIDLINE"))->setChecked(true);
         dialog.reset(d);
     } else if (file == settings::ColorsFileName) {
@@ -633,10 +603,15 @@ void TestSettingsWindows::unwritableFileStoresNothing()
         click(d, QStringLiteral("ClearBtn"));
         dialog.reset(d);
     }
-    click(dialog.get(), QStringLiteral("OKBtn"));
-    QCOMPARE(m_responder->messageTexts().size(), 1);
-    QVERIFY(m_responder->messageTexts().constFirst().contains(file));
-    QVERIFY(dialog->result() != QDialog::Accepted);
+    click(dialog.get(), unwritable ? QStringLiteral("OKBtn") : QStringLiteral("CancelBtn"));
+    if (unwritable) {
+        QCOMPARE(m_responder->messageTexts().size(), 1);
+        QVERIFY(m_responder->messageTexts().constFirst().contains(file));
+        QVERIFY(dialog->result() != QDialog::Accepted);
+    } else {
+        QCOMPARE(dialog->result(), int(QDialog::Rejected));
+        QVERIFY(QDir(m_dir->path()).isEmpty());
+    }
     QVERIFY(m_state->options == options);
     QVERIFY(m_state->colors == colors);
     QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
