@@ -262,6 +262,8 @@ int runGroup(const QByteArrayList &args)
             findKeywordSeen = true;
         } else if (arg == "--yes") {
             yes = true;
+        } else if (arg == "--help" || arg == "-h") {
+            return usageError();
         } else if (arg.startsWith("--")) {
             return usageError(QStringLiteral("unknown option ") + QString::fromLocal8Bit(arg));
         } else {
@@ -273,6 +275,8 @@ int runGroup(const QByteArrayList &args)
     static const QStringList subs = {QStringLiteral("list"), QStringLiteral("add"), QStringLiteral("files"),
                                      QStringLiteral("import"), QStringLiteral("find"), QStringLiteral("compact"),
                                      QStringLiteral("clear")};
+    if (sub == QLatin1String("--help") || sub == QLatin1String("-h"))
+        return usageError();
     if (!subs.contains(sub))
         return usageError(QStringLiteral("unknown sub-command ") + sub);
     const std::optional<SortKey> key = sortKeyFromName(sortName);

@@ -173,6 +173,8 @@ int runPrint(const QByteArrayList &args)
             }
         } else if (arg == "--use-file") {
             options.useFile = true;
+        } else if (arg == "--help" || arg == "-h") {
+            return usageError();
         } else if (arg.startsWith("--")) {
             return usageError(QStringLiteral("unknown option ") + QString::fromLocal8Bit(arg));
         } else if (options.file.isEmpty()) {

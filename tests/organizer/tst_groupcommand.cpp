@@ -163,6 +163,8 @@ void TestGroupCommand::usageErrors_data()
     QTest::newRow("import without a folder") << QStringList{"import", "G"};
     QTest::newRow("import of a missing folder") << QStringList{"import", "G", "/nonexistent/folder"};
     QTest::newRow("unknown option") << QStringList{"list", "--fast"};
+    QTest::newRow("help") << QStringList{"--help"};
+    QTest::newRow("help after a sub-command") << QStringList{"list", "--help"};
 }
 
 void TestGroupCommand::usageErrors()
@@ -172,6 +174,8 @@ void TestGroupCommand::usageErrors()
     QCOMPARE(run.exitCode, 2);
     QVERIFY(run.err.contains("Usage: tarnby-cli group"));
     QVERIFY(run.out.isEmpty());
+    if (args.contains(QLatin1String("--help")))
+        QVERIFY2(run.err.startsWith("Usage:"), run.err.constData());
 }
 
 void TestGroupCommand::damagedDatabaseIsReported()

@@ -154,6 +154,7 @@ void TestCliPrint::refusals_data()
                                   << "--at wants X,Y in inches";
     QTest::newRow("unknown field") << QStringList{"@ok.db", "--fields", "nothere", "--pdf", "@out.pdf"} << 1
                                    << "no field named nothere";
+    QTest::newRow("help") << QStringList{"--help"} << 2 << "Usage: tarnby-cli print";
 }
 
 void TestCliPrint::refusals()
@@ -172,6 +173,8 @@ void TestCliPrint::refusals()
     const clitest::Run run = runCli(QStringLiteral("print"), args);
     QCOMPARE(run.exitCode, exitCode);
     QVERIFY2(QString::fromUtf8(run.err).contains(message), run.err.constData());
+    if (args.contains(QLatin1String("--help")))
+        QVERIFY2(run.err.startsWith("Usage:"), run.err.constData());
     // Nothing is left behind when the job did not print.
     QVERIFY(!QFile::exists(dir.filePath("out.pdf")));
 }
