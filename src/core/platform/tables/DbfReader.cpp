@@ -445,14 +445,6 @@ private:
     QString m_name;
 };
 
-OpenResult failed(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
 int fieldTypeNumber(char type, quint8 version, int length)
 {
     switch (type) {
@@ -527,14 +519,14 @@ OpenResult openDbf(DbfSources sources)
     QIODevice &device = *sources.table;
     const qint64 fileSize = device.size();
     const auto damaged = [&](const QString &why) {
-        return failed(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" is damaged: %2").arg(name, why));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" is damaged: %2").arg(name, why));
     };
 
     if (!device.seek(0))
-        return failed(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
     const QByteArray head = device.read(headerSize);
     if (head.size() < headerSize || !looksLikeDbf(head))
-        return failed(OpenStatus::Failed, QStringLiteral("\"%1\" is not a dBASE table.").arg(name));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("\"%1\" is not a dBASE table.").arg(name));
     const auto *h = reinterpret_cast<const uchar *>(head.constData());
     const quint8 version = h[0];
     const qint64 recordCount = qFromLittleEndian<quint32>(h + 4);
@@ -543,7 +535,7 @@ OpenResult openDbf(DbfSources sources)
     const quint8 codePageMark = h[29];
 
     if (isDbase7(version, headerLength))
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("The table \"%1\" is a dBASE 7 table, which Tarnby cannot read.").arg(name));
     if (headerLength > fileSize)
         return damaged(QStringLiteral("its header claims %1 bytes, but the file holds only %2.")
@@ -553,7 +545,7 @@ OpenResult openDbf(DbfSources sources)
     // The field descriptors, up to the end mark 0x0D or the header's end.
     const QByteArray header = head + device.read(headerLength - headerSize);
     if (header.size() != headerLength)
-        return failed(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
     QList<DbfField> fields;
     int offset = 1; // after the deletion mark
     for (qint64 at = headerSize; at + descriptorSize <= headerLength && header[at] != '\x0D'; at += descriptorSize) {
@@ -611,10 +603,10 @@ OpenResult openDbf(DbfSources sources)
     for (qint64 record = 0; record < recordCount; record += perRead) {
         const qint64 wanted = qMin(perRead, recordCount - record);
         if (!device.seek(headerLength + record * recordLength))
-            return failed(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
+            return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
         const QByteArray chunk = device.read(wanted * recordLength);
         if (chunk.size() != wanted * recordLength)
-            return failed(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
+            return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
         for (qint64 i = 0; i < wanted; ++i) {
             if (chunk[i * recordLength] == '*')
                 deleted.push_back(record + i);
@@ -649,7 +641,7 @@ OpenResult openDbfFile(const QString &path)
     const QFileInfo info(path);
     auto table = std::make_unique<QFile>(path);
     if (!table->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return failed(OpenStatus::Failed,
+        return OpenResult::failure(OpenStatus::Failed,
                       QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, table->errorString()));
     const QByteArray head = table->read(headerSize);
     const quint8 version = head.isEmpty() ? 0 : quint8(head[0]);

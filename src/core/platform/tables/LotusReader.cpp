@@ -272,38 +272,30 @@ private:
     std::vector<Sheet> m_sheets;
 };
 
-OpenResult failed(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
 } // namespace
 
 OpenResult openLotusFile(const QString &path)
 {
     const QString fileName = QFileInfo(path).fileName();
     if (!QFileInfo(path).isFile())
-        return failed(OpenStatus::Failed, QStringLiteral("The file \"%1\" could not be opened.").arg(path));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The file \"%1\" could not be opened.").arg(path));
     librevenge::RVNGFileStream input(QFile::encodeName(path).constData());
     libwps::WPSKind kind = libwps::WPS_TEXT;
     libwps::WPSCreator creator = libwps::WPS_MSWORKS;
     bool needEncoding = false;
     const libwps::WPSConfidence confidence = libwps::WPSDocument::isFileFormatSupported(&input, kind, creator, needEncoding);
     if (confidence == libwps::WPS_CONFIDENCE_NONE || kind != libwps::WPS_SPREADSHEET)
-        return failed(OpenStatus::Failed, QStringLiteral("\"%1\" is not a worksheet Tarnby can read.").arg(fileName));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("\"%1\" is not a worksheet Tarnby can read.").arg(fileName));
     if (confidence == libwps::WPS_CONFIDENCE_SUPPORTED_ENCRYPTION)
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("The worksheet \"%1\" is protected by a password, which Tarnby cannot read.").arg(fileName));
     CellCollector collector;
     const libwps::WPSResult result = libwps::WPSDocument::parse(&input, &collector, nullptr, nullptr);
     if (result == libwps::WPS_ENCRYPTION_ERROR)
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("The worksheet \"%1\" is protected by a password, which Tarnby cannot read.").arg(fileName));
     if (result != libwps::WPS_OK)
-        return failed(OpenStatus::Failed, QStringLiteral("The worksheet \"%1\" is damaged and could not be read.").arg(fileName));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The worksheet \"%1\" is damaged and could not be read.").arg(fileName));
     OpenResult opened;
     opened.file = std::make_unique<LotusFile>(std::move(collector.sheets));
     return opened;

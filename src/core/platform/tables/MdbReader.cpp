@@ -46,14 +46,6 @@ QByteArray headerKeyStream()
     return stream;
 }
 
-OpenResult failed(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
 int fieldTypeNumber(int mdbType)
 {
     switch (mdbType) {
@@ -319,23 +311,23 @@ OpenResult openMdbFile(const QString &path, const QString &password)
     const QString fileName = QFileInfo(path).fileName();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return failed(OpenStatus::Failed, QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, file.errorString()));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, file.errorString()));
     const QByteArray page = file.read(2048);
     file.close();
     if (page.size() < 2048 || !page.mid(4, 15).startsWith("Standard Jet DB"))
-        return failed(OpenStatus::Failed, QStringLiteral("\"%1\" is not an Access database.").arg(fileName));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("\"%1\" is not an Access database.").arg(fileName));
     const QString stored = mdbPassword(page);
     if (!stored.isEmpty() && password.isEmpty())
-        return failed(OpenStatus::PasswordRequired,
+        return OpenResult::failure(OpenStatus::PasswordRequired,
                       QStringLiteral("The Access database \"%1\" is protected by a password.").arg(fileName));
     if (!stored.isEmpty() && password != stored)
-        return failed(OpenStatus::WrongPassword,
+        return OpenResult::failure(OpenStatus::WrongPassword,
                       QStringLiteral("The password for the Access database \"%1\" is not correct.").arg(fileName));
 
     auto handle = std::make_shared<Handle>();
     handle->mdb = mdb_open(QFile::encodeName(path).constData(), MDB_NOFLAGS);
     if (!handle->mdb)
-        return failed(OpenStatus::Failed, QStringLiteral("The Access database \"%1\" could not be opened.").arg(fileName));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The Access database \"%1\" could not be opened.").arg(fileName));
     // Every bound column gets a buffer of the bind size. libmdb copies OLE
     // objects into theirs a data page (up to 4 KB) at a time and sizes some
     // buffers of its own catalogue reading by it, so it stays well above a
@@ -344,7 +336,7 @@ OpenResult openMdbFile(const QString &path, const QString &password)
     mdb_set_date_fmt(handle->mdb, "%Y-%m-%dT%H:%M:%S");
     GPtrArray *catalog = mdb_read_catalog(handle->mdb, MDB_TABLE);
     if (!catalog)
-        return failed(OpenStatus::Failed,
+        return OpenResult::failure(OpenStatus::Failed,
                       QStringLiteral("The Access database \"%1\" is damaged: its list of tables cannot be read.").arg(fileName));
     std::vector<MdbCatalogEntry *> entries;
     for (guint i = 0; i < catalog->len && entries.size() < size_t(maxTables); ++i) {

@@ -359,14 +359,6 @@ private:
     QString m_name;
 };
 
-OpenResult failed(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
 } // namespace
 
 QByteArray readParadoxBlob(QIODevice &memo, quint32 offset, quint32 length)
@@ -408,10 +400,10 @@ OpenResult openParadox(ParadoxSources sources)
     QIODevice &device = *sources.table;
     const qint64 fileSize = device.size();
     const auto damaged = [&](const QString &why) {
-        return failed(OpenStatus::Failed, QStringLiteral("The Paradox table \"%1\" is damaged: %2").arg(name, why));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The Paradox table \"%1\" is damaged: %2").arg(name, why));
     };
     const auto notParadox = [&] {
-        return failed(OpenStatus::Failed, QStringLiteral("\"%1\" is not a Paradox table.").arg(name));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("\"%1\" is not a Paradox table.").arg(name));
     };
 
     const QByteArray head = readExactly(device, 0, 0x58);
@@ -454,7 +446,7 @@ OpenResult openParadox(ParadoxSources sources)
         codePage = qFromLittleEndian<quint16>(header.constData() + 0x6A);
     }
     if (encryption != 0)
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("The Paradox table \"%1\" is encrypted, which Tarnby cannot read.").arg(name));
 
     // Field types and sizes, then the table name's pointer, a pointer per
@@ -535,7 +527,7 @@ OpenResult openParadoxFile(const QString &path)
     const QFileInfo info(path);
     auto table = std::make_unique<QFile>(path);
     if (!table->open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return failed(OpenStatus::Failed,
+        return OpenResult::failure(OpenStatus::Failed,
                       QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, table->errorString()));
     ParadoxSources sources;
     sources.tableName = info.completeBaseName();

@@ -237,14 +237,6 @@ private:
     QStringList m_tables;
 };
 
-OpenResult failed(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
 } // namespace
 
 bool looksLikeSqlite(const QByteArray &head)
@@ -256,17 +248,17 @@ OpenResult openSqliteFile(const QString &path)
 {
     const QString fileName = QFileInfo(path).fileName();
     if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE")))
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("\"%1\" is an SQLite database, but Qt's SQLite driver is not installed.").arg(fileName));
     auto connection = std::make_shared<Connection>(path);
     if (!connection->isOpen())
-        return failed(OpenStatus::Failed,
+        return OpenResult::failure(OpenStatus::Failed,
                       QStringLiteral("The SQLite database \"%1\" could not be opened: %2").arg(fileName, connection->error()));
     QSqlQuery query(connection->database());
     // SQLite's own tables start with "sqlite_"; the escape keeps "_" literal.
     if (!query.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' "
                                    "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY rowid"))) {
-        return failed(OpenStatus::Failed, QStringLiteral("The SQLite database \"%1\" could not be read: %2")
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The SQLite database \"%1\" could not be read: %2")
                                               .arg(fileName, query.lastError().text()));
     }
     QStringList tables;

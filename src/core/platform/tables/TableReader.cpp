@@ -22,23 +22,11 @@ Result<IndexKey> Table::indexKey(const QString &indexName) const
 }
 TableFile::~TableFile() = default;
 
-namespace {
-
-OpenResult refuse(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
-} // namespace
-
 OpenResult openTableFile(const QString &path, const QString &password)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return refuse(OpenStatus::Failed,
+        return OpenResult::failure(OpenStatus::Failed,
                       QStringLiteral("The file \"%1\" could not be opened: %2").arg(path, file.errorString()));
     const QByteArray head = file.read(64);
     file.close();
@@ -58,7 +46,7 @@ OpenResult openTableFile(const QString &path, const QString &password)
     if (extension == QLatin1String("wk4") || extension == QLatin1String("wk3") || extension == QLatin1String("wk1")
         || extension == QLatin1String("wks"))
         return openLotusFile(path);
-    return refuse(OpenStatus::Unsupported,
+    return OpenResult::failure(OpenStatus::Unsupported,
                   QStringLiteral("Tarnby cannot read tables from the file \"%1\" yet.").arg(QFileInfo(path).fileName()));
 }
 

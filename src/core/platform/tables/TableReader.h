@@ -148,6 +148,14 @@ struct OpenResult {
     OpenStatus status = OpenStatus::Ok;
     QString errorString;
     bool ok() const { return status == OpenStatus::Ok; }
+
+    static OpenResult failure(OpenStatus status, const QString &why)
+    {
+        OpenResult result;
+        result.status = status;
+        result.errorString = why;
+        return result;
+    }
 };
 
 // Opens path with the reader its extension and its first bytes call for: a

@@ -25,14 +25,6 @@ struct Workbook {
     }
 };
 
-OpenResult failed(OpenStatus status, const QString &why)
-{
-    OpenResult result;
-    result.status = status;
-    result.errorString = why;
-    return result;
-}
-
 QVariant cellValue(const FreeXL_CellValue &cell)
 {
     switch (cell.type) {
@@ -171,24 +163,24 @@ OpenResult openXlsFile(const QString &path)
     const int status = freexl_open(QFile::encodeName(path).constData(), &workbook->handle);
     // FreeXL answers an encrypted workbook with success and no handle.
     if (status == FREEXL_OK && !workbook->handle)
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("The workbook \"%1\" is encrypted, which Tarnby cannot read.").arg(fileName));
     if (status != FREEXL_OK || !workbook->handle) {
         workbook->handle = nullptr;
-        return failed(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
     }
     unsigned int password = 0;
     if (freexl_get_info(workbook->handle, FREEXL_BIFF_PASSWORD, &password) == FREEXL_OK && password == FREEXL_BIFF_OBFUSCATED)
-        return failed(OpenStatus::Unsupported,
+        return OpenResult::failure(OpenStatus::Unsupported,
                       QStringLiteral("The workbook \"%1\" is encrypted, which Tarnby cannot read.").arg(fileName));
     unsigned int count = 0;
     if (freexl_get_info(workbook->handle, FREEXL_BIFF_SHEET_COUNT, &count) != FREEXL_OK)
-        return failed(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
+        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
     QStringList sheets;
     for (unsigned i = 0; i < count && sheets.size() < maxTables; ++i) {
         const char *name = nullptr;
         if (freexl_get_worksheet_name(workbook->handle, static_cast<unsigned short>(i), &name) != FREEXL_OK || !name)
-            return failed(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
+            return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
         sheets << QString::fromUtf8(name);
     }
     OpenResult result;
