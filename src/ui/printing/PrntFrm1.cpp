@@ -197,6 +197,11 @@ QWidget *PrntFrm1::buildPictureTab()
     m_width = box(frame, "PictWidth", "Enter Width of Image on Page");
     m_height = box(frame, "PictHeight", "Enter Height of Image on Page");
 
+    // The title's position boxes have no captions of their own: their
+    // placeholders say which is which.
+    m_dxPos->setPlaceholderText(QStringLiteral("Left"));
+    m_dyPos->setPlaceholderText(QStringLiteral("Top"));
+
     auto *grid = new QGridLayout(frame);
     grid->addWidget(m_image, 0, 0, 8, 1);
     grid->addWidget(label(frame, QStringLiteral("Enter Description and Position to Print:")), 0, 1, 1, 3);
@@ -213,6 +218,10 @@ QWidget *PrntFrm1::buildPictureTab()
     grid->addWidget(label(frame, QStringLiteral("Image Y Pos:")), 6, 1);
     grid->addWidget(m_yPos, 6, 2);
     grid->setRowStretch(7, 1);
+    // The title is the widest box.
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(2, 1);
+    grid->setColumnStretch(3, 1);
     return frame;
 }
 
@@ -247,17 +256,21 @@ QWidget *PrntFrm1::buildListingTab()
     auto *allRight = button(frame, "AllRightBtn", QStringLiteral(">>"), "Select All Fields to Print");
     auto *allLeft = button(frame, "AllLeftBtn", QStringLiteral("<<"), "Unselect All Fields to Print");
 
+    // The captions sit on the lists; the field buttons between the two
+    // field lists, at their top.
     auto *grid = new QGridLayout(frame);
     grid->addWidget(label(frame, QStringLiteral("Database Listing")), 0, 0);
-    grid->addWidget(m_tables, 1, 0, 5, 1);
+    grid->addWidget(m_tables, 1, 0);
     grid->addWidget(label(frame, QStringLiteral("File Fields")), 0, 1);
-    grid->addWidget(m_fileFields, 1, 1, 5, 1);
-    grid->addWidget(right, 1, 2);
-    grid->addWidget(left, 2, 2);
-    grid->addWidget(allRight, 3, 2);
-    grid->addWidget(allLeft, 4, 2);
+    grid->addWidget(m_fileFields, 1, 1);
+    auto *moves = new QVBoxLayout;
+    for (QPushButton *b : {right, left, allRight, allLeft})
+        moves->addWidget(b);
+    moves->addStretch();
+    grid->addLayout(moves, 1, 2);
     grid->addWidget(label(frame, QStringLiteral("Print Fields")), 0, 3);
-    grid->addWidget(m_printFields, 1, 3, 5, 1);
+    grid->addWidget(m_printFields, 1, 3);
+    grid->setRowStretch(1, 1);
 
     connect(m_tables, &QListWidget::currentRowChanged, this, &PrntFrm1::loadFields);
     connect(right, &QPushButton::clicked, this, [this] { moveFields(true, false); });
