@@ -112,6 +112,8 @@ private slots:
     void listingFields();
     void listingWrapsAndBreaksPages();
     void listingReadsInBatches();
+    void stoppedJobAbortsItsPrinter_data();
+    void stoppedJobAbortsItsPrinter();
     void numbersAndDatesKeepToOneLine();
     void reportModeAroundWalk_data();
     void reportModeAroundWalk();
@@ -440,6 +442,50 @@ void TestPrintJobs::listingReadsInBatches()
     QVERIFY(result.cancelled);
     QVERIFY(table.largestRead <= ListingRowsPerRead);
     QVERIFY(result.pages < 20);
+}
+
+void TestPrintJobs::stoppedJobAbortsItsPrinter_data()
+{
+    QTest::addColumn<bool>("text");
+    QTest::addColumn<bool>("stop");
+    QTest::newRow("listing stopped") << false << true;
+    QTest::newRow("listing finished") << false << false;
+    QTest::newRow("text stopped") << true << true;
+    QTest::newRow("text finished") << true << false;
+}
+
+void TestPrintJobs::stoppedJobAbortsItsPrinter()
+{
+    QFETCH(bool, text);
+    QFETCH(bool, stop);
+    TestDir dir;
+    QPdfWriter writer(dir.filePath("out.pdf"));
+    letter(writer);
+    JobControl control;
+    int pagesAtAbort = -1;
+    int pages = 0;
+    control.progress = [&](int done) {
+        pages = done;
+        if (stop && done == 2)
+            control.cancel = true;
+    };
+    control.abort = [&] { pagesAtAbort = pages; };
+    PrintResult result;
+    if (text) {
+        QByteArray lines;
+        for (int i = 0; i < 2000; ++i)
+            lines += "line " + QByteArray::number(i) + "\r\n";
+        result = printTextFile(writer, dir.createFile("long.txt", lines), false, PrintFont{}, &control);
+    } else {
+        GeneratedTable table(stockFields, 3000, [](qint64 row, int) -> QVariant { return row; });
+        result = printListing(writer, table, {}, QStringLiteral("BIG.DBF"), PrintFont{}, &control);
+    }
+    QCOMPARE(result.cancelled, stop);
+    // Told once, when the job stops, and never when it ends on its own.
+    if (stop)
+        QVERIFY2(pagesAtAbort >= 2 && pagesAtAbort < 10, qPrintable(QString::number(pagesAtAbort)));
+    else
+        QCOMPARE(pagesAtAbort, -1);
 }
 
 void TestPrintJobs::numbersAndDatesKeepToOneLine()

@@ -2,17 +2,28 @@
 #include "PdfReadBack.h"
 #include "UiFixture.h"
 
+#include "core/browser/FolderTreeModel.h"
+#include "core/browser/MountTable.h"
+#include "core/catalogue/FileCatalogue.h"
 #include "core/printing/PrintTypes.h"
+#include "core/search/FileSearch.h"
+#include "core/viewer/DocumentRules.h"
 #include "ui/browser/Tarnby1.h"
+#include "ui/frame/ChildFrm1.h"
+#include "ui/frame/MDIForm1.h"
 #include "ui/printing/PrntFrm1.h"
+#include "ui/tools/HelpWindow.h"
 
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPrintPreviewDialog>
+#include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace tarnby;
@@ -49,6 +60,31 @@ struct JobWatch {
     printing::PrintResult result;
 };
 
+QString pngBytesFile(TestDir &dir, const QString &name, QSize size, QColor colour)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(colour);
+    image.setDotsPerMeterX(3780); // 96 dpi
+    image.setDotsPerMeterY(3780);
+    const QString path = dir.filePath(name);
+    image.save(path);
+    return path;
+}
+
+// Counts the pixels of a page near a colour.
+int pixelsNear(const QImage &page, QColor colour)
+{
+    int count = 0;
+    for (int y = 0; y < page.height(); ++y)
+        for (int x = 0; x < page.width(); ++x) {
+            const QColor c(page.pixel(x, y));
+            if (std::abs(c.red() - colour.red()) < 40 && std::abs(c.green() - colour.green()) < 40
+                && std::abs(c.blue() - colour.blue()) < 40)
+                ++count;
+        }
+    return count;
+}
+
 } // namespace
 
 class TestPrntFrm1 : public QObject
@@ -68,14 +104,40 @@ private slots:
     void listingWithoutTables();
     void reportNeedsFileOrType();
     void reportUsesFileAndResetsMode();
+    void reportWalksOnFromTheSavedPosition();
+    void reportAsksAboutTheNetwork_data();
+    void reportAsksAboutTheNetwork();
+    void stopLeavesNoPdf_data();
+    void stopLeavesNoPdf();
+    void previewShowsThePages_data();
+    void previewShowsThePages();
+    void editedPicturePrintsAsShown();
+    void helpOpensThePrintingTopic_data();
+    void helpOpensThePrintingTopic();
     void printerErrorKeepsWindowOpen();
     void browserCommands();
 
 private:
     // Prints with a PDF printer instead of the system dialog; waits for the job.
     JobWatch print(PrntFrm1 &window, const QString &pdf, bool landscape = false);
+    // A browser whose tree holds only folder (and the network node with the
+    // given mounts), as the search tests make one.
+    std::unique_ptr<Tarnby1> browserOver(const QString &folder, const QList<MountEntry> &network = {});
     std::unique_ptr<UiFixture> m_ui;
 };
+
+std::unique_ptr<Tarnby1> TestPrntFrm1::browserOver(const QString &folder, const QList<MountEntry> &network)
+{
+    auto browser = std::make_unique<Tarnby1>(m_ui->state, m_ui->services, m_ui->store);
+    StartupRequest request;
+    request.homeOption = m_ui->home.path();
+    browser->load(request);
+    FolderRoots roots;
+    roots.volumes = {folder};
+    roots.network = network;
+    browser->folderTree()->setRoots(roots);
+    return browser;
+}
 
 JobWatch TestPrntFrm1::print(PrntFrm1 &window, const QString &pdf, bool landscape)
 {
@@ -173,15 +235,19 @@ void TestPrntFrm1::landscapeWarningOnEveryTab()
     m_ui->home.createFile("stock.dbf", smallDbf());
     m_ui->home.createFile("tree/boat.png", "x");
     m_ui->state.currentFile = m_ui->home.filePath(file);
+    const auto browser = browserOver(m_ui->home.filePath("tree"));
     PrntFrm1 window(m_ui->state, m_ui->services);
-    window.setReportRoots({m_ui->home.filePath("tree")});
+    browser->preparePrintWindow(window);
     window.findChild<QCheckBox *>("Check1")->setChecked(true);
     window.selectTab(tab);
     const QString pdf = m_ui->home.filePath("out.pdf");
     const JobWatch watch = print(window, pdf, true);
     QVERIFY(watch.finished);
     QVERIFY2(watch.result.ok(), qPrintable(watch.result.errorString));
-    QCOMPARE(m_ui->responder.messageTexts(), QStringList{printing::PortraitOnly});
+    QCOMPARE(m_ui->responder.messageTexts().value(0), QLatin1String(printing::PortraitOnly));
+    // The report's walk ends as a search does; no other tab says more.
+    QCOMPARE(m_ui->responder.messageTexts().mid(1),
+             tab == 4 ? (QStringList{"Do You want to Search the Network?", " End of Search . . ."}) : QStringList{});
     // Printed upright all the same.
     const QImage page = pdfreadback::render(pdf, 10);
     QVERIFY(!page.isNull());
@@ -295,8 +361,9 @@ void TestPrntFrm1::reportUsesFileAndResetsMode()
     m_ui->home.createFile("tree/b/other.png", "x");
     m_ui->state.currentFile = m_ui->home.filePath("tree/a/boat.png");
     m_ui->state.searchPattern = QStringLiteral("*.PNG");
+    const auto browser = browserOver(m_ui->home.filePath("tree"));
     PrntFrm1 window(m_ui->state, m_ui->services);
-    window.setReportRoots({m_ui->home.filePath("tree")});
+    browser->preparePrintWindow(window);
     window.selectTab(4);
     QCOMPARE(window.findChild<QLabel *>("Label4")->text(), QStringLiteral("*.PNG"));
     window.findChild<QCheckBox *>("Check1")->setChecked(true);
@@ -325,6 +392,270 @@ void TestPrntFrm1::reportUsesFileAndResetsMode()
     QVERIFY(!pages[0].contains(QStringLiteral("other.png")));
     // The report file stays in the program folder.
     QVERIFY(m_ui->home.read(printing::ReportFileName).contains("##"));
+    // The file's name became the search pattern.
+    QCOMPARE(m_ui->state.searchPattern, QStringLiteral("boat.png"));
+}
+
+void TestPrntFrm1::reportWalksOnFromTheSavedPosition()
+{
+    m_ui->home.createFile("tree/a/one.png", "x");
+    m_ui->home.createFile("tree/b/two.png", "x");
+    m_ui->home.createFile("tree/c/three.png", "x");
+    m_ui->state.currentFile = m_ui->home.filePath("tree/a/one.png");
+    const auto browser = browserOver(m_ui->home.filePath("tree"));
+    // A search stops at the first folder; the report goes on after it.
+    m_ui->responder.answerMessage(MessageAnswer::No); // the network node, second in the tree
+    m_ui->state.searchPattern = QStringLiteral("*.PNG");
+    QSignalSpy searched(browser.get(), &Tarnby1::searchFinished);
+    browser->FindFileRoutine();
+    QVERIFY(searched.wait(30000));
+    const int after = browser->fileSearch()->position();
+    QVERIFY(after > 0);
+
+    PrntFrm1 window(m_ui->state, m_ui->services);
+    browser->preparePrintWindow(window);
+    window.selectTab(4);
+    const QString pdf = m_ui->home.filePath("report.pdf");
+    const JobWatch watch = print(window, pdf);
+    QVERIFY2(watch.result.ok(), qPrintable(watch.result.errorString));
+    QVERIFY(!m_ui->state.reportMode);
+    // The network was passed by the first walk: asked once, then the end.
+    QCOMPARE(m_ui->responder.messageTexts(),
+             (QStringList{"Do You want to Search the Network?", " End of Search . . ."}));
+    QCOMPARE(browser->fileSearch()->position(), 0);
+    const QString report = QString::fromUtf8(m_ui->home.read(printing::ReportFileName));
+    QVERIFY(!report.contains(QStringLiteral("one.png")));
+    QVERIFY(report.contains(QStringLiteral("##") + m_ui->home.filePath("tree/b") + QStringLiteral("\r\ntwo.png")));
+    const QString text = pdfreadback::pages(pdf).join(QLatin1Char('\n'));
+    QVERIFY(text.contains(QStringLiteral("Folder Locations for File Type: *.PNG")));
+    QVERIFY(text.contains(QStringLiteral("three.png")));
+    QVERIFY(!text.contains(QStringLiteral("one.png")));
+    // The browser shows the last folder the walk examined.
+    QVERIFY(browser->windowTitle().startsWith(QStringLiteral("Tarnby 3.0 - ")));
+}
+
+void TestPrntFrm1::reportAsksAboutTheNetwork_data()
+{
+    QTest::addColumn<bool>("answer");
+    QTest::newRow("no: the share is left out") << false;
+    QTest::newRow("yes: the share is walked") << true;
+}
+
+void TestPrntFrm1::reportAsksAboutTheNetwork()
+{
+    QFETCH(bool, answer);
+    m_ui->home.createFile("tree/a/one.png", "x");
+    TestDir share; // stands in for a mounted network share
+    share.createFile("pictures/far.png", "x");
+    const MountEntry mount{QStringLiteral("//nas/share"), share.path(), QStringLiteral("cifs")};
+    m_ui->state.currentFile = m_ui->home.filePath("tree/a/one.png");
+    m_ui->state.searchPattern = QStringLiteral("*.PNG");
+    const auto browser = browserOver(m_ui->home.filePath("tree"), {mount});
+    m_ui->responder.answerMessage(answer ? MessageAnswer::Yes : MessageAnswer::No);
+    PrntFrm1 window(m_ui->state, m_ui->services);
+    browser->preparePrintWindow(window);
+    window.selectTab(4);
+    const QString pdf = m_ui->home.filePath("report.pdf");
+    const JobWatch watch = print(window, pdf);
+    QVERIFY2(watch.result.ok(), qPrintable(watch.result.errorString));
+    QCOMPARE(m_ui->responder.messageTexts(),
+             (QStringList{"Do You want to Search the Network?", " End of Search . . ."}));
+    const QString text = pdfreadback::pages(pdf).join(QLatin1Char('\n'));
+    QVERIFY(text.contains(QStringLiteral("one.png")));
+    QCOMPARE(text.contains(QStringLiteral("far.png")), answer);
+    QCOMPARE(browser->folderTree()->isListed(browser->folderTree()->findPath(share.path())), answer);
+}
+
+void TestPrntFrm1::stopLeavesNoPdf_data()
+{
+    QTest::addColumn<int>("tab");
+    QTest::addColumn<bool>("waitForPages");
+    QTest::newRow("text, stopped at once") << 2 << false;
+    QTest::newRow("text, stopped after the first pages") << 2 << true;
+    QTest::newRow("report, stopped while walking") << 4 << false;
+}
+
+void TestPrntFrm1::stopLeavesNoPdf()
+{
+    QFETCH(int, tab);
+    QFETCH(bool, waitForPages);
+    QByteArray text;
+    for (int i = 0; i < 60000; ++i)
+        text += "line " + QByteArray::number(i) + " of a long file to print\r\n";
+    m_ui->state.currentFile = m_ui->home.createFile("long.txt", text);
+    m_ui->home.createFile("tree/a/long.txt", "x");
+    for (int i = 0; i < 300; ++i)
+        m_ui->home.createFolder(QStringLiteral("tree/f%1").arg(i));
+    m_ui->state.searchPattern = QStringLiteral("*.TXT");
+    const auto browser = browserOver(m_ui->home.filePath("tree"));
+    m_ui->responder.answerMessage(MessageAnswer::No); // the network
+    PrntFrm1 window(m_ui->state, m_ui->services);
+    browser->preparePrintWindow(window);
+    window.show();
+    window.selectTab(tab);
+    const QString pdf = m_ui->home.filePath("out.pdf");
+    JobWatch watch;
+    window.setPrinterChooser([&](QPrinter &printer) {
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(pdf);
+        return true;
+    });
+    connect(&window, &PrntFrm1::jobFinished, this, [&](const printing::PrintResult &result) {
+        watch.finished = true;
+        watch.result = result;
+    });
+    window.OKBtn_Click();
+    QVERIFY(window.jobRunning());
+    auto *pages = window.findChild<QLabel *>("LblPages");
+    if (waitForPages)
+        QTRY_VERIFY_WITH_TIMEOUT(pages->text().endsWith(QStringLiteral("pages")), 30000);
+    QVERIFY(window.findChild<QWidget *>("Frame2")->isVisible());
+    window.findChild<QPushButton *>("StopBtn")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(watch.finished, 60000);
+    QVERIFY(watch.result.cancelled);
+    QVERIFY2(!QFile::exists(pdf), "a stopped job leaves no document behind");
+    QVERIFY(!m_ui->state.reportMode);
+    QCOMPARE(m_ui->responder.messageTexts(),
+             tab == 4 ? (QStringList{"   Search Cancelled"}) : QStringList{});
+    // The window is itself again: it prints and closes.
+    QVERIFY(!window.jobRunning());
+    QVERIFY(!window.findChild<QWidget *>("Frame2")->isVisible());
+    QVERIFY(window.findChild<QPushButton *>("OKBtn")->isEnabled());
+    QVERIFY(window.findChild<QPushButton *>("CancelBtn")->isEnabled());
+    if (tab == 4) {
+        m_ui->responder.answerMessage(MessageAnswer::No);
+        const JobWatch again = print(window, pdf);
+        QVERIFY2(again.result.ok(), qPrintable(again.result.errorString));
+        QVERIFY(pdfreadback::pages(pdf).join(QString()).contains(m_ui->home.filePath("tree/a")));
+    }
+    window.findChild<QPushButton *>("CancelBtn")->click();
+    QVERIFY(!window.isVisible());
+}
+
+void TestPrntFrm1::previewShowsThePages_data()
+{
+    QTest::addColumn<int>("tab");
+    QTest::newRow("text") << 2;
+    QTest::newRow("report, walked first") << 4;
+}
+
+void TestPrntFrm1::previewShowsThePages()
+{
+    QFETCH(int, tab);
+    QByteArray text;
+    for (int i = 0; i < 120; ++i)
+        text += "preview line " + QByteArray::number(i) + "\r\n";
+    m_ui->state.currentFile = m_ui->home.createFile("tree/a/notes.txt", text);
+    m_ui->home.createFile("tree/b/more.txt", "x");
+    m_ui->state.searchPattern = QStringLiteral("*.TXT");
+    const auto browser = browserOver(m_ui->home.filePath("tree"));
+    PrntFrm1 window(m_ui->state, m_ui->services);
+    browser->preparePrintWindow(window);
+    window.selectTab(tab);
+    int previewPages = -1;
+    QImage shown;
+    whenModal(QStringLiteral("PrintPreview"), [&](QDialog *dialog) {
+        auto *view = dialog->findChild<QPrintPreviewWidget *>();
+        if (view) {
+            view->setViewMode(QPrintPreviewWidget::AllPagesView);
+            if (!QTest::qWaitFor([&] { return view->pageCount() > 0; }, 10000))
+                qWarning("the preview shows no page");
+            previewPages = view->pageCount();
+            QTest::qWait(50);
+            shown = view->grab().toImage();
+        }
+        dialog->reject();
+    });
+    m_ui->responder.answerMessage(MessageAnswer::No); // the network, when the report walks
+    window.findChild<QPushButton *>("PreviewBtn")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(previewPages >= 0, 30000);
+    // The preview shows the pages the printer gets.
+    if (tab == 4)
+        m_ui->responder.answerMessage(MessageAnswer::No);
+    const QString pdf = m_ui->home.filePath("out.pdf");
+    const JobWatch watch = print(window, pdf);
+    QVERIFY2(watch.result.ok(), qPrintable(watch.result.errorString));
+    const QStringList printed = pdfreadback::pages(pdf);
+    QCOMPARE(previewPages, printed.size());
+    QVERIFY(previewPages >= (tab == 2 ? 3 : 1));
+    QVERIFY(!m_ui->state.reportMode);
+    // Painted, not blank: the page's text is dark on white.
+    QVERIFY(!shown.isNull());
+    QVERIFY2(pixelsNear(shown, Qt::black) > 50, "the preview shows the pages' text");
+    QVERIFY(window.findChild<QPushButton *>("OKBtn")->isEnabled());
+}
+
+void TestPrntFrm1::editedPicturePrintsAsShown()
+{
+    const QString path = pngBytesFile(m_ui->home, QStringLiteral("red.png"), QSize(96, 96), Qt::red);
+    const auto browser = browserOver(m_ui->home.path());
+    MDIForm1 *frame = browser->frame();
+    auto *window = qobject_cast<ChildFrm1 *>(
+        frame->NewWindowFile(path, viewer::kindOf(catalogue::GetFileTypeFlag(path))));
+    QVERIFY(window);
+    QSignalSpy shown(window, &ChildFrm1::documentShown);
+    QVERIFY(shown.wait(30000));
+    window->mnuImageInvert_Click(); // red turns cyan in the window, not on disk
+    const QString pdf = m_ui->home.filePath("picture.pdf");
+    JobWatch watch;
+    whenModal(QStringLiteral("PrntFrm1"), [&](QDialog *dialog) {
+        auto *print = qobject_cast<PrntFrm1 *>(dialog);
+        connect(print, &PrntFrm1::jobFinished, this, [&](const printing::PrintResult &result) {
+            watch.finished = true;
+            watch.result = result;
+        });
+        print->setPrinterChooser([&](QPrinter &printer) {
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(pdf);
+            return true;
+        });
+        print->OKBtn_Click();
+        if (!QTest::qWaitFor([&] { return watch.finished; }, 30000))
+            qWarning("the print job did not finish");
+        dialog->reject();
+    });
+    window->mnuFilePrint_Click();
+    QVERIFY(watch.finished);
+    QVERIFY2(watch.result.ok(), qPrintable(watch.result.errorString));
+    const QImage page = pdfreadback::render(pdf, 20);
+    QVERIFY(!page.isNull());
+    QVERIFY2(pixelsNear(page, QColor(0, 255, 255)) > 100, "the edited picture is printed");
+    QCOMPARE(pixelsNear(page, Qt::red), 0);
+}
+
+void TestPrntFrm1::helpOpensThePrintingTopic_data()
+{
+    QTest::addColumn<bool>("fromFrame");
+    QTest::newRow("print window of the browser") << false;
+    QTest::newRow("print window of a document window") << true;
+}
+
+void TestPrntFrm1::helpOpensThePrintingTopic()
+{
+    QFETCH(bool, fromFrame);
+    const QString path = pngBytesFile(m_ui->home, QStringLiteral("blue.png"), QSize(20, 20), Qt::blue);
+    m_ui->state.currentFile = path;
+    const auto browser = browserOver(m_ui->home.path());
+    bool helped = false;
+    whenModal(QStringLiteral("PrntFrm1"), [&](QDialog *dialog) {
+        dialog->findChild<QPushButton *>("HelpBtn")->click();
+        helped = true;
+        dialog->reject();
+    });
+    if (fromFrame) {
+        auto *window = qobject_cast<ChildFrm1 *>(browser->frame()->NewWindowFile(path, viewer::DocumentKind::Picture));
+        QVERIFY(window);
+        QSignalSpy shown(window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(30000));
+        window->mnuFilePrint_Click();
+    } else {
+        browser->runCommand(commands::BrowserAction::PrintFile);
+    }
+    QVERIFY(helped);
+    auto *help = browser->findChild<HelpWindow *>();
+    QVERIFY(help);
+    QVERIFY(help->isVisible());
+    QCOMPARE(help->currentPage(), QStringLiteral("printing.html"));
 }
 
 void TestPrntFrm1::printerErrorKeepsWindowOpen()

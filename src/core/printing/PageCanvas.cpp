@@ -49,6 +49,8 @@ PrintResult PageCanvas::finishJob(PrintResult result, JobControl *control)
     result.pages = m_page;
     if (control && control->progress)
         control->progress(result.pages);
+    if (result.cancelled && control && control->abort)
+        control->abort();
     if (!end() && result.errorString.isEmpty())
         result.errorString = m_error;
     return result;

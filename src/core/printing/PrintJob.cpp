@@ -46,6 +46,9 @@ PrintResult runPrintJob(QPagedPaintDevice &device, const PrintJobRequest &reques
             return result;
         }
         const QString pattern = request.useFile ? fileNamePart(request.file) : request.pattern;
+        const QString title = reportTitle(pattern, request.useFile, fileNamePart(request.file));
+        if (request.reportWalked)
+            return printReport(device, request.reportFile, title, request.font, control);
         search::DiskSearchTree tree(request.reportRoots);
         bool walking = false; // the caller holds the program-wide mode
         const ReportWalk walk = runReportWalk(tree, tree, pattern, request.reportFile, walking, control);
@@ -57,8 +60,7 @@ PrintResult runPrintJob(QPagedPaintDevice &device, const PrintJobRequest &reques
             result.cancelled = true;
             return result;
         }
-        return printReport(device, request.reportFile,
-                           reportTitle(pattern, request.useFile, fileNamePart(request.file)), request.font, control);
+        return printReport(device, request.reportFile, title, request.font, control);
     }
     }
     return {};

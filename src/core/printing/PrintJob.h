@@ -35,6 +35,7 @@ struct PrintJobRequest {
     bool useFile = false;
     QString reportFile;    // "F@Prnt.INI" in the program folder
     QStringList reportRoots; // the folders the walk starts from
+    bool reportWalked = false; // the report file holds the walk already: print it only
 };
 
 // Runs the job onto device. The report walks first (into the report file,

@@ -52,9 +52,12 @@ QString fileNamePart(const QString &path);
 
 // How a job is watched. progress is called after every finished page with the
 // number of pages so far (on the job's thread); cancel may be set from any
-// thread and ends the job at the next page or row.
+// thread and ends the job at the next page or row. abort, when set, is called
+// on the job's thread when a cancelled job ends, before its document is
+// closed: a printer drops the job there.
 struct JobControl {
     std::function<void(int pages)> progress;
+    std::function<void()> abort;
     std::atomic_bool cancel{false};
 };
 

@@ -173,6 +173,8 @@ PrintResult printTextFile(QPagedPaintDevice &device, const QString &path, bool u
     if (!going && result.errorString.isEmpty() && !cancelled(control))
         result.errorString = canvas.errorString();
     result.cancelled = cancelled(control);
+    if (result.cancelled && control->abort)
+        control->abort();
     if (!canvas.end() && result.errorString.isEmpty() && !result.cancelled)
         result.errorString = canvas.errorString();
     return result;

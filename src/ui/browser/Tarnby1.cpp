@@ -1161,7 +1161,7 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::DeleteFile: m_files->DeleteFile(m_state.currentFile); return;
     case BrowserAction::PrintFile: {
         PrntFrm1 window(m_state, m_services, this);
-        connect(&window, &PrntFrm1::helpRequested, this, [this] { showHelp(false); });
+        preparePrintWindow(window);
         window.exec();
         return;
     }
@@ -1488,6 +1488,31 @@ void Tarnby1::showHelp(bool search)
     m_help->raise();
 }
 
+void Tarnby1::preparePrintWindow(PrntFrm1 &window)
+{
+    connect(&window, &PrntFrm1::helpRequested, this, [this] {
+        showHelp(false);
+        m_help->showTopic(QStringLiteral("printing.html"));
+    });
+    // The report walks as a search does, in report mode: from the saved
+    // position, with the same questions, and the browser shows where it ended.
+    ReportWalker walker;
+    walker.start = [this](ReportWalker::Finished finished) {
+        if (m_searchRunning)
+            return false;
+        auto connection = std::make_shared<QMetaObject::Connection>();
+        *connection = connect(this, &Tarnby1::searchFinished, this,
+                              [connection, finished](search::SearchOutcome outcome) {
+                                  QObject::disconnect(*connection);
+                                  finished(outcome);
+                              });
+        FindFileRoutine();
+        return true;
+    };
+    walker.cancel = [this] { cancelSearch(); };
+    window.setReportWalker(std::move(walker));
+}
+
 MDIForm1 *Tarnby1::frame()
 {
     if (!m_frame) {
@@ -1497,6 +1522,7 @@ MDIForm1 *Tarnby1::frame()
         applyFrameColors(m_frame, m_frame->mdiArea(), m_state);
         applyMenuTextStyle(m_frame, settings::menuTextRelief(m_state.options.menuTextStyle));
         connect(m_frame, &MDIForm1::browserCommand, this, &Tarnby1::runCommand);
+        m_frame->setPrintWindowSetup([this](PrntFrm1 &window) { preparePrintWindow(window); });
         connect(m_frame, &MDIForm1::openFileRequested, this, &Tarnby1::DisplayImage);
         // File commands of the document windows refresh the lists as the
         // browser's own do; the browser's moves and deletes reach the windows.

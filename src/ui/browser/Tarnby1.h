@@ -53,6 +53,7 @@ class HelpWindow;
 class ChildFrm1;
 class MDIForm1;
 struct MailWindowHooks;
+class PrntFrm1;
 class QuikPict1;
 class ThumbnailView;
 struct UiServices;
@@ -181,6 +182,9 @@ public:
     void cancelSearch();
     // The walk's saved position, for tests and the organizer.
     search::FileSearch *fileSearch() const { return m_search.get(); }
+    // What a print window gets from the browser: the printing help topic and
+    // the search walk of its folder-location report.
+    void preparePrintWindow(PrntFrm1 &window);
 
     // ---- the organizer ---------------------------------------------------
     // Opens the organizer window of an Organize command. A catalogue that is

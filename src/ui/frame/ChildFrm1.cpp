@@ -404,6 +404,8 @@ void ChildFrm1::mnuFilePrint_Click()
     PrntFrm1 window(m_state, m_services, this);
     if (m_document && m_document->kind() == viewer::DocumentKind::Picture && !m_document->picture().isNull())
         window.setPicture(m_document->picture().image());
+    if (MDIForm1 *host = frame())
+        host->preparePrintWindow(window);
     window.exec();
 }
 void ChildFrm1::mnuFileSend_Click()

@@ -21,6 +21,7 @@ namespace tarnby::ui {
 class CommandBar;
 class DocumentWindow;
 class FileCommands;
+class PrntFrm1;
 struct UiServices;
 
 // The viewing frame: hosts one document window per opened file, keeps the
@@ -48,6 +49,15 @@ public:
     // Adds a ready-made document window (a widget implementing DocumentWindow).
     QWidget *addDocumentWindow(QWidget *window, const QString &caption);
     void setDocumentFactory(DocumentFactory factory) { m_factory = std::move(factory); }
+    // Gives a document window's print window what the browser gives its own
+    // (the help topic, the search walk of the report).
+    using PrintWindowSetup = std::function<void(PrntFrm1 &window)>;
+    void setPrintWindowSetup(PrintWindowSetup setup) { m_printSetup = std::move(setup); }
+    void preparePrintWindow(PrntFrm1 &window) const
+    {
+        if (m_printSetup)
+            m_printSetup(window);
+    }
     // Moves (and if need be shrinks) the subwindow of a document window so
     // that it lies wholly inside the frame's client area; a maximised one is
     // left alone. Document windows call it after sizing themselves.
@@ -115,6 +125,7 @@ private:
     QList<QAction *> m_windowListActions;
     QLabel *m_panels[3] = {};
     DocumentFactory m_factory;
+    PrintWindowSetup m_printSetup;
     int m_openFilterIndex = 0;
 };
 

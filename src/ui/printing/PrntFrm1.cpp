@@ -23,6 +23,7 @@
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
@@ -166,11 +167,16 @@ PrntFrm1::PrntFrm1(AppState &state, UiServices &services, QWidget *parent)
 PrntFrm1::~PrntFrm1()
 {
     // A job still running is stopped and waited for: it paints on our printer.
-    if (m_running) {
+    // A walk of the browser's is stopped; its end no longer reaches us.
+    if (m_walking && m_walker.cancel)
+        m_walker.cancel();
+    if (m_watcher.isRunning()) {
         m_watcher.disconnect(this);
         stopJob();
         m_watcher.waitForFinished();
     }
+    if (m_running)
+        QApplication::restoreOverrideCursor();
 }
 
 QWidget *PrntFrm1::buildPictureTab()
@@ -191,6 +197,11 @@ QWidget *PrntFrm1::buildPictureTab()
     m_width = box(frame, "PictWidth", "Enter Width of Image on Page");
     m_height = box(frame, "PictHeight", "Enter Height of Image on Page");
 
+    // The title's position boxes have no captions of their own: their
+    // placeholders say which is which.
+    m_dxPos->setPlaceholderText(QStringLiteral("Left"));
+    m_dyPos->setPlaceholderText(QStringLiteral("Top"));
+
     auto *grid = new QGridLayout(frame);
     grid->addWidget(m_image, 0, 0, 8, 1);
     grid->addWidget(label(frame, QStringLiteral("Enter Description and Position to Print:")), 0, 1, 1, 3);
@@ -207,6 +218,10 @@ QWidget *PrntFrm1::buildPictureTab()
     grid->addWidget(label(frame, QStringLiteral("Image Y Pos:")), 6, 1);
     grid->addWidget(m_yPos, 6, 2);
     grid->setRowStretch(7, 1);
+    // The title is the widest box.
+    grid->setColumnStretch(1, 3);
+    grid->setColumnStretch(2, 1);
+    grid->setColumnStretch(3, 1);
     return frame;
 }
 
@@ -241,17 +256,21 @@ QWidget *PrntFrm1::buildListingTab()
     auto *allRight = button(frame, "AllRightBtn", QStringLiteral(">>"), "Select All Fields to Print");
     auto *allLeft = button(frame, "AllLeftBtn", QStringLiteral("<<"), "Unselect All Fields to Print");
 
+    // The captions sit on the lists; the field buttons between the two
+    // field lists, at their top.
     auto *grid = new QGridLayout(frame);
     grid->addWidget(label(frame, QStringLiteral("Database Listing")), 0, 0);
-    grid->addWidget(m_tables, 1, 0, 5, 1);
+    grid->addWidget(m_tables, 1, 0);
     grid->addWidget(label(frame, QStringLiteral("File Fields")), 0, 1);
-    grid->addWidget(m_fileFields, 1, 1, 5, 1);
-    grid->addWidget(right, 1, 2);
-    grid->addWidget(left, 2, 2);
-    grid->addWidget(allRight, 3, 2);
-    grid->addWidget(allLeft, 4, 2);
+    grid->addWidget(m_fileFields, 1, 1);
+    auto *moves = new QVBoxLayout;
+    for (QPushButton *b : {right, left, allRight, allLeft})
+        moves->addWidget(b);
+    moves->addStretch();
+    grid->addLayout(moves, 1, 2);
     grid->addWidget(label(frame, QStringLiteral("Print Fields")), 0, 3);
-    grid->addWidget(m_printFields, 1, 3, 5, 1);
+    grid->addWidget(m_printFields, 1, 3);
+    grid->setRowStretch(1, 1);
 
     connect(m_tables, &QListWidget::currentRowChanged, this, &PrntFrm1::loadFields);
     connect(right, &QPushButton::clicked, this, [this] { moveFields(true, false); });
@@ -444,7 +463,7 @@ PrintJobRequest PrntFrm1::jobRequest() const
     request.pattern = m_state.searchPattern;
     request.useFile = m_useFile->isChecked();
     request.reportFile = m_state.reportFile();
-    request.reportRoots = m_reportRoots.isEmpty() ? browserRoots() : m_reportRoots;
+    request.reportRoots = browserRoots();
     return request;
 }
 
@@ -489,26 +508,111 @@ void PrntFrm1::OKBtn_Click()
     startJob(std::move(printer));
 }
 
+void PrntFrm1::setBusy(bool busy)
+{
+    if (busy == m_running)
+        return;
+    m_running = busy;
+    if (busy) {
+        m_ok->setEnabled(false);
+        m_cancel->setEnabled(false);
+        m_previewButton->setEnabled(false);
+        m_pages->clear();
+        m_printing->show();
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    } else {
+        QApplication::restoreOverrideCursor();
+        m_printing->hide();
+        m_cancel->setEnabled(true);
+        tabChanged(m_tabs->currentIndex());
+    }
+}
+
+bool PrntFrm1::walksThroughBrowser() const
+{
+    return PrintTab(selectedTab()) == PrintTab::Report && m_walker.start;
+}
+
+void PrntFrm1::walkReport(std::function<void()> next)
+{
+    m_walked = false;
+    // The walk looks for the file's own name when the box says so; the name
+    // stays the search pattern afterwards, as any chosen pattern does.
+    if (m_useFile->isChecked())
+        m_state.searchPattern = fileNamePart(m_file);
+    // The walk appends to the report file: it starts empty.
+    PrintResult failed;
+    if (!createEmptyReport(m_state.reportFile(), &failed.errorString)) {
+        endJob(failed);
+        return;
+    }
+    m_reportMode = std::make_unique<ReportModeScope>(m_state.reportMode);
+    m_afterWalk = std::move(next);
+    m_walking = true;
+    m_pages->setText(QStringLiteral("Searching"));
+    const QPointer<PrntFrm1> self(this);
+    const bool started = m_walker.start([self](search::SearchOutcome outcome) {
+        if (self)
+            self->reportWalked(outcome);
+    });
+    if (!started) {
+        // The browser is in the middle of a search of its own.
+        m_walking = false;
+        m_reportMode.reset();
+        m_afterWalk = nullptr;
+        failed.errorString = QStringLiteral("A search is running - try again when it has ended");
+        endJob(failed);
+    }
+}
+
+void PrntFrm1::reportWalked(search::SearchOutcome outcome)
+{
+    m_walking = false;
+    m_reportMode.reset();
+    const std::function<void()> next = std::exchange(m_afterWalk, nullptr);
+    if (outcome == search::SearchOutcome::EndOfTree) {
+        m_walked = true;
+        if (next)
+            next();
+        return;
+    }
+    // Stopped, or the report file could not be written: the browser has said
+    // so, and nothing is printed.
+    PrintResult result;
+    result.cancelled = outcome == search::SearchOutcome::Cancelled;
+    if (!result.cancelled)
+        result.errorString = QStringLiteral("The report was not made");
+    endJob(result, false);
+}
+
 void PrntFrm1::startJob(std::unique_ptr<QPrinter> printer)
 {
-    m_running = true;
     m_printer = std::move(printer);
-    m_ok->setEnabled(false);
-    m_cancel->setEnabled(false);
-    m_previewButton->setEnabled(false);
-    m_pages->clear();
-    m_printing->show();
-    QApplication::setOverrideCursor(Qt::WaitCursor);
+    m_printStarted = false;
+    setBusy(true);
+    if (walksThroughBrowser())
+        walkReport([this] { startPrinting(); });
+    else
+        startPrinting();
+}
 
-    const PrintJobRequest request = jobRequest();
-    if (request.tab == PrintTab::Report)
+void PrntFrm1::startPrinting()
+{
+    PrintJobRequest request = jobRequest();
+    request.reportWalked = m_walked;
+    // Without the browser's walk the job walks the folders itself, in
+    // report mode all along.
+    if (request.tab == PrintTab::Report && !request.reportWalked)
         m_reportMode = std::make_unique<ReportModeScope>(m_state.reportMode);
     m_control = std::make_unique<JobControl>();
     m_control->progress = [this](int pages) {
         QMetaObject::invokeMethod(this, [this, pages] { showProgress(pages); }, Qt::QueuedConnection);
     };
     QPrinter *target = m_printer.get();
+    // A stopped job gives the printer up before its document is closed.
+    m_control->abort = [target] { target->abort(); };
     JobControl *control = m_control.get();
+    m_printStarted = true;
     // QPainter may paint on a QPrinter from a worker thread; the window stays
     // alive and the Stop button is heard while the pages are made.
     m_watcher.setFuture(QtConcurrent::run([target, request, control] {
@@ -523,27 +627,35 @@ void PrntFrm1::showProgress(int pages)
 
 void PrntFrm1::stopJob()
 {
-    if (m_control)
+    if (m_walking && m_walker.cancel)
+        m_walker.cancel();
+    else if (m_control)
         m_control->cancel = true;
 }
 
 void PrntFrm1::finishJob()
 {
-    const PrintResult result = m_watcher.result();
+    endJob(m_watcher.result());
+}
+
+void PrntFrm1::endJob(const PrintResult &result, bool tell)
+{
     const bool printerFailed = m_printer && m_printer->printerState() == QPrinter::Error;
     m_reportMode.reset();
-    m_running = false;
-    QApplication::restoreOverrideCursor();
-    m_printing->hide();
-    m_cancel->setEnabled(true);
-    tabChanged(m_tabs->currentIndex());
-    if (!result.errorString.isEmpty())
+    setBusy(false);
+    // Only a finished job leaves its file: a stopped or failed one would
+    // leave a part of the document behind.
+    if (m_printer && m_printStarted && (result.cancelled || (!result.errorString.isEmpty() && result.pages > 0))
+        && m_printer->outputFormat() == QPrinter::PdfFormat && !m_printer->outputFileName().isEmpty())
+        QFile::remove(m_printer->outputFileName());
+    if (tell && !result.errorString.isEmpty())
         m_services.messages.inform(result.errorString, this);
-    else if (printerFailed)
+    else if (tell && printerFailed)
         m_services.messages.inform(QStringLiteral("The printer reported an error - ") + m_printer->printerName(),
                                    this);
     m_printer.reset();
     m_control.reset();
+    m_printStarted = false;
     emit jobFinished(result);
 }
 
@@ -551,15 +663,32 @@ void PrntFrm1::preview()
 {
     if (m_running || !checkBeforePrinting())
         return;
+    if (!walksThroughBrowser()) {
+        m_walked = false;
+        showPreview();
+        return;
+    }
+    // The report's pages come from the walk: it runs first.
+    setBusy(true);
+    walkReport([this] {
+        setBusy(false);
+        showPreview();
+    });
+}
+
+void PrntFrm1::showPreview()
+{
     QPrinter printer(QPrinter::HighResolution);
     printer.setPageLayout(sharedPrinter().pageLayout());
     printer.setPageOrientation(QPageLayout::Portrait);
     QPrintPreviewDialog dialog(&printer, this);
     dialog.setObjectName(QStringLiteral("PrintPreview"));
-    connect(&dialog, &QPrintPreviewDialog::paintRequested, this, [this](QPrinter *target) {
-        const PrintJobRequest request = jobRequest();
+    const bool walked = m_walked;
+    connect(&dialog, &QPrintPreviewDialog::paintRequested, this, [this, walked](QPrinter *target) {
+        PrintJobRequest request = jobRequest();
+        request.reportWalked = walked;
         std::unique_ptr<ReportModeScope> mode;
-        if (request.tab == PrintTab::Report)
+        if (request.tab == PrintTab::Report && !walked)
             mode = std::make_unique<ReportModeScope>(m_state.reportMode);
         QApplication::setOverrideCursor(Qt::WaitCursor);
         const PrintResult result = runPrintJob(*target, request);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/printing/PrintJob.h"
+#include "core/search/FileSearch.h"
 
 #include <QDialog>
 #include <QFutureWatcher>
@@ -33,6 +34,17 @@ namespace tarnby::ui {
 
 struct UiServices;
 
+// The browser's search walk as the folder-location report drives it, in
+// report mode. start() begins a walk from the saved search position and
+// returns at once (false when a walk is running already); finished hears how
+// the walk ended, after the browser has said so. cancel() stops the walk at
+// its next folder.
+struct ReportWalker {
+    using Finished = std::function<void(search::SearchOutcome outcome)>;
+    std::function<bool(Finished finished)> start;
+    std::function<void()> cancel;
+};
+
 // "Print File - " + name: prints the current file as a picture with a title,
 // as text, as a listing of a table or as a report of the folders where a file
 // or a file type is found, as the selected tab says.
@@ -52,8 +64,9 @@ public:
     // another chooser here (true: print).
     using PrinterChooser = std::function<bool(QPrinter &printer)>;
     void setPrinterChooser(PrinterChooser chooser) { m_chooser = std::move(chooser); }
-    // The folders the report walks; by default the roots of the browser's tree.
-    void setReportRoots(const QStringList &roots) { m_reportRoots = roots; }
+    // The walk of the folder-location report: the browser's. A window
+    // opened without one walks the system's folders from the top.
+    void setReportWalker(ReportWalker walker) { m_walker = std::move(walker); }
 
     // The picture to print instead of the file's (a document window's
     // edited picture); the size boxes are filled from it.
@@ -93,14 +106,25 @@ private:
     void moveFields(bool toPrint, bool all);
     void chooseFont();
     bool checkBeforePrinting();
+    // The report's walk through the browser, then next (only when the walk
+    // went to its end; a stopped or failed walk has said so already).
+    bool walksThroughBrowser() const;
+    void walkReport(std::function<void()> next);
+    void reportWalked(search::SearchOutcome outcome);
+    void setBusy(bool busy);
     void startJob(std::unique_ptr<QPrinter> printer);
+    void startPrinting();
     void finishJob();
+    // Ends a job however it went; tell: say what went wrong (not when the
+    // browser's walk has said it already).
+    void endJob(const printing::PrintResult &result, bool tell = true);
+    void showPreview();
     void showProgress(int pages);
 
     AppState &m_state;
     UiServices &m_services;
     PrinterChooser m_chooser;
-    QStringList m_reportRoots;
+    ReportWalker m_walker;
     printing::PrintFont m_font;
     QString m_file;
     QImage m_picture;
@@ -132,6 +156,10 @@ private:
     QPushButton *m_previewButton = nullptr;
 
     bool m_running = false;
+    bool m_walking = false;
+    bool m_walked = false; // the report file holds this job's walk
+    bool m_printStarted = false;
+    std::function<void()> m_afterWalk;
     std::unique_ptr<QPrinter> m_printer;
     std::unique_ptr<printing::JobControl> m_control;
     std::unique_ptr<printing::ReportModeScope> m_reportMode;
