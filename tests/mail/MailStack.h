@@ -55,6 +55,17 @@ public:
         return s;
     }
 
+    // The same account over POP3 (STARTTLS), its read messages remembered
+    // in seenFile.
+    tarnby::mailnet::ServerSettings pop3(const QString &seenFile = QString()) const
+    {
+        tarnby::mailnet::ServerSettings s = imap();
+        s.protocol = tarnby::mailnet::Protocol::Pop3;
+        s.port = value("TARNBY_TEST_POP3_PORT").toInt();
+        s.seenFile = seenFile;
+        return s;
+    }
+
     // Deletes every message of the test account.
     bool clear() const
     {
@@ -67,7 +78,7 @@ public:
     {
         int have = 0;
         for (int waited = 0; waited <= timeoutMs; waited += 100) {
-            tarnby::mailnet::ImapReader reader;
+            tarnby::mailnet::MailReader reader;
             if (reader.connect(imap()).ok() && reader.fetch(false).ok())
                 have = reader.count();
             if (have >= count)

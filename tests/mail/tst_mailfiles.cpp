@@ -1,8 +1,12 @@
 #include "core/mail/AddressList.h"
 #include "core/mail/AttachmentNames.h"
+#include "core/mail/MailJobs.h"
 #include "core/mail/SendArchive.h"
 #include "core/mail/SendHistory.h"
 #include "core/platform/archive/ZipExtract.h"
+#include "core/platform/mail/SeenMessages.h"
+#include "core/settings/MailPasswords.h"
+#include "core/settings/ProgramOptions.h"
 
 #include "TestDir.h"
 
@@ -56,6 +60,12 @@ private slots:
     void archiveReplacesOldAndStoresCompressed();
     void archiveCancelKeepsOld();
     void archiveOfMissingFile();
+    void serverUrl_data();
+    void serverUrl();
+    void incomingAccount_data();
+    void incomingAccount();
+    void seenFile_data();
+    void seenFile();
 };
 
 void TestMailFiles::splitLine_data()
@@ -335,6 +345,118 @@ void TestMailFiles::archiveOfMissingFile()
     QVERIFY(made.result.errorString.contains("gone.txt"));
     QVERIFY(!QFile::exists(dir.filePath("a.Zip")));
     QCOMPARE(makeSendArchive({}).result.status, archive::ZipStatus::Failed);
+}
+
+void TestMailFiles::serverUrl_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<bool>("outgoing");
+    QTest::addColumn<bool>("valid");
+    QTest::addColumn<int>("port");
+    QTest::addColumn<bool>("tls");
+    QTest::addColumn<bool>("pop3");
+    QTest::addRow("smtp default port") << "smtp://mail.example.org" << true << true << 587 << false << false;
+    QTest::addRow("smtps") << "smtps://mail.example.org" << true << true << 465 << true << false;
+    QTest::addRow("imap with port") << "imap://h:1143" << false << true << 1143 << false << false;
+    QTest::addRow("imaps default port") << "imaps://h" << false << true << 993 << true << false;
+    QTest::addRow("pop3 default port") << "pop3://h" << false << true << 110 << false << true;
+    QTest::addRow("pop3s in capitals") << "POP3S://h" << false << true << 995 << true << true;
+    QTest::addRow("pop3 is not for sending") << "pop3://h" << true << false << 0 << false << false;
+    QTest::addRow("smtp is not for receiving") << "smtp://h" << false << false << 0 << false << false;
+    QTest::addRow("no host") << "imap://" << false << false << 0 << false << false;
+}
+
+void TestMailFiles::serverUrl()
+{
+    QFETCH(QString, url);
+    QFETCH(bool, outgoing);
+    QFETCH(bool, valid);
+    mailnet::ServerSettings s;
+    QString error;
+    QCOMPARE(mailnet::parseServerUrl(url, outgoing, &s, &error), valid);
+    if (!valid) {
+        QVERIFY(error.contains(url));
+        return;
+    }
+    QTEST(s.port, "port");
+    QTEST(s.security == mailnet::Security::Tls, "tls");
+    QTEST(s.protocol == mailnet::Protocol::Pop3, "pop3");
+}
+
+void TestMailFiles::incomingAccount_data()
+{
+    QTest::addColumn<QString>("protocol");
+    QTest::addColumn<bool>("pop3");
+    QTest::addColumn<QString>("key");
+    // The key is the one entry the options window writes for the account.
+    QTest::addRow("IMAP") << "IMAP" << false << "imap:me@mail.example.org";
+    QTest::addRow("POP3") << "POP3" << true << "pop3:me@mail.example.org";
+    QTest::addRow("pop3 in small letters") << "pop3" << true << "pop3:me@mail.example.org";
+}
+
+void TestMailFiles::incomingAccount()
+{
+    QFETCH(QString, protocol);
+    QFETCH(QString, key);
+    settings::ProgramOptions options;
+    options.incomingProtocol = protocol;
+    options.incomingHost = "mail.example.org";
+    options.incomingUser = "me";
+    const mailnet::ServerSettings server = incomingServer(options);
+    QTEST(server.protocol == mailnet::Protocol::Pop3, "pop3");
+    QCOMPARE(passwordKey(server, false), key);
+    QCOMPARE(passwordKey(server, false),
+             settings::mailPasswordKey(settings::MailServer::Incoming, protocol, options.incomingUser, options.incomingHost));
+}
+
+void TestMailFiles::seenFile_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QStringList>("seen");
+    QTest::addColumn<QByteArray>("othersKept");
+    const QByteArray other = "other@h:110\tz1\n";
+    QTest::addRow("missing file") << QByteArray() << QStringList{} << QByteArray();
+    QTest::addRow("own and other accounts") << "me@h:110\ta1\n" + other + "me@h:110\ta2\n" << QStringList{"a1", "a2"}
+                                            << other;
+    QTest::addRow("lines without an id or a tab") << QByteArray("me@h:110\t\nme@h:110\n\tb\n\n") << QStringList{}
+                                                  << QByteArray();
+    QTest::addRow("an overlong line is skipped whole")
+        << "me@h:110\t" + QByteArray(5000, 'x') + "\nme@h:110\tok\n" << QStringList{"ok"} << QByteArray();
+    QTest::addRow("no final line end") << QByteArray("me@h:110\tlast") << QStringList{"last"} << QByteArray();
+    QTest::addRow("binary garbage") << QByteArray("\x00\xff\x01\tq\r\n", 7) << QStringList{}
+                                    << QByteArray("\x00\xef\xbf\xbd\x01\tq\n", 8);
+}
+
+void TestMailFiles::seenFile()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QStringList, seen);
+    QFETCH(QByteArray, othersKept);
+    TestDir dir;
+    const QString path = dir.filePath("POP3Seen.TXT");
+    if (!content.isEmpty())
+        dir.createFile("POP3Seen.TXT", content);
+    mailnet::SeenMessages list(path, "me@h:110");
+    list.load();
+    QCOMPARE(list.size(), seen.size());
+    for (const QString &id : seen)
+        QVERIFY(list.contains(id));
+
+    // Ids gone from the server are forgotten; a new one is kept; the other
+    // accounts' lines come back first, as read.
+    list.add("new");
+    QSet<QString> onServer{"new"};
+    if (!seen.isEmpty())
+        onServer.insert(seen.first());
+    list.keepOnly(onServer);
+    QString error;
+    QVERIFY2(list.save(&error), qPrintable(error));
+    const QByteArray written = dir.read("POP3Seen.TXT");
+    QVERIFY2(written.startsWith(othersKept), written.constData());
+    mailnet::SeenMessages reread(path, "me@h:110");
+    reread.load();
+    QCOMPARE(reread.size(), int(onServer.size()));
+    QVERIFY(reread.contains("new"));
 }
 
 QTEST_GUILESS_MAIN(TestMailFiles)

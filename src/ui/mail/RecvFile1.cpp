@@ -198,11 +198,12 @@ void RecvFile1::showMessage(int index)
 void RecvFile1::startFetch(int index, const QString &password)
 {
     if (!m_reader) {
-        m_reader = std::make_shared<mailnet::ImapReader>();
+        m_reader = std::make_shared<mailnet::MailReader>();
     }
     mailnet::ServerSettings server = mail::incomingServer(m_state.options);
     server.password = password;
     server.cancel = &m_cancel;
+    server.seenFile = mail::seenFilePath(m_state.programFolder);
     const bool unreadOnly = m_unread->isChecked();
     const QString folder = m_zipTo->text();
     auto reader = m_reader;

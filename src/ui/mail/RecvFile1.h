@@ -91,7 +91,7 @@ private:
     int m_count = 0;
     mailnet::MessageSummary m_current;
     QStringList m_savedFiles;
-    std::shared_ptr<mailnet::ImapReader> m_reader;
+    std::shared_ptr<mailnet::MailReader> m_reader;
     std::atomic_bool m_cancel{false};
     QFutureWatcher<Shown> m_watcher;
     int m_pendingIndex = 0;

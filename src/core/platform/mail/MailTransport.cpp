@@ -1,5 +1,7 @@
 #include "core/platform/mail/MailTransport.h"
 
+#include "core/platform/mail/SeenMessages.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -371,17 +373,37 @@ bool parseServerUrl(const QString &text, bool outgoing, ServerSettings *settings
 {
     const QUrl url(text, QUrl::StrictMode);
     const QString scheme = url.scheme().toLower();
-    const QString plain = outgoing ? QStringLiteral("smtp") : QStringLiteral("imap");
-    const QString secure = plain + QLatin1Char('s');
-    if (!url.isValid() || url.host().isEmpty() || (scheme != plain && scheme != secure)) {
-        *error = QStringLiteral("\"%1\" is not a server address of the form %2://host:port or %3://host:port.")
-                     .arg(text, plain, secure);
+    struct Scheme {
+        const char *name;
+        bool outgoing;
+        Security security;
+        Protocol protocol;
+        int port;
+    };
+    static constexpr Scheme schemes[] = {
+        {"smtp", true, Security::StartTls, Protocol::Imap, 587},  {"smtps", true, Security::Tls, Protocol::Imap, 465},
+        {"imap", false, Security::StartTls, Protocol::Imap, 143}, {"imaps", false, Security::Tls, Protocol::Imap, 993},
+        {"pop3", false, Security::StartTls, Protocol::Pop3, 110}, {"pop3s", false, Security::Tls, Protocol::Pop3, 995},
+    };
+    const Scheme *found = nullptr;
+    for (const Scheme &candidate : schemes) {
+        if (candidate.outgoing == outgoing && scheme == QLatin1String(candidate.name))
+            found = &candidate;
+    }
+    if (!url.isValid() || url.host().isEmpty() || !found) {
+        *error = outgoing ? QStringLiteral("\"%1\" is not a server address of the form smtp://host:port or "
+                                           "smtps://host:port.")
+                                .arg(text)
+                          : QStringLiteral("\"%1\" is not a server address of the form imap://host:port, "
+                                           "imaps://host:port, pop3://host:port or pop3s://host:port.")
+                                .arg(text);
         return false;
     }
     settings->host = url.host();
-    settings->security = scheme == secure ? Security::Tls : Security::StartTls;
-    const int defaultPort = outgoing ? (scheme == secure ? 465 : 587) : (scheme == secure ? 993 : 143);
-    settings->port = url.port(defaultPort);
+    settings->security = found->security;
+    if (!outgoing)
+        settings->protocol = found->protocol;
+    settings->port = url.port(found->port);
     if (!url.userName().isEmpty())
         settings->user = url.userName();
     return true;
@@ -555,12 +577,17 @@ void SmtpSender::disconnect()
 
 // ---------------------------------------------------------------- receiving
 
-struct ImapReader::Private {
+struct MailReader::Private {
     std::shared_ptr<vmime::net::session> session;
     std::shared_ptr<vmime::net::store> store;
     std::shared_ptr<vmime::net::folder> folder;
     std::vector<std::shared_ptr<vmime::net::message>> messages;
     ServerSettings settings;
+    // POP3: the messages read here before, and the ids of the listed ones.
+    std::unique_ptr<SeenMessages> seen;
+    QStringList uids;
+    bool pop3() const { return settings.protocol == Protocol::Pop3; }
+    void markSeen(int index);
     // The message read last, kept for its attachments.
     std::unique_ptr<QTemporaryFile> file;
     std::shared_ptr<vmime::message> loaded;
@@ -568,18 +595,19 @@ struct ImapReader::Private {
     std::shared_ptr<vmime::message> load(int index);
 };
 
-ImapReader::ImapReader() : d(std::make_unique<Private>()) { initialiseVmime(); }
-ImapReader::~ImapReader() { disconnect(); }
+MailReader::MailReader() : d(std::make_unique<Private>()) { initialiseVmime(); }
+MailReader::~MailReader() { disconnect(); }
 
-MailError ImapReader::connect(const ServerSettings &settings)
+MailError MailReader::connect(const ServerSettings &settings)
 {
     disconnect();
     d->settings = settings;
     const QString server = serverName(settings);
     try {
         d->session = vmime::net::session::create();
-        const vmime::utility::url url(settings.security == Security::Tls ? "imaps" : "imap", toVmime(settings.host),
-                                      settings.port);
+        const bool tls = settings.security == Security::Tls;
+        const char *scheme = settings.protocol == Protocol::Pop3 ? (tls ? "pop3s" : "pop3") : (tls ? "imaps" : "imap");
+        const vmime::utility::url url(scheme, toVmime(settings.host), settings.port);
         d->store = d->session->getStore(url);
         if (MailError e = prepareService(*d->store, settings); !e.ok()) {
             d->store.reset();
@@ -596,7 +624,7 @@ MailError ImapReader::connect(const ServerSettings &settings)
     }
 }
 
-bool ImapReader::isConnected() const
+bool MailReader::isConnected() const
 {
     try {
         return d->store && d->store->isConnected();
@@ -605,10 +633,11 @@ bool ImapReader::isConnected() const
     }
 }
 
-MailError ImapReader::fetch(bool unreadOnly)
+MailError MailReader::fetch(bool unreadOnly)
 {
     const QString server = serverName(d->settings);
     d->messages.clear();
+    d->uids.clear();
     d->loaded.reset();
     d->loadedIndex = -1;
     if (!d->store)
@@ -621,6 +650,30 @@ MailError ImapReader::fetch(bool unreadOnly)
         if (d->folder->getMessageCount() == 0)
             return {};
         auto all = d->folder->getMessages(vmime::net::messageSet::byNumber(1, -1));
+        if (d->pop3()) {
+            // No read marks on a POP3 server: the ids of the messages read
+            // here are kept in the seen file instead.
+            d->folder->fetchMessages(all, vmime::net::fetchAttributes(vmime::net::fetchAttributes::UID));
+            QString account = QStringLiteral("%1@%2:%3").arg(d->settings.user, d->settings.host).arg(d->settings.port);
+            account.replace(QLatin1Char('\t'), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+            d->seen.reset();
+            if (!d->settings.seenFile.isEmpty()) {
+                d->seen = std::make_unique<SeenMessages>(d->settings.seenFile, account);
+                d->seen->load();
+            }
+            QSet<QString> onServer;
+            for (const auto &m : all) {
+                const QString uid = fromVmime(m->getUID());
+                onServer.insert(uid);
+                if (!unreadOnly || !d->seen || !d->seen->contains(uid)) {
+                    d->messages.push_back(m);
+                    d->uids << uid;
+                }
+            }
+            if (d->seen)
+                d->seen->keepOnly(onServer);
+            return {};
+        }
         d->folder->fetchMessages(all, vmime::net::fetchAttributes(vmime::net::fetchAttributes::FLAGS));
         for (const auto &m : all) {
             if (!unreadOnly || !(m->getFlags() & vmime::net::message::FLAG_SEEN))
@@ -634,7 +687,7 @@ MailError ImapReader::fetch(bool unreadOnly)
     }
 }
 
-int ImapReader::count() const
+int MailReader::count() const
 {
     return int(d->messages.size());
 }
@@ -642,7 +695,7 @@ int ImapReader::count() const
 // The message index, fetched whole into a temporary file (the server marks
 // it read) and parsed from there: the parser keeps only positions in the file
 // for the parts' contents, so no attachment is held in memory.
-std::shared_ptr<vmime::message> ImapReader::Private::load(int index)
+std::shared_ptr<vmime::message> MailReader::Private::load(int index)
 {
     if (index == loadedIndex && loaded)
         return loaded;
@@ -651,21 +704,28 @@ std::shared_ptr<vmime::message> ImapReader::Private::load(int index)
     file = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/tarnby-message-XXXXXX.eml"));
     if (!file->open())
         throw vmime::exception("cannot write a temporary file in " + toVmime(QDir::tempPath()));
-    // The message comes in pieces: the server's answer to one request is
-    // read whole into memory before it is written out.
     FileOutputStream out(*file);
     const auto &remote = messages[size_t(index)];
-    for (size_t start = 0;; start += FetchPiece) {
-        const qint64 before = file->pos();
-        remote->extract(out, nullptr, start, FetchPiece, true);
+    if (pop3()) {
+        // POP3 retrieves a message whole, streamed line by line into the file.
+        remote->extract(out, nullptr, 0, size_t(-1), true);
         if (out.failed())
             throw vmime::exception("cannot write " + toVmime(file->fileName()));
-        if (file->pos() - before < qint64(FetchPiece))
-            break;
+    } else {
+        // Over IMAP the message comes in pieces: the server's answer to one
+        // request is read whole into memory before it is written out.
+        for (size_t start = 0;; start += FetchPiece) {
+            const qint64 before = file->pos();
+            remote->extract(out, nullptr, start, FetchPiece, true);
+            if (out.failed())
+                throw vmime::exception("cannot write " + toVmime(file->fileName()));
+            if (file->pos() - before < qint64(FetchPiece))
+                break;
+        }
     }
     if (!file->flush())
         throw vmime::exception("cannot write " + toVmime(file->fileName()));
-    remote->setFlags(vmime::net::message::FLAG_SEEN, vmime::net::message::FLAG_MODE_ADD);
+    markSeen(index);
     file->seek(0);
     auto message = std::make_shared<vmime::message>();
     message->parse(std::make_shared<FileInputStream>(*file, std::function<bool()>()), size_t(file->size()));
@@ -674,7 +734,21 @@ std::shared_ptr<vmime::message> ImapReader::Private::load(int index)
     return loaded;
 }
 
-MailError ImapReader::read(int index, MessageSummary *summary)
+void MailReader::Private::markSeen(int index)
+{
+    if (!pop3()) {
+        messages[size_t(index)]->setFlags(vmime::net::message::FLAG_SEEN, vmime::net::message::FLAG_MODE_ADD);
+        return;
+    }
+    if (!seen || seen->contains(uids[index]))
+        return;
+    seen->add(uids[index]);
+    QString error;
+    if (!seen->save(&error))
+        throw vmime::exception(toVmime(error));
+}
+
+MailError MailReader::read(int index, MessageSummary *summary)
 {
     const QString server = serverName(d->settings);
     if (index < 0 || index >= count())
@@ -724,7 +798,7 @@ MailError ImapReader::read(int index, MessageSummary *summary)
     }
 }
 
-MailError ImapReader::saveAttachments(int index, const CreateFile &create, QList<SavedAttachment> *saved,
+MailError MailReader::saveAttachments(int index, const CreateFile &create, QList<SavedAttachment> *saved,
                                       const TransferProgress &progress)
 {
     const QString server = serverName(d->settings);
@@ -762,9 +836,11 @@ MailError ImapReader::saveAttachments(int index, const CreateFile &create, QList
     }
 }
 
-void ImapReader::disconnect()
+void MailReader::disconnect()
 {
     d->messages.clear();
+    d->uids.clear();
+    d->seen.reset();
     d->loaded.reset();
     d->loadedIndex = -1;
     try {
