@@ -4,6 +4,7 @@
 #include "core/mail/SendArchive.h"
 #include "core/mail/SendHistory.h"
 #include "core/platform/archive/ZipExtract.h"
+#include "core/platform/mail/MessageFile.h"
 #include "core/platform/mail/SeenMessages.h"
 #include "core/settings/MailPasswords.h"
 #include "core/settings/ProgramOptions.h"
@@ -14,6 +15,8 @@
 #include <QRegularExpression>
 #include <QTest>
 #include <QtEndian>
+
+#include <vmime/utility/outputStreamStringAdapter.hpp>
 
 using namespace tarnby;
 using namespace tarnby::mail;
@@ -66,6 +69,8 @@ private slots:
     void incomingAccount();
     void seenFile_data();
     void seenFile();
+    void receivedMessage_data();
+    void receivedMessage();
 };
 
 void TestMailFiles::splitLine_data()
@@ -457,6 +462,91 @@ void TestMailFiles::seenFile()
     reread.load();
     QCOMPARE(reread.size(), int(onServer.size()));
     QVERIFY(reread.contains("new"));
+}
+
+void TestMailFiles::receivedMessage_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<bool>("readable");
+    QTest::addColumn<QStringList>("attachments");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("firstAttachment");
+    const QByteArray mixed = "Subject: s\r\nContent-Type: multipart/mixed; boundary=\"b1\"\r\n\r\n";
+    const QByteArray textPart = "--b1\r\nContent-Type: text/plain; charset=utf-8\r\n\r\nHello\r\n";
+    const QByteArray filePart = "--b1\r\nContent-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
+                                "Content-Disposition: attachment; filename=\"a.bin\"\r\n\r\naGVsbG8gd29y\r\nbGQ=\r\n";
+    QTest::addRow("one text part, LF line ends") << QByteArray("Subject: a\n\nhello\n") << true << QStringList{}
+                                                 << QByteArray("hello\n") << QByteArray();
+    QTest::addRow("text and a file, preamble and epilogue")
+        << mixed + "preamble\r\n" + textPart + filePart + "--b1--\r\nepilogue\r\n" << true << QStringList{"a.bin"}
+        << QByteArray("Hello") << QByteArray("hello world");
+    QTest::addRow("no closing delimiter: the last part runs to the end")
+        << mixed + textPart + filePart << true << QStringList{"a.bin"} << QByteArray("Hello") << QByteArray("hello world");
+    QTest::addRow("a line that only starts like the delimiter")
+        << mixed + "--b1\r\n\r\nfirst\r\n--b12 is not a delimiter\r\n--b1--\r\n" << true << QStringList{}
+        << QByteArray("first\r\n--b12 is not a delimiter") << QByteArray();
+    QTest::addRow("alternative text and HTML inside mixed")
+        << mixed + "--b1\r\nContent-Type: multipart/alternative; boundary=b2\r\n\r\n--b2\r\nContent-Type: text/plain\r\n\r\n"
+                   "plain\r\n--b2\r\nContent-Type: text/html\r\n\r\n<p>html</p>\r\n--b2--\r\n"
+               + filePart + "--b1--\r\n"
+        << true << QStringList{"a.bin"} << QByteArray("plain") << QByteArray("hello world");
+    QTest::addRow("quoted-printable, name from the content type")
+        << mixed + "--b1\r\nContent-Type: text/plain; name=\"n.txt\"\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n"
+                   "caf=C3=A9 =\r\nsoft\r\n--b1--\r\n"
+        << true << QStringList{"n.txt"} << QByteArray() << QByteArray("caf\xc3\xa9 soft");
+    QTest::addRow("file name in RFC 2231 form")
+        << mixed + "--b1\r\nContent-Type: image/jpeg\r\nContent-Disposition: attachment; filename*=utf-8''%C3%A9t%C3%A9.jpg\r\n\r\n"
+                   "raw\r\n--b1--\r\n"
+        << true << QStringList{QString::fromUtf8("\xc3\xa9t\xc3\xa9.jpg")} << QByteArray() << QByteArray("raw");
+    QTest::addRow("a file with no name") << mixed + "--b1\r\nContent-Type: image/png\r\n\r\npng\r\n--b1--\r\n" << true
+                                         << QStringList{QString()} << QByteArray() << QByteArray("png");
+    QByteArray deep = "Subject: deep\r\n";
+    for (int i = 0; i < 30; ++i)
+        deep += "Content-Type: multipart/mixed; boundary=d" + QByteArray::number(i) + "\r\n\r\n--d" + QByteArray::number(i) + "\r\n";
+    QTest::addRow("parts nested too deep") << deep << false << QStringList{} << QByteArray() << QByteArray();
+    QTest::addRow("a header of more than 1 MB") << "X-Long: " + QByteArray(1100000, 'a') + "\r\n\r\nbody" << false
+                                                << QStringList{} << QByteArray() << QByteArray();
+}
+
+void TestMailFiles::receivedMessage()
+{
+    QFETCH(QByteArray, message);
+    QFETCH(bool, readable);
+    QFETCH(QStringList, attachments);
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, firstAttachment);
+    TestDir dir;
+    QFile file(dir.createFile("m.eml", message));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    mailnet::MessageFile parsed;
+    try {
+        parsed = mailnet::scanMessage(file);
+    } catch (const std::exception &e) {
+        QVERIFY2(!readable, e.what());
+        return;
+    }
+    QVERIFY(readable);
+    QStringList names;
+    const mailnet::MessageLeaf *firstFile = nullptr;
+    const mailnet::MessageLeaf *firstText = nullptr;
+    for (const mailnet::MessageLeaf &leaf : parsed.leaves) {
+        if (leaf.attachment) {
+            names << leaf.name;
+            firstFile = firstFile ? firstFile : &leaf;
+        } else if (leaf.plainText && !firstText) {
+            firstText = &leaf;
+        }
+    }
+    QCOMPARE(names, attachments);
+    const auto decoded = [&file](const mailnet::MessageLeaf *leaf) {
+        std::string out;
+        vmime::utility::outputStreamStringAdapter stream(out);
+        if (leaf)
+            mailnet::decodeLeaf(file, *leaf, stream);
+        return QByteArray::fromStdString(out);
+    };
+    QCOMPARE(decoded(firstText), text);
+    QCOMPARE(decoded(firstFile), firstAttachment);
 }
 
 QTEST_GUILESS_MAIN(TestMailFiles)

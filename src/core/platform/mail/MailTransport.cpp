@@ -1,5 +1,6 @@
 #include "core/platform/mail/MailTransport.h"
 
+#include "core/platform/mail/MessageFile.h"
 #include "core/platform/mail/SeenMessages.h"
 
 #include <QDir>
@@ -45,8 +46,7 @@ std::string toVmime(const QString &s)
 
 // ---- streams over QFile ----
 
-// Seekable, so that vmime's parser keeps positions in the file for the
-// parts' contents instead of reading the whole file into memory.
+// A message generated into a file, handed to the SMTP transport.
 class FileInputStream : public vmime::utility::seekableInputStream
 {
 public:
@@ -362,11 +362,6 @@ MailError prepareService(vmime::net::service &service, const ServerSettings &set
     return {};
 }
 
-QString wordText(const vmime::word &w)
-{
-    return fromVmime(w.getConvertedText(vmime::charsets::UTF_8));
-}
-
 } // namespace
 
 bool parseServerUrl(const QString &text, bool outgoing, ServerSettings *settings, QString *error)
@@ -590,9 +585,9 @@ struct MailReader::Private {
     void markSeen(int index);
     // The message read last, kept for its attachments.
     std::unique_ptr<QTemporaryFile> file;
-    std::shared_ptr<vmime::message> loaded;
+    std::unique_ptr<MessageFile> loaded;
     int loadedIndex = -1;
-    std::shared_ptr<vmime::message> load(int index);
+    const MessageFile &load(int index);
 };
 
 MailReader::MailReader() : d(std::make_unique<Private>()) { initialiseVmime(); }
@@ -693,12 +688,12 @@ int MailReader::count() const
 }
 
 // The message index, fetched whole into a temporary file (the server marks
-// it read) and parsed from there: the parser keeps only positions in the file
-// for the parts' contents, so no attachment is held in memory.
-std::shared_ptr<vmime::message> MailReader::Private::load(int index)
+// it read) and taken apart there: only the headers are read into memory, the
+// parts' bodies are decoded from the file when they are asked for.
+const MessageFile &MailReader::Private::load(int index)
 {
     if (index == loadedIndex && loaded)
-        return loaded;
+        return *loaded;
     loaded.reset();
     loadedIndex = -1;
     file = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/tarnby-message-XXXXXX.eml"));
@@ -726,12 +721,9 @@ std::shared_ptr<vmime::message> MailReader::Private::load(int index)
     if (!file->flush())
         throw vmime::exception("cannot write " + toVmime(file->fileName()));
     markSeen(index);
-    file->seek(0);
-    auto message = std::make_shared<vmime::message>();
-    message->parse(std::make_shared<FileInputStream>(*file, std::function<bool()>()), size_t(file->size()));
-    loaded = message;
+    loaded = std::make_unique<MessageFile>(scanMessage(*file));
     loadedIndex = index;
-    return loaded;
+    return *loaded;
 }
 
 void MailReader::Private::markSeen(int index)
@@ -755,8 +747,8 @@ MailError MailReader::read(int index, MessageSummary *summary)
         return {MailErrorKind::Protocol, QStringLiteral("There is no message %1.").arg(index + 1)};
     *summary = {};
     try {
-        auto message = d->load(index);
-        auto header = message->getHeader();
+        const MessageFile &message = d->load(index);
+        const auto &header = message.header;
         if (auto from = header->findField(vmime::fields::FROM)) {
             if (auto mailbox = from->getValue<vmime::mailbox>()) {
                 summary->senderName = fromVmime(mailbox->getName().getConvertedText(vmime::charsets::UTF_8));
@@ -772,23 +764,29 @@ MailError MailReader::read(int index, MessageSummary *summary)
                                       Qt::OffsetFromUTC, dt->getZone() * 60)
                                 .toLocalTime();
         }
-        for (const auto &attachment : vmime::attachmentHelper::findAttachmentsInMessage(message))
-            summary->attachments << wordText(attachment->getName());
-
-        vmime::messageParser parser(message);
-        for (const auto &part : parser.getTextPartList()) {
-            if (part->getType() != vmime::mediaType(vmime::mediaTypes::TEXT, vmime::mediaTypes::TEXT_PLAIN))
+        bool textFound = false;
+        for (const MessageLeaf &leaf : message.leaves) {
+            if (leaf.attachment) {
+                summary->attachments << leaf.name;
                 continue;
+            }
+            if (!leaf.plainText || textFound)
+                continue;
+            textFound = true;
             BoundedStringStream decoded(MaxTextBytes);
-            part->getText()->extract(decoded);
+            decodeLeaf(*d->file, leaf, decoded);
+            vmime::charset charset(vmime::charsets::US_ASCII);
+            if (auto type = std::dynamic_pointer_cast<vmime::contentTypeField>(
+                    leaf.header->findField(vmime::fields::CONTENT_TYPE));
+                type && type->hasCharset())
+                charset = type->getCharset();
             std::string utf8;
             try {
-                vmime::charset::convert(decoded.data(), utf8, part->getCharset(), vmime::charsets::UTF_8);
+                vmime::charset::convert(decoded.data(), utf8, charset, vmime::charsets::UTF_8);
             } catch (const vmime::exception &) {
                 utf8 = decoded.data();
             }
             summary->text = fromVmime(utf8);
-            break;
         }
         return {};
     } catch (const vmime::exception &e) {
@@ -805,18 +803,22 @@ MailError MailReader::saveAttachments(int index, const CreateFile &create, QList
     if (index < 0 || index >= count())
         return {MailErrorKind::Protocol, QStringLiteral("There is no message %1.").arg(index + 1)};
     try {
-        auto message = d->load(index);
-        const auto attachments = vmime::attachmentHelper::findAttachmentsInMessage(message);
+        const MessageFile &message = d->load(index);
+        std::vector<const MessageLeaf *> attachments;
+        for (const MessageLeaf &leaf : message.leaves) {
+            if (leaf.attachment)
+                attachments.push_back(&leaf);
+        }
         qint64 done = 0;
-        for (const auto &attachment : attachments) {
-            const QString name = wordText(attachment->getName());
+        for (const MessageLeaf *attachment : attachments) {
+            const QString name = attachment->name;
             QFile target;
             QString error;
             const QString path = create(name, target, &error);
             if (path.isEmpty())
                 return {MailErrorKind::File, error};
             FileOutputStream out(target);
-            attachment->getData()->extract(out);
+            decodeLeaf(*d->file, *attachment, out);
             if (out.failed() || !target.flush()) {
                 const QString why = target.errorString();
                 target.remove();
