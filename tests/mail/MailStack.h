@@ -93,12 +93,14 @@ private:
     QHash<QString, QString> m_values;
 };
 
-// The main of a test that needs the servers: skips with a clear line (exit
+// The main of a test that needs the servers (MAILSTACK_TEST_MAIN_WITH: with
+// an application object other than QCoreApplication): skips with a clear line (exit
 // 77, which CTest counts as skipped) where they could not be started.
-#define MAILSTACK_TEST_MAIN(TestObject)                                                            \
+#define MAILSTACK_TEST_MAIN(TestObject) MAILSTACK_TEST_MAIN_WITH(QCoreApplication, TestObject)
+#define MAILSTACK_TEST_MAIN_WITH(Application, TestObject)                                          \
     int main(int argc, char *argv[])                                                               \
     {                                                                                              \
-        QCoreApplication app(argc, argv);                                                          \
+        Application app(argc, argv);                                                               \
         if (!MailStack().available()) {                                                            \
             std::printf("SKIP: the local mail servers are not running (tests/tools/mailstack "     \
                         "start needs root and the postfix and dovecot packages)\n");               \
