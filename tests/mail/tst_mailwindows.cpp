@@ -1,9 +1,13 @@
 #include "core/mail/SendHistory.h"
 #include "ui/mail/MailAddr1.h"
+#include "ui/mail/MailWindows.h"
 #include "ui/mail/RecvFile1.h"
 #include "ui/mail/SendFile1.h"
 
+#include "ModalCloser.h"
 #include "UiFixture.h"
+
+#include <QAction>
 
 #include <QCheckBox>
 #include <QLabel>
@@ -73,6 +77,7 @@ private slots:
     void nameFromContacts_data();
     void nameFromContacts();
     void sendWindowOpens();
+    void sendWindowHelpMenu();
     void sendNeedsAddress_data();
     void sendNeedsAddress();
     void clearLog_data();
@@ -252,6 +257,43 @@ void TestMailWindows::sendWindowOpens()
     QCOMPARE(window.files(), (QStringList{current, current}));
     window.findChild<QPushButton *>("ClearPictBtn")->click();
     QVERIFY(window.files().isEmpty());
+}
+
+void TestMailWindows::sendWindowHelpMenu()
+{
+    UiFixture f;
+    MailWindowHooks hooks;
+    hooks.store = &f.store;
+    QStringList opened;
+    whenModal("SendFile1", [&](QDialog *send) {
+        const auto action = [send](const QString &text) {
+            for (QAction *a : send->findChildren<QAction *>()) {
+                if (a->text() == text)
+                    return a;
+            }
+            return static_cast<QAction *>(nullptr);
+        };
+        // Quick Tips opens the tips window beside the sending window.
+        if (QAction *tips = action("Quick Tips for Sending Files")) {
+            tips->trigger();
+            for (QWidget *w : QApplication::topLevelWidgets()) {
+                if (w->objectName() == "QuikTip1" && w->isVisible()) {
+                    opened << w->objectName();
+                    w->close();
+                }
+            }
+        }
+        // About runs its own window until it is closed.
+        whenModal("About1", [&](QDialog *about) {
+            opened << about->objectName();
+            about->reject();
+        });
+        if (QAction *about = action("&About Tarnby..."))
+            about->trigger();
+        send->reject();
+    });
+    runSendWindow(f.state, f.services, hooks, QString(), nullptr);
+    QCOMPARE(opened, (QStringList{"QuikTip1", "About1"}));
 }
 
 void TestMailWindows::sendNeedsAddress_data()
