@@ -2,17 +2,19 @@
 # Sending N photos (default 100 of 3 MB, about 300 MB) to one address through
 # local Postfix and Dovecot (tests/tools/mailstack; root only): the time to
 # zip against zip -1, and the time from Send to the message in the mailbox
-# against handing the same archive to the server with curl over SMTP.
-# See bench/README.md.
+# against handing the same archive to the server with curl over SMTP; then
+# the peak resident memory of receiving one message with a large archive
+# (RECV_SIZE, 150 MB) over IMAP and over POP3. See bench/README.md.
 #
 #   bench/mail.sh [BUILD_DIR]
 #
 # Environment: N (100), SIZE (3000000 bytes a photo), CORES (2),
-# BENCH_DIR (/tmp/tarnby-bench).
+# RECV_SIZE (150000000 bytes), BENCH_DIR (/tmp/tarnby-bench).
 set -euo pipefail
 
 N=${N:-100}
 SIZE=${SIZE:-3000000}
+RECV_SIZE=${RECV_SIZE:-150000000}
 CORES=${CORES:-2}
 BENCH_DIR=${BENCH_DIR:-/tmp/tarnby-bench}
 HERE=$(cd "$(dirname "$0")" && pwd)
@@ -39,11 +41,15 @@ cat "$PHOTOS"/* > /dev/null
 STACK=$(mktemp -d /tmp/tarnby-bench-mail-XXXXXX)
 WORK=$(mktemp -d "$BENCH_DIR/mail-work-XXXXXX")
 trap '"$MAILSTACK" stop "$STACK" > /dev/null; rm -rf "$WORK"' EXIT
+LIMIT=$((2 * (N * SIZE > RECV_SIZE ? N * SIZE : RECV_SIZE) + 10000000))
 MAILSTACK_SMTP_PORT=4525 MAILSTACK_SMTPS_PORT=4465 MAILSTACK_IMAP_PORT=4143 MAILSTACK_IMAPS_PORT=4993 \
-  MAILSTACK_MESSAGE_LIMIT=$((2 * N * SIZE + 10000000)) "$MAILSTACK" start "$STACK" > /dev/null
+  MAILSTACK_POP3_PORT=4110 MAILSTACK_POP3S_PORT=4995 \
+  MAILSTACK_MESSAGE_LIMIT=$LIMIT "$MAILSTACK" start "$STACK" > /dev/null
 env_value() { sed -n "s/^$1=//p" "$STACK/env"; }
 HOST=$(env_value TARNBY_TEST_SMTP_HOST)
 PORT=$(env_value TARNBY_TEST_SMTP_PORT)
+IMAP_PORT=$(env_value TARNBY_TEST_IMAP_PORT)
+POP3_PORT=$(env_value TARNBY_TEST_POP3_PORT)
 USER_NAME=$(env_value TARNBY_TEST_SMTP_USER)
 PASSWORD=$(env_value TARNBY_TEST_SMTP_PASS)
 ADDRESS=$(env_value TARNBY_TEST_MAIL_ADDRESS)
@@ -112,3 +118,26 @@ printf 'tarnby zip:                  %6.2f s   (%.2fx zip -1)\n' "$TZIP" "$(echo
 printf 'tarnby send to mailbox:      %6.2f s   (zip included)\n' "$TSEND"
 printf 'tarnby send less its zip:    %6.2f s   (%.2fx curl)\n' "$TTRANSFER" "$(echo "$TTRANSFER / $TCURL" | bc -l)"
 printf 'curl upload to mailbox:      %6.2f s   (message made beforehand)\n' "$TCURL"
+
+# 3. Receive memory: one message with an archive of RECV_SIZE bytes, received
+# with tarnby-cli mail receive (saved, then unpacked) over IMAP and over POP3;
+# the peak resident memory from /usr/bin/time -v.
+"$MAILSTACK" clear "$STACK" > /dev/null
+mkdir -p "$WORK/big" "$WORK/in"
+head -c "$RECV_SIZE" /dev/urandom > "$WORK/big/Big.jpg"
+before=$(delivered)
+"$CLI" mail send --home "$WORK/home" --smtp "smtp://$HOST:$PORT" --user "$USER_NAME" --password-file "$WORK/password" \
+  --ca-file "$CA" --to "$ADDRESS" --subject big "$WORK/big/Big.jpg" > /dev/null
+wait_for $((before + 1))
+for proto in imap pop3; do
+  rm -rf "$WORK/in" "$WORK/home/POP3Seen.TXT"
+  mkdir "$WORK/in"
+  [ $proto = imap ] && port=$IMAP_PORT || port=$POP3_PORT
+  /usr/bin/time -v -o "$WORK/time" "$CLI" mail receive --all --home "$WORK/home" --$proto "$proto://$HOST:$port" \
+    --user "$USER_NAME" --password-file "$WORK/password" --ca-file "$CA" --to "$WORK/in" > /dev/null
+  cmp -s "$WORK/big/Big.jpg" "$WORK/in/Big.jpg" || { echo "receive over $proto did not give the file back" >&2; exit 1; }
+  RSS=$(sed -n 's/.*Maximum resident set size (kbytes): //p' "$WORK/time")
+  WALL=$(sed -n 's/.*Elapsed (wall clock) time (h:mm:ss or m:ss): //p' "$WORK/time")
+  printf 'receive %3d MB archive, %s: %6d MB peak resident, %s wall\n' "$((RECV_SIZE / 1000000))" "$proto" \
+    "$((RSS / 1024))" "$WALL"
+done

@@ -20,7 +20,7 @@ PACKAGES=(
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
   gstreamer1.0-libav fluid-soundfont-gm
   # tests and screenshots; the mail tests' own SMTP and IMAP servers (tests/tools/mailstack)
-  xvfb xauth poppler-utils netpbm postfix dovecot-imapd dovecot-lmtpd openssl curl zip
+  xvfb xauth poppler-utils netpbm postfix dovecot-imapd dovecot-pop3d dovecot-lmtpd openssl curl zip
   # the organizer: a throw-away PostgreSQL server for its tests, the sqlite3 shell for its benchmark
   postgresql postgresql-common sqlite3 libsqlite3-dev
   # the icon (rendered at build time), the install and package tests

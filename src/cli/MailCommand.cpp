@@ -30,6 +30,7 @@ struct MailOptions {
     QString folder; // receive --to
     QString home;
     QString serverUrl; // --smtp or --imap
+    QString pop3Url;
     QString user;
     QString passwordFile;
     QString caFile;
@@ -41,7 +42,8 @@ int usage()
         "Usage: tarnby-cli mail send --to ADDRESS... [--omit-zip] [--subject S] [--message M] FILE...\n"
         "       tarnby-cli mail receive [--all] [--to DIR]\n"
         "Both take --home DIR, --user NAME, --password-file F and --ca-file F; send takes\n"
-        "--smtp URL (smtp:// or smtps://), receive --imap URL (imap:// or imaps://).\n"));
+        "--smtp URL (smtp:// or smtps://), receive --imap URL (imap:// or imaps://) or\n"
+        "--pop3 URL (pop3:// or pop3s://).\n"));
     return 2;
 }
 
@@ -73,15 +75,20 @@ QString firstLine(const QString &path, QString *error)
 bool serverSettings(const MailOptions &o, const settings::ProgramOptions &options, bool outgoing,
                     mailnet::ServerSettings *s, QString *error)
 {
-    if (!outgoing && options.incomingProtocol.compare(QStringLiteral("POP3"), Qt::CaseInsensitive) == 0
-        && o.serverUrl.isEmpty()) {
-        *error = QStringLiteral("Receiving over POP3 is not supported; give an IMAP server with --imap.");
+    *s = outgoing ? mail::outgoingServer(options) : mail::incomingServer(options);
+    if (!o.serverUrl.isEmpty() && !o.pop3Url.isEmpty()) {
+        *error = QStringLiteral("Give either --imap or --pop3, not both.");
         return false;
     }
-    *s = outgoing ? mail::outgoingServer(options) : mail::incomingServer(options);
-    if (!o.serverUrl.isEmpty()) {
-        if (!mailnet::parseServerUrl(o.serverUrl, outgoing, s, error))
+    if (const QString url = o.serverUrl.isEmpty() ? o.pop3Url : o.serverUrl; !url.isEmpty()) {
+        if (!mailnet::parseServerUrl(url, outgoing, s, error))
             return false;
+        const mailnet::Protocol wanted = o.pop3Url.isEmpty() ? mailnet::Protocol::Imap : mailnet::Protocol::Pop3;
+        if (!outgoing && s->protocol != wanted) {
+            *error = QStringLiteral("\"%1\" is not a server address for %2.")
+                         .arg(url, wanted == mailnet::Protocol::Pop3 ? QStringLiteral("--pop3") : QStringLiteral("--imap"));
+            return false;
+        }
         s->allowPlain = false;
     }
     if (!o.user.isEmpty())
@@ -89,7 +96,8 @@ bool serverSettings(const MailOptions &o, const settings::ProgramOptions &option
     s->caFile = o.caFile;
     if (s->host.isEmpty()) {
         *error = outgoing ? QStringLiteral("No outgoing mail server is set: give one with --smtp or in the options.")
-                          : QStringLiteral("No incoming mail server is set: give one with --imap or in the options.");
+                          : QStringLiteral("No incoming mail server is set: give one with --imap or --pop3 or in "
+                                           "the options.");
         return false;
     }
     if (!o.passwordFile.isEmpty()) {
@@ -155,11 +163,12 @@ int runReceive(const MailOptions &o, const QString &home, const settings::Progra
     QString error;
     if (!serverSettings(o, options, false, &server, &error))
         return fail(error);
+    server.seenFile = mail::seenFilePath(home);
     const QString folder = o.folder.isEmpty() ? QDir(home).filePath(QStringLiteral("Pictures")) : o.folder;
     if (!QDir().mkpath(folder))
         return fail(QStringLiteral("The folder %1 could not be made.").arg(folder));
 
-    mailnet::ImapReader reader;
+    mailnet::MailReader reader;
     mailnet::MailError status = reader.connect(server);
     if (status.ok())
         status = reader.fetch(!o.all);
@@ -212,6 +221,7 @@ int runMail(const QByteArrayList &args)
         {"--password-file", &o.passwordFile},
         {"--ca-file", &o.caFile},
         {send ? "--smtp" : "--imap", &o.serverUrl},
+        {"--pop3", send ? nullptr : &o.pop3Url},
         {"--subject", send ? &o.subject : nullptr},
         {"--message", send ? &o.message : nullptr},
     };
@@ -253,6 +263,6 @@ int runMail(const QByteArrayList &args)
 
 TARNBY_CLI_COMMAND(mail, "mail", "mail send --to ADDRESS... [--omit-zip] [--subject S] [--message M] FILE... | mail receive [--all] [--to DIR]",
                    "Send files by e-mail (zipped unless --omit-zip), or receive messages and save and unpack their "
-                   "attachments. Both take --home DIR, --smtp URL / --imap URL, --user NAME, --password-file F and "
+                   "attachments. Both take --home DIR, --smtp URL / --imap URL or --pop3 URL, --user NAME, --password-file F and "
                    "--ca-file F.",
                    runMail);

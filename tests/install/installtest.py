@@ -74,6 +74,6 @@ def cli_commands(prefix, env=None):
     # named in either.
     for match in re.finditer(r"^  ([a-z][a-z-]*)( [^\n]*)?\n((?:      [^\n]*\n)*)", text, re.M):
         words = (match.group(2) or "") + " " + match.group(3)
-        commands[match.group(1)] = sorted(set(re.findall(r"--[a-z][a-z-]*", words)))
+        commands[match.group(1)] = sorted(set(re.findall(r"--[a-z][a-z0-9-]*", words)))
     check(commands, "tarnby-cli --help lists no commands:\n" + text)
     return commands

@@ -55,6 +55,17 @@ public:
         return s;
     }
 
+    // The same account over POP3 (STARTTLS), its read messages remembered
+    // in seenFile.
+    tarnby::mailnet::ServerSettings pop3(const QString &seenFile = QString()) const
+    {
+        tarnby::mailnet::ServerSettings s = imap();
+        s.protocol = tarnby::mailnet::Protocol::Pop3;
+        s.port = value("TARNBY_TEST_POP3_PORT").toInt();
+        s.seenFile = seenFile;
+        return s;
+    }
+
     // Deletes every message of the test account.
     bool clear() const
     {
@@ -67,7 +78,7 @@ public:
     {
         int have = 0;
         for (int waited = 0; waited <= timeoutMs; waited += 100) {
-            tarnby::mailnet::ImapReader reader;
+            tarnby::mailnet::MailReader reader;
             if (reader.connect(imap()).ok() && reader.fetch(false).ok())
                 have = reader.count();
             if (have >= count)
@@ -82,12 +93,14 @@ private:
     QHash<QString, QString> m_values;
 };
 
-// The main of a test that needs the servers: skips with a clear line (exit
+// The main of a test that needs the servers (MAILSTACK_TEST_MAIN_WITH: with
+// an application object other than QCoreApplication): skips with a clear line (exit
 // 77, which CTest counts as skipped) where they could not be started.
-#define MAILSTACK_TEST_MAIN(TestObject)                                                            \
+#define MAILSTACK_TEST_MAIN(TestObject) MAILSTACK_TEST_MAIN_WITH(QCoreApplication, TestObject)
+#define MAILSTACK_TEST_MAIN_WITH(Application, TestObject)                                          \
     int main(int argc, char *argv[])                                                               \
     {                                                                                              \
-        QCoreApplication app(argc, argv);                                                          \
+        Application app(argc, argv);                                                               \
         if (!MailStack().available()) {                                                            \
             std::printf("SKIP: the local mail servers are not running (tests/tools/mailstack "     \
                         "start needs root and the postfix and dovecot packages)\n");               \

@@ -1,8 +1,13 @@
 #include "core/mail/AddressList.h"
 #include "core/mail/AttachmentNames.h"
+#include "core/mail/MailJobs.h"
 #include "core/mail/SendArchive.h"
 #include "core/mail/SendHistory.h"
 #include "core/platform/archive/ZipExtract.h"
+#include "core/platform/mail/MessageFile.h"
+#include "core/platform/mail/SeenMessages.h"
+#include "core/settings/MailPasswords.h"
+#include "core/settings/ProgramOptions.h"
 
 #include "TestDir.h"
 
@@ -10,6 +15,8 @@
 #include <QRegularExpression>
 #include <QTest>
 #include <QtEndian>
+
+#include <vmime/utility/outputStreamStringAdapter.hpp>
 
 using namespace tarnby;
 using namespace tarnby::mail;
@@ -56,6 +63,14 @@ private slots:
     void archiveReplacesOldAndStoresCompressed();
     void archiveCancelKeepsOld();
     void archiveOfMissingFile();
+    void serverUrl_data();
+    void serverUrl();
+    void incomingAccount_data();
+    void incomingAccount();
+    void seenFile_data();
+    void seenFile();
+    void receivedMessage_data();
+    void receivedMessage();
 };
 
 void TestMailFiles::splitLine_data()
@@ -335,6 +350,203 @@ void TestMailFiles::archiveOfMissingFile()
     QVERIFY(made.result.errorString.contains("gone.txt"));
     QVERIFY(!QFile::exists(dir.filePath("a.Zip")));
     QCOMPARE(makeSendArchive({}).result.status, archive::ZipStatus::Failed);
+}
+
+void TestMailFiles::serverUrl_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<bool>("outgoing");
+    QTest::addColumn<bool>("valid");
+    QTest::addColumn<int>("port");
+    QTest::addColumn<bool>("tls");
+    QTest::addColumn<bool>("pop3");
+    QTest::addRow("smtp default port") << "smtp://mail.example.org" << true << true << 587 << false << false;
+    QTest::addRow("smtps") << "smtps://mail.example.org" << true << true << 465 << true << false;
+    QTest::addRow("imap with port") << "imap://h:1143" << false << true << 1143 << false << false;
+    QTest::addRow("imaps default port") << "imaps://h" << false << true << 993 << true << false;
+    QTest::addRow("pop3 default port") << "pop3://h" << false << true << 110 << false << true;
+    QTest::addRow("pop3s in capitals") << "POP3S://h" << false << true << 995 << true << true;
+    QTest::addRow("pop3 is not for sending") << "pop3://h" << true << false << 0 << false << false;
+    QTest::addRow("smtp is not for receiving") << "smtp://h" << false << false << 0 << false << false;
+    QTest::addRow("no host") << "imap://" << false << false << 0 << false << false;
+}
+
+void TestMailFiles::serverUrl()
+{
+    QFETCH(QString, url);
+    QFETCH(bool, outgoing);
+    QFETCH(bool, valid);
+    mailnet::ServerSettings s;
+    QString error;
+    QCOMPARE(mailnet::parseServerUrl(url, outgoing, &s, &error), valid);
+    if (!valid) {
+        QVERIFY(error.contains(url));
+        return;
+    }
+    QTEST(s.port, "port");
+    QTEST(s.security == mailnet::Security::Tls, "tls");
+    QTEST(s.protocol == mailnet::Protocol::Pop3, "pop3");
+}
+
+void TestMailFiles::incomingAccount_data()
+{
+    QTest::addColumn<QString>("protocol");
+    QTest::addColumn<bool>("pop3");
+    QTest::addColumn<QString>("key");
+    // The key is the one entry the options window writes for the account.
+    QTest::addRow("IMAP") << "IMAP" << false << "imap:me@mail.example.org";
+    QTest::addRow("POP3") << "POP3" << true << "pop3:me@mail.example.org";
+    QTest::addRow("pop3 in small letters") << "pop3" << true << "pop3:me@mail.example.org";
+}
+
+void TestMailFiles::incomingAccount()
+{
+    QFETCH(QString, protocol);
+    QFETCH(QString, key);
+    settings::ProgramOptions options;
+    options.incomingProtocol = protocol;
+    options.incomingHost = "mail.example.org";
+    options.incomingUser = "me";
+    const mailnet::ServerSettings server = incomingServer(options);
+    QTEST(server.protocol == mailnet::Protocol::Pop3, "pop3");
+    QCOMPARE(passwordKey(server, false), key);
+    QCOMPARE(passwordKey(server, false),
+             settings::mailPasswordKey(settings::MailServer::Incoming, protocol, options.incomingUser, options.incomingHost));
+}
+
+void TestMailFiles::seenFile_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QStringList>("seen");
+    QTest::addColumn<QByteArray>("othersKept");
+    const QByteArray other = "other@h:110\tz1\n";
+    QTest::addRow("missing file") << QByteArray() << QStringList{} << QByteArray();
+    QTest::addRow("own and other accounts") << "me@h:110\ta1\n" + other + "me@h:110\ta2\n" << QStringList{"a1", "a2"}
+                                            << other;
+    QTest::addRow("lines without an id or a tab") << QByteArray("me@h:110\t\nme@h:110\n\tb\n\n") << QStringList{}
+                                                  << QByteArray();
+    QTest::addRow("an overlong line is skipped whole")
+        << "me@h:110\t" + QByteArray(5000, 'x') + "\nme@h:110\tok\n" << QStringList{"ok"} << QByteArray();
+    QTest::addRow("no final line end") << QByteArray("me@h:110\tlast") << QStringList{"last"} << QByteArray();
+    QTest::addRow("binary garbage") << QByteArray("\x00\xff\x01\tq\r\n", 7) << QStringList{}
+                                    << QByteArray("\x00\xef\xbf\xbd\x01\tq\n", 8);
+}
+
+void TestMailFiles::seenFile()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QStringList, seen);
+    QFETCH(QByteArray, othersKept);
+    TestDir dir;
+    const QString path = dir.filePath("POP3Seen.TXT");
+    if (!content.isEmpty())
+        dir.createFile("POP3Seen.TXT", content);
+    mailnet::SeenMessages list(path, "me@h:110");
+    list.load();
+    QCOMPARE(list.size(), seen.size());
+    for (const QString &id : seen)
+        QVERIFY(list.contains(id));
+
+    // Ids gone from the server are forgotten; a new one is kept; the other
+    // accounts' lines come back first, as read.
+    list.add("new");
+    QSet<QString> onServer{"new"};
+    if (!seen.isEmpty())
+        onServer.insert(seen.first());
+    list.keepOnly(onServer);
+    QString error;
+    QVERIFY2(list.save(&error), qPrintable(error));
+    const QByteArray written = dir.read("POP3Seen.TXT");
+    QVERIFY2(written.startsWith(othersKept), written.constData());
+    mailnet::SeenMessages reread(path, "me@h:110");
+    reread.load();
+    QCOMPARE(reread.size(), int(onServer.size()));
+    QVERIFY(reread.contains("new"));
+}
+
+void TestMailFiles::receivedMessage_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<bool>("readable");
+    QTest::addColumn<QStringList>("attachments");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("firstAttachment");
+    const QByteArray mixed = "Subject: s\r\nContent-Type: multipart/mixed; boundary=\"b1\"\r\n\r\n";
+    const QByteArray textPart = "--b1\r\nContent-Type: text/plain; charset=utf-8\r\n\r\nHello\r\n";
+    const QByteArray filePart = "--b1\r\nContent-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
+                                "Content-Disposition: attachment; filename=\"a.bin\"\r\n\r\naGVsbG8gd29y\r\nbGQ=\r\n";
+    QTest::addRow("one text part, LF line ends") << QByteArray("Subject: a\n\nhello\n") << true << QStringList{}
+                                                 << QByteArray("hello\n") << QByteArray();
+    QTest::addRow("text and a file, preamble and epilogue")
+        << mixed + "preamble\r\n" + textPart + filePart + "--b1--\r\nepilogue\r\n" << true << QStringList{"a.bin"}
+        << QByteArray("Hello") << QByteArray("hello world");
+    QTest::addRow("no closing delimiter: the last part runs to the end")
+        << mixed + textPart + filePart << true << QStringList{"a.bin"} << QByteArray("Hello") << QByteArray("hello world");
+    QTest::addRow("a line that only starts like the delimiter")
+        << mixed + "--b1\r\n\r\nfirst\r\n--b12 is not a delimiter\r\n--b1--\r\n" << true << QStringList{}
+        << QByteArray("first\r\n--b12 is not a delimiter") << QByteArray();
+    QTest::addRow("alternative text and HTML inside mixed")
+        << mixed + "--b1\r\nContent-Type: multipart/alternative; boundary=b2\r\n\r\n--b2\r\nContent-Type: text/plain\r\n\r\n"
+                   "plain\r\n--b2\r\nContent-Type: text/html\r\n\r\n<p>html</p>\r\n--b2--\r\n"
+               + filePart + "--b1--\r\n"
+        << true << QStringList{"a.bin"} << QByteArray("plain") << QByteArray("hello world");
+    QTest::addRow("quoted-printable, name from the content type")
+        << mixed + "--b1\r\nContent-Type: text/plain; name=\"n.txt\"\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n"
+                   "caf=C3=A9 =\r\nsoft\r\n--b1--\r\n"
+        << true << QStringList{"n.txt"} << QByteArray() << QByteArray("caf\xc3\xa9 soft");
+    QTest::addRow("file name in RFC 2231 form")
+        << mixed + "--b1\r\nContent-Type: image/jpeg\r\nContent-Disposition: attachment; filename*=utf-8''%C3%A9t%C3%A9.jpg\r\n\r\n"
+                   "raw\r\n--b1--\r\n"
+        << true << QStringList{QString::fromUtf8("\xc3\xa9t\xc3\xa9.jpg")} << QByteArray() << QByteArray("raw");
+    QTest::addRow("a file with no name") << mixed + "--b1\r\nContent-Type: image/png\r\n\r\npng\r\n--b1--\r\n" << true
+                                         << QStringList{QString()} << QByteArray() << QByteArray("png");
+    QByteArray deep = "Subject: deep\r\n";
+    for (int i = 0; i < 30; ++i)
+        deep += "Content-Type: multipart/mixed; boundary=d" + QByteArray::number(i) + "\r\n\r\n--d" + QByteArray::number(i) + "\r\n";
+    QTest::addRow("parts nested too deep") << deep << false << QStringList{} << QByteArray() << QByteArray();
+    QTest::addRow("a header of more than 1 MB") << "X-Long: " + QByteArray(1100000, 'a') + "\r\n\r\nbody" << false
+                                                << QStringList{} << QByteArray() << QByteArray();
+}
+
+void TestMailFiles::receivedMessage()
+{
+    QFETCH(QByteArray, message);
+    QFETCH(bool, readable);
+    QFETCH(QStringList, attachments);
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, firstAttachment);
+    TestDir dir;
+    QFile file(dir.createFile("m.eml", message));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    mailnet::MessageFile parsed;
+    try {
+        parsed = mailnet::scanMessage(file);
+    } catch (const std::exception &e) {
+        QVERIFY2(!readable, e.what());
+        return;
+    }
+    QVERIFY(readable);
+    QStringList names;
+    const mailnet::MessageLeaf *firstFile = nullptr;
+    const mailnet::MessageLeaf *firstText = nullptr;
+    for (const mailnet::MessageLeaf &leaf : parsed.leaves) {
+        if (leaf.attachment) {
+            names << leaf.name;
+            firstFile = firstFile ? firstFile : &leaf;
+        } else if (leaf.plainText && !firstText) {
+            firstText = &leaf;
+        }
+    }
+    QCOMPARE(names, attachments);
+    const auto decoded = [&file](const mailnet::MessageLeaf *leaf) {
+        std::string out;
+        vmime::utility::outputStreamStringAdapter stream(out);
+        if (leaf)
+            mailnet::decodeLeaf(file, *leaf, stream);
+        return QByteArray::fromStdString(out);
+    };
+    QCOMPARE(decoded(firstText), text);
+    QCOMPARE(decoded(firstFile), firstAttachment);
 }
 
 QTEST_GUILESS_MAIN(TestMailFiles)

@@ -24,7 +24,7 @@ QString uniqueSubject(const QString &what)
 QList<MessageSummary> readInbox(const MailStack &stack, bool unreadOnly = false)
 {
     QList<MessageSummary> result;
-    ImapReader reader;
+    MailReader reader;
     if (!reader.connect(stack.imap()).ok() || !reader.fetch(unreadOnly).ok())
         return result;
     for (int i = 0; i < reader.count(); ++i) {
@@ -47,6 +47,7 @@ private slots:
     void signOnFailures_data();
     void signOnFailures();
     void receiveAndUnpack();
+    void receiveOverPop3();
     void endOfMessages();
     void messageWithoutAttachments();
     void hostileAttachmentNames();
@@ -142,7 +143,8 @@ void TestMailServer::signOnFailures()
     QFETCH(QString, words);
     ServerSettings smtp = m_stack.smtp();
     ServerSettings imap = m_stack.imap();
-    for (ServerSettings *s : {&smtp, &imap}) {
+    ServerSettings pop3 = m_stack.pop3();
+    for (ServerSettings *s : {&smtp, &imap, &pop3}) {
         if (change == "password")
             s->password = "wrong";
         else if (change == "port")
@@ -155,21 +157,24 @@ void TestMailServer::signOnFailures()
         }
     }
     if (change == "smtps") {
-        smtp.security = imap.security = Security::Tls;
+        smtp.security = imap.security = pop3.security = Security::Tls;
         smtp.port = m_stack.value("TARNBY_TEST_SMTPS_PORT").toInt();
         imap.port = m_stack.value("TARNBY_TEST_IMAPS_PORT").toInt();
+        pop3.port = m_stack.value("TARNBY_TEST_POP3S_PORT").toInt();
     }
     SmtpSender sender;
     const MailError sent = sender.connect(smtp);
     QCOMPARE(sent.kind, kind);
     QVERIFY2(sent.text.contains(words), qPrintable(sent.text));
-    ImapReader reader;
-    const MailError read = reader.connect(imap);
-    QCOMPARE(read.kind, kind);
-    QVERIFY2(read.text.contains(words), qPrintable(read.text));
-    if (kind == MailErrorKind::None) {
+    if (kind == MailErrorKind::None)
         QVERIFY(sender.isConnected());
-        QVERIFY(reader.fetch(false).ok());
+    for (const ServerSettings &incoming : {imap, pop3}) {
+        MailReader reader;
+        const MailError read = reader.connect(incoming);
+        QCOMPARE(read.kind, kind);
+        QVERIFY2(read.text.contains(words), qPrintable(read.text));
+        if (kind == MailErrorKind::None)
+            QVERIFY(reader.fetch(false).ok());
     }
 }
 
@@ -187,7 +192,7 @@ void TestMailServer::receiveAndUnpack()
     QVERIFY2(sent.ok, qPrintable(sent.errors.join('\n')));
     QCOMPARE(m_stack.waitForMessages(1), 1);
 
-    ImapReader reader;
+    MailReader reader;
     QVERIFY(reader.connect(m_stack.imap()).ok());
     QVERIFY(reader.fetch(true).ok());
     QCOMPARE(reader.count(), 1);
@@ -221,9 +226,71 @@ void TestMailServer::receiveAndUnpack()
     QCOMPARE(reader.count(), 0);
 }
 
+void TestMailServer::receiveOverPop3()
+{
+    TestDir dir;
+    SmtpSender sender;
+    QVERIFY(sender.connect(m_stack.smtp()).ok());
+    OutgoingMessage message;
+    message.from = m_stack.address();
+    message.to = m_stack.address();
+    message.attachments = {{dir.createFile("Beach.jpg", QByteArray(200000, 'q')), "Beach.jpg"}};
+    for (const char *subject : {"first", "second"}) {
+        message.subject = QString::fromLatin1(subject);
+        QVERIFY(sender.send(message).ok());
+    }
+    QCOMPARE(m_stack.waitForMessages(2), 2);
+
+    // Without a seen file every message counts as unread.
+    const QString seen = dir.filePath("POP3Seen.TXT");
+    MailReader blind;
+    QVERIFY(blind.connect(m_stack.pop3()).ok());
+    QVERIFY(blind.fetch(true).ok());
+    QCOMPARE(blind.count(), 2);
+    blind.disconnect();
+
+    // Another account's lines in the seen file are kept as they are.
+    dir.createFile("POP3Seen.TXT", "someone@elsewhere:110\tabc\n");
+    MailReader reader;
+    const MailError connected = reader.connect(m_stack.pop3(seen));
+    QVERIFY2(connected.ok(), qPrintable(connected.text));
+    QVERIFY(reader.fetch(true).ok());
+    QCOMPARE(reader.count(), 2);
+    MessageSummary summary;
+    QVERIFY(reader.read(0, &summary).ok());
+    QCOMPARE(summary.subject, QStringLiteral("first"));
+    QCOMPARE(summary.attachments, QStringList{"Beach.jpg"});
+    QList<SavedAttachment> saved;
+    const QString folder = dir.createFolder("in");
+    QVERIFY(reader.saveAttachments(0, attachmentFileCreator(folder), &saved).ok());
+    QCOMPARE(dir.read("in/Beach.jpg"), QByteArray(200000, 'q'));
+
+    // The first is read here now: only the second is unread, also for a
+    // new connection.
+    QVERIFY(reader.fetch(true).ok());
+    QCOMPARE(reader.count(), 1);
+    reader.disconnect();
+    MailReader again;
+    QVERIFY(again.connect(m_stack.pop3(seen)).ok());
+    QVERIFY(again.fetch(true).ok());
+    QCOMPARE(again.count(), 1);
+    QVERIFY(again.read(0, &summary).ok());
+    QCOMPARE(summary.subject, QStringLiteral("second"));
+    QVERIFY(again.fetch(true).ok());
+    QCOMPARE(again.count(), 0);
+    QVERIFY(again.fetch(false).ok());
+    QCOMPARE(again.count(), 2);
+    again.disconnect();
+    QVERIFY(dir.read("POP3Seen.TXT").startsWith("someone@elsewhere:110\tabc\n"));
+    QCOMPARE(dir.read("POP3Seen.TXT").count('\n'), 3);
+
+    // Reading over POP3 deleted nothing on the server.
+    QCOMPARE(readInbox(m_stack).size(), 2);
+}
+
 void TestMailServer::endOfMessages()
 {
-    ImapReader reader;
+    MailReader reader;
     QVERIFY(reader.connect(m_stack.imap()).ok());
     QVERIFY(reader.fetch(false).ok());
     QCOMPARE(reader.count(), 0);
@@ -263,7 +330,7 @@ void TestMailServer::hostileAttachmentNames()
     QVERIFY(sender.send(message).ok());
     QCOMPARE(m_stack.waitForMessages(1), 1);
 
-    ImapReader reader;
+    MailReader reader;
     QVERIFY(reader.connect(m_stack.imap()).ok());
     QVERIFY(reader.fetch(false).ok());
     const QString folder = dir.createFolder("a/b/Pictures");
@@ -302,7 +369,7 @@ void TestMailServer::attachmentSizes()
     QVERIFY(sender.connect(m_stack.smtp()).ok());
     QVERIFY(sender.send(message).ok());
     QCOMPARE(m_stack.waitForMessages(1), 1);
-    ImapReader reader;
+    MailReader reader;
     QVERIFY(reader.connect(m_stack.imap()).ok());
     QVERIFY(reader.fetch(false).ok());
     const QString folder = dir.createFolder("in");

@@ -1,9 +1,13 @@
 #include "core/mail/SendHistory.h"
 #include "ui/mail/MailAddr1.h"
+#include "ui/mail/MailWindows.h"
 #include "ui/mail/RecvFile1.h"
 #include "ui/mail/SendFile1.h"
 
+#include "ModalCloser.h"
 #include "UiFixture.h"
+
+#include <QAction>
 
 #include <QCheckBox>
 #include <QLabel>
@@ -70,7 +74,10 @@ private slots:
     void closeWithChangesAsksNoByDefault();
     void editInPlaceAndSelect();
     void cancelledOpenChangesNothing();
+    void nameFromContacts_data();
+    void nameFromContacts();
     void sendWindowOpens();
+    void sendWindowHelpMenu();
     void sendNeedsAddress_data();
     void sendNeedsAddress();
     void clearLog_data();
@@ -104,6 +111,46 @@ void TestMailWindows::addressBookOpensList()
     QCOMPARE(window.findChild<QLineEdit *>("Text1_1")->text(), QStringLiteral("uc - j@x.org"));
     QVERIFY(!window.isChanged());
     QVERIFY(MailAddr1::isOpen());
+}
+
+void TestMailWindows::nameFromContacts_data()
+{
+    QTest::addColumn<int>("chosen"); // -1: the choice is cancelled
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("address");
+    QTest::addRow("the second of two") << 1 << "Bob" << "b@x.org";
+    QTest::addRow("the first") << 0 << "Anne Smith" << "a@x.org";
+    QTest::addRow("cancelled: the boxes stay as they were") << -1 << "" << "";
+}
+
+void TestMailWindows::nameFromContacts()
+{
+    QFETCH(int, chosen);
+    QFETCH(QString, name);
+    QFETCH(QString, address);
+    UiFixture f;
+    const QString vcf = f.home.createFile("contacts.vcf", "BEGIN:VCARD\r\nFN:Anne Smith\r\nEMAIL:a@x.org\r\nEND:VCARD\r\n"
+                                                         "BEGIN:VCARD\r\nFN:Bob\r\nEMAIL:b@x.org\r\nEND:VCARD\r\n");
+    MailAddr1 window(f.state, f.services, &f.store, "S");
+    f.responder.acceptFile(vcf);
+    DialogAnswer answer;
+    answer.accepted = chosen >= 0;
+    answer.index = chosen;
+    f.responder.answerDialog(answer);
+    window.findChild<QPushButton *>("OutLkBtn")->click();
+    QCOMPARE(f.responder.dialogs().size(), 2);
+    const DialogRequest &choice = f.responder.dialogs()[1];
+    QCOMPARE(choice.kind, DialogKind::Choice);
+    QCOMPARE(choice.items, (QStringList{"Anne Smith - a@x.org", "Bob - b@x.org"}));
+    QCOMPARE(window.findChild<QLineEdit *>("Text1_0")->text(), name);
+    QCOMPARE(window.findChild<QLineEdit *>("Text1_1")->text(), address);
+
+    // The contacts file is remembered: the next time only the choice is asked.
+    f.responder.clear();
+    f.responder.answerDialog(answer);
+    window.findChild<QPushButton *>("OutLkBtn")->click();
+    QCOMPARE(f.responder.dialogs().size(), 1);
+    QCOMPARE(f.responder.dialogs()[0].kind, DialogKind::Choice);
 }
 
 void TestMailWindows::addNeedsBothBoxes_data()
@@ -210,6 +257,43 @@ void TestMailWindows::sendWindowOpens()
     QCOMPARE(window.files(), (QStringList{current, current}));
     window.findChild<QPushButton *>("ClearPictBtn")->click();
     QVERIFY(window.files().isEmpty());
+}
+
+void TestMailWindows::sendWindowHelpMenu()
+{
+    UiFixture f;
+    MailWindowHooks hooks;
+    hooks.store = &f.store;
+    QStringList opened;
+    whenModal("SendFile1", [&](QDialog *send) {
+        const auto action = [send](const QString &text) {
+            for (QAction *a : send->findChildren<QAction *>()) {
+                if (a->text() == text)
+                    return a;
+            }
+            return static_cast<QAction *>(nullptr);
+        };
+        // Quick Tips opens the tips window beside the sending window.
+        if (QAction *tips = action("Quick Tips for Sending Files")) {
+            tips->trigger();
+            for (QWidget *w : QApplication::topLevelWidgets()) {
+                if (w->objectName() == "QuikTip1" && w->isVisible()) {
+                    opened << w->objectName();
+                    w->close();
+                }
+            }
+        }
+        // About runs its own window until it is closed.
+        whenModal("About1", [&](QDialog *about) {
+            opened << about->objectName();
+            about->reject();
+        });
+        if (QAction *about = action("&About Tarnby..."))
+            about->trigger();
+        send->reject();
+    });
+    runSendWindow(f.state, f.services, hooks, QString(), nullptr);
+    QCOMPARE(opened, (QStringList{"QuikTip1", "About1"}));
 }
 
 void TestMailWindows::sendNeedsAddress_data()

@@ -45,13 +45,23 @@ mailnet::ServerSettings incomingServer(const settings::ProgramOptions &options)
     s.security = securityFromOption(options.incomingSecurity);
     s.allowPlain = s.security == mailnet::Security::None;
     s.user = options.incomingUser;
+    s.protocol = options.incomingProtocol.compare(QStringLiteral("POP3"), Qt::CaseInsensitive) == 0
+                     ? mailnet::Protocol::Pop3
+                     : mailnet::Protocol::Imap;
     return s;
+}
+
+QString seenFilePath(const QString &programFolder)
+{
+    return QDir(programFolder).filePath(Pop3SeenFileName);
 }
 
 QString passwordKey(const mailnet::ServerSettings &server, bool outgoing)
 {
     return settings::mailPasswordKey(outgoing ? settings::MailServer::Outgoing : settings::MailServer::Incoming,
-                                     outgoing ? QStringLiteral("smtp") : QStringLiteral("imap"), server.user, server.host);
+                                     server.protocol == mailnet::Protocol::Pop3 ? QStringLiteral("pop3")
+                                                                                : QStringLiteral("imap"),
+                                     server.user, server.host);
 }
 
 QString sendSubject(const QString &subject, const QString &userName)
@@ -143,7 +153,7 @@ SendResult sendFiles(const SendRequest &request, const SendProgress &progress)
     return result;
 }
 
-mailnet::ImapReader::CreateFile attachmentFileCreator(const QString &folder)
+mailnet::MailReader::CreateFile attachmentFileCreator(const QString &folder)
 {
     return [folder](const QString &nameAsSent, QFile &file, QString *error) {
         return createUniqueFile(folder, plainAttachmentName(nameAsSent), file, error);

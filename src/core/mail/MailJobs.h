@@ -49,8 +49,14 @@ using SendProgress = std::function<void(const QString &step, qint64 done, qint64
 mailnet::ServerSettings outgoingServer(const settings::ProgramOptions &options);
 mailnet::ServerSettings incomingServer(const settings::ProgramOptions &options);
 
-// The keyring entry of a server's password.
+// The keyring entry of a server's password: the one entry that the options
+// window writes for the account ("smtp:", "imap:" or "pop3:" user@host).
 QString passwordKey(const mailnet::ServerSettings &server, bool outgoing);
+
+// The file beside the options that remembers which messages of a POP3
+// mailbox were read here already.
+inline const QString Pop3SeenFileName = QStringLiteral("POP3Seen.TXT");
+QString seenFilePath(const QString &programFolder);
 
 // The subject of a send: the one given, or "Pictures sent from " and the
 // user's name when it is empty after trimming blanks.
@@ -66,7 +72,7 @@ SendResult sendFiles(const SendRequest &request, const SendProgress &progress = 
 
 // The function that gives a received attachment its file in folder: the
 // plain name of the attachment, numbered when taken.
-mailnet::ImapReader::CreateFile attachmentFileCreator(const QString &folder);
+mailnet::MailReader::CreateFile attachmentFileCreator(const QString &folder);
 
 struct UnpackResult {
     bool ok = false;

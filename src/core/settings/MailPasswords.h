@@ -3,7 +3,11 @@
 #include <QObject>
 #include <QString>
 
+#include <QHash>
+#include <QMutex>
+
 #include <functional>
+#include <memory>
 
 // The mail passwords, kept in the desktop keyring (the freedesktop secret
 // service or KWallet) and nowhere else: never in a settings file, never in a
@@ -21,6 +25,30 @@ struct PasswordResult {
     bool ok = false;
     QString password; // read: the password (empty when none is stored)
     QString error;    // a whole sentence when !ok
+};
+
+// Where the passwords are kept when it is not the desktop keyring: a store in
+// this process only, which a program without a desktop (the window tests)
+// puts in the keyring's place. It is never written anywhere.
+class PasswordStore
+{
+public:
+    virtual ~PasswordStore() = default;
+    virtual PasswordResult read(const QString &key) = 0;
+    virtual PasswordResult write(const QString &key, const QString &password) = 0;
+    virtual PasswordResult remove(const QString &key) = 0;
+};
+
+class MemoryPasswordStore : public PasswordStore
+{
+public:
+    PasswordResult read(const QString &key) override;
+    PasswordResult write(const QString &key, const QString &password) override;
+    PasswordResult remove(const QString &key) override;
+
+private:
+    QMutex m_mutex;
+    QHash<QString, QString> m_passwords;
 };
 
 // Asynchronous keyring access. Each call starts one keyring job and calls done
@@ -42,6 +70,10 @@ public:
                        int timeoutMs = DefaultTimeoutMs);
 
     static QString serviceName() { return QStringLiteral("Tarnby"); }
+
+    // Puts store in the desktop keyring's place for every later call, with
+    // the same asynchronous answers; nullptr goes back to the keyring.
+    static void setStore(std::shared_ptr<PasswordStore> store);
 };
 
 } // namespace tarnby::settings

@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -233,11 +232,15 @@ void MailAddr1::takeFromContacts()
     QStringList names;
     for (const mail::AddressEntry &c : contacts)
         names << mail::addressLine(c.name, c.address);
-    bool ok = false;
-    const QString chosen = QInputDialog::getItem(this, windowTitle(), QStringLiteral("Name"), names, 0, false, &ok);
-    if (!ok)
+    DialogRequest choice;
+    choice.kind = DialogKind::Choice;
+    choice.title = windowTitle();
+    choice.label = QStringLiteral("Name");
+    choice.items = names;
+    const DialogAnswer chosen = m_services.dialogs.run(choice, this);
+    if (!chosen.accepted || chosen.index < 0 || chosen.index >= contacts.size())
         return;
-    const mail::AddressEntry entry = contacts.value(names.indexOf(chosen));
+    const mail::AddressEntry entry = contacts.at(chosen.index);
     m_name->setText(entry.name);
     m_address->setText(entry.address);
 }

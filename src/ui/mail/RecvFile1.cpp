@@ -198,14 +198,19 @@ void RecvFile1::showMessage(int index)
 void RecvFile1::startFetch(int index, const QString &password)
 {
     if (!m_reader) {
-        m_reader = std::make_shared<mailnet::ImapReader>();
+        m_reader = std::make_shared<mailnet::MailReader>();
     }
     mailnet::ServerSettings server = mail::incomingServer(m_state.options);
     server.password = password;
     server.cancel = &m_cancel;
+    server.seenFile = mail::seenFilePath(m_state.programFolder);
     const bool unreadOnly = m_unread->isChecked();
     const QString folder = m_zipTo->text();
-    auto reader = m_reader;
+    // The work does not own the reader: the task that ran it is deleted on
+    // the worker thread some time after the result is reported, and the
+    // reader (and its connection) must end on this thread, with this window.
+    // The window waits for the work before it goes.
+    mailnet::MailReader *reader = m_reader.get();
     m_watcher.setFuture(QtConcurrent::run([reader, server, index, unreadOnly, folder]() -> Shown {
         Shown shown;
         mailnet::MailError error;

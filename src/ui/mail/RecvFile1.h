@@ -91,8 +91,10 @@ private:
     int m_count = 0;
     mailnet::MessageSummary m_current;
     QStringList m_savedFiles;
-    std::shared_ptr<mailnet::ImapReader> m_reader;
+    // Declared before the reader so that it outlives it: the reader's
+    // settings point at it.
     std::atomic_bool m_cancel{false};
+    std::shared_ptr<mailnet::MailReader> m_reader;
     QFutureWatcher<Shown> m_watcher;
     int m_pendingIndex = 0;
 };

@@ -10,6 +10,9 @@
 #include <QSpinBox>
 #include <QFileDialog>
 #include <QFontDialog>
+#include <QInputDialog>
+
+#include <algorithm>
 
 namespace tarnby::ui {
 
@@ -94,6 +97,25 @@ DialogAnswer DialogService::run(const DialogRequest &request, QWidget *parent)
         bool ok = false;
         answer.font = QFontDialog::getFont(&ok, request.font, parent, request.title);
         answer.accepted = ok;
+        break;
+    }
+    case DialogKind::Choice: {
+        if (request.items.isEmpty())
+            break;
+        QInputDialog dialog(parent);
+        dialog.setWindowTitle(request.title);
+        dialog.setLabelText(request.label);
+        dialog.setComboBoxItems(request.items);
+        dialog.setComboBoxEditable(false);
+        dialog.setTextValue(request.items.value(request.current, request.items.constFirst()));
+        // Items may repeat: the position is taken from the list box itself.
+        auto *box = dialog.findChild<QComboBox *>();
+        if (box)
+            box->setCurrentIndex(std::clamp(request.current, 0, int(request.items.size()) - 1));
+        if (dialog.exec() == QDialog::Accepted) {
+            answer.accepted = true;
+            answer.index = box ? box->currentIndex() : int(request.items.indexOf(dialog.textValue()));
+        }
         break;
     }
     }

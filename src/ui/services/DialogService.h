@@ -4,6 +4,7 @@
 #include <QFont>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -11,7 +12,7 @@ class QWidget;
 
 namespace tarnby::ui {
 
-enum class DialogKind { OpenFile, SaveFile, Folder, Color, Font };
+enum class DialogKind { OpenFile, SaveFile, Folder, Color, Font, Choice };
 
 struct DialogRequest {
     DialogKind kind = DialogKind::OpenFile;
@@ -31,6 +32,10 @@ struct DialogRequest {
     int quality = 0;
     QColor color;
     QFont font;
+    // Choice: one of items, under label; current is chosen at first.
+    QString label;
+    QStringList items;
+    int current = 0;
 };
 
 struct DialogAnswer {
@@ -41,9 +46,10 @@ struct DialogAnswer {
     int quality = 0;      // picture saves: the quality chosen (0: the format's default)
     QColor color;
     QFont font;
+    int index = -1; // Choice: the item chosen
 };
 
-// Every file, folder, colour and font dialog goes through here. With a
+// Every file, folder, colour, font and choice dialog goes through here. With a
 // responder set, no dialog is shown: tests answer through it.
 class DialogService
 {

@@ -1,5 +1,8 @@
 #include "core/platform/mail/MailTransport.h"
 
+#include "core/platform/mail/MessageFile.h"
+#include "core/platform/mail/SeenMessages.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -43,8 +46,7 @@ std::string toVmime(const QString &s)
 
 // ---- streams over QFile ----
 
-// Seekable, so that vmime's parser keeps positions in the file for the
-// parts' contents instead of reading the whole file into memory.
+// A message generated into a file, handed to the SMTP transport.
 class FileInputStream : public vmime::utility::seekableInputStream
 {
 public:
@@ -360,28 +362,43 @@ MailError prepareService(vmime::net::service &service, const ServerSettings &set
     return {};
 }
 
-QString wordText(const vmime::word &w)
-{
-    return fromVmime(w.getConvertedText(vmime::charsets::UTF_8));
-}
-
 } // namespace
 
 bool parseServerUrl(const QString &text, bool outgoing, ServerSettings *settings, QString *error)
 {
     const QUrl url(text, QUrl::StrictMode);
     const QString scheme = url.scheme().toLower();
-    const QString plain = outgoing ? QStringLiteral("smtp") : QStringLiteral("imap");
-    const QString secure = plain + QLatin1Char('s');
-    if (!url.isValid() || url.host().isEmpty() || (scheme != plain && scheme != secure)) {
-        *error = QStringLiteral("\"%1\" is not a server address of the form %2://host:port or %3://host:port.")
-                     .arg(text, plain, secure);
+    struct Scheme {
+        const char *name;
+        bool outgoing;
+        Security security;
+        Protocol protocol;
+        int port;
+    };
+    static constexpr Scheme schemes[] = {
+        {"smtp", true, Security::StartTls, Protocol::Imap, 587},  {"smtps", true, Security::Tls, Protocol::Imap, 465},
+        {"imap", false, Security::StartTls, Protocol::Imap, 143}, {"imaps", false, Security::Tls, Protocol::Imap, 993},
+        {"pop3", false, Security::StartTls, Protocol::Pop3, 110}, {"pop3s", false, Security::Tls, Protocol::Pop3, 995},
+    };
+    const Scheme *found = nullptr;
+    for (const Scheme &candidate : schemes) {
+        if (candidate.outgoing == outgoing && scheme == QLatin1String(candidate.name))
+            found = &candidate;
+    }
+    if (!url.isValid() || url.host().isEmpty() || !found) {
+        *error = outgoing ? QStringLiteral("\"%1\" is not a server address of the form smtp://host:port or "
+                                           "smtps://host:port.")
+                                .arg(text)
+                          : QStringLiteral("\"%1\" is not a server address of the form imap://host:port, "
+                                           "imaps://host:port, pop3://host:port or pop3s://host:port.")
+                                .arg(text);
         return false;
     }
     settings->host = url.host();
-    settings->security = scheme == secure ? Security::Tls : Security::StartTls;
-    const int defaultPort = outgoing ? (scheme == secure ? 465 : 587) : (scheme == secure ? 993 : 143);
-    settings->port = url.port(defaultPort);
+    settings->security = found->security;
+    if (!outgoing)
+        settings->protocol = found->protocol;
+    settings->port = url.port(found->port);
     if (!url.userName().isEmpty())
         settings->user = url.userName();
     return true;
@@ -555,31 +572,37 @@ void SmtpSender::disconnect()
 
 // ---------------------------------------------------------------- receiving
 
-struct ImapReader::Private {
+struct MailReader::Private {
     std::shared_ptr<vmime::net::session> session;
     std::shared_ptr<vmime::net::store> store;
     std::shared_ptr<vmime::net::folder> folder;
     std::vector<std::shared_ptr<vmime::net::message>> messages;
     ServerSettings settings;
+    // POP3: the messages read here before, and the ids of the listed ones.
+    std::unique_ptr<SeenMessages> seen;
+    QStringList uids;
+    bool pop3() const { return settings.protocol == Protocol::Pop3; }
+    void markSeen(int index);
     // The message read last, kept for its attachments.
     std::unique_ptr<QTemporaryFile> file;
-    std::shared_ptr<vmime::message> loaded;
+    std::unique_ptr<MessageFile> loaded;
     int loadedIndex = -1;
-    std::shared_ptr<vmime::message> load(int index);
+    const MessageFile &load(int index);
 };
 
-ImapReader::ImapReader() : d(std::make_unique<Private>()) { initialiseVmime(); }
-ImapReader::~ImapReader() { disconnect(); }
+MailReader::MailReader() : d(std::make_unique<Private>()) { initialiseVmime(); }
+MailReader::~MailReader() { disconnect(); }
 
-MailError ImapReader::connect(const ServerSettings &settings)
+MailError MailReader::connect(const ServerSettings &settings)
 {
     disconnect();
     d->settings = settings;
     const QString server = serverName(settings);
     try {
         d->session = vmime::net::session::create();
-        const vmime::utility::url url(settings.security == Security::Tls ? "imaps" : "imap", toVmime(settings.host),
-                                      settings.port);
+        const bool tls = settings.security == Security::Tls;
+        const char *scheme = settings.protocol == Protocol::Pop3 ? (tls ? "pop3s" : "pop3") : (tls ? "imaps" : "imap");
+        const vmime::utility::url url(scheme, toVmime(settings.host), settings.port);
         d->store = d->session->getStore(url);
         if (MailError e = prepareService(*d->store, settings); !e.ok()) {
             d->store.reset();
@@ -596,7 +619,7 @@ MailError ImapReader::connect(const ServerSettings &settings)
     }
 }
 
-bool ImapReader::isConnected() const
+bool MailReader::isConnected() const
 {
     try {
         return d->store && d->store->isConnected();
@@ -605,10 +628,11 @@ bool ImapReader::isConnected() const
     }
 }
 
-MailError ImapReader::fetch(bool unreadOnly)
+MailError MailReader::fetch(bool unreadOnly)
 {
     const QString server = serverName(d->settings);
     d->messages.clear();
+    d->uids.clear();
     d->loaded.reset();
     d->loadedIndex = -1;
     if (!d->store)
@@ -621,6 +645,30 @@ MailError ImapReader::fetch(bool unreadOnly)
         if (d->folder->getMessageCount() == 0)
             return {};
         auto all = d->folder->getMessages(vmime::net::messageSet::byNumber(1, -1));
+        if (d->pop3()) {
+            // No read marks on a POP3 server: the ids of the messages read
+            // here are kept in the seen file instead.
+            d->folder->fetchMessages(all, vmime::net::fetchAttributes(vmime::net::fetchAttributes::UID));
+            QString account = QStringLiteral("%1@%2:%3").arg(d->settings.user, d->settings.host).arg(d->settings.port);
+            account.replace(QLatin1Char('\t'), QLatin1Char(' ')).replace(QLatin1Char('\n'), QLatin1Char(' '));
+            d->seen.reset();
+            if (!d->settings.seenFile.isEmpty()) {
+                d->seen = std::make_unique<SeenMessages>(d->settings.seenFile, account);
+                d->seen->load();
+            }
+            QSet<QString> onServer;
+            for (const auto &m : all) {
+                const QString uid = fromVmime(m->getUID());
+                onServer.insert(uid);
+                if (!unreadOnly || !d->seen || !d->seen->contains(uid)) {
+                    d->messages.push_back(m);
+                    d->uids << uid;
+                }
+            }
+            if (d->seen)
+                d->seen->keepOnly(onServer);
+            return {};
+        }
         d->folder->fetchMessages(all, vmime::net::fetchAttributes(vmime::net::fetchAttributes::FLAGS));
         for (const auto &m : all) {
             if (!unreadOnly || !(m->getFlags() & vmime::net::message::FLAG_SEEN))
@@ -634,55 +682,73 @@ MailError ImapReader::fetch(bool unreadOnly)
     }
 }
 
-int ImapReader::count() const
+int MailReader::count() const
 {
     return int(d->messages.size());
 }
 
 // The message index, fetched whole into a temporary file (the server marks
-// it read) and parsed from there: the parser keeps only positions in the file
-// for the parts' contents, so no attachment is held in memory.
-std::shared_ptr<vmime::message> ImapReader::Private::load(int index)
+// it read) and taken apart there: only the headers are read into memory, the
+// parts' bodies are decoded from the file when they are asked for.
+const MessageFile &MailReader::Private::load(int index)
 {
     if (index == loadedIndex && loaded)
-        return loaded;
+        return *loaded;
     loaded.reset();
     loadedIndex = -1;
     file = std::make_unique<QTemporaryFile>(QDir::tempPath() + QStringLiteral("/tarnby-message-XXXXXX.eml"));
     if (!file->open())
         throw vmime::exception("cannot write a temporary file in " + toVmime(QDir::tempPath()));
-    // The message comes in pieces: the server's answer to one request is
-    // read whole into memory before it is written out.
     FileOutputStream out(*file);
     const auto &remote = messages[size_t(index)];
-    for (size_t start = 0;; start += FetchPiece) {
-        const qint64 before = file->pos();
-        remote->extract(out, nullptr, start, FetchPiece, true);
+    if (pop3()) {
+        // POP3 retrieves a message whole, streamed line by line into the file.
+        remote->extract(out, nullptr, 0, size_t(-1), true);
         if (out.failed())
             throw vmime::exception("cannot write " + toVmime(file->fileName()));
-        if (file->pos() - before < qint64(FetchPiece))
-            break;
+    } else {
+        // Over IMAP the message comes in pieces: the server's answer to one
+        // request is read whole into memory before it is written out.
+        for (size_t start = 0;; start += FetchPiece) {
+            const qint64 before = file->pos();
+            remote->extract(out, nullptr, start, FetchPiece, true);
+            if (out.failed())
+                throw vmime::exception("cannot write " + toVmime(file->fileName()));
+            if (file->pos() - before < qint64(FetchPiece))
+                break;
+        }
     }
     if (!file->flush())
         throw vmime::exception("cannot write " + toVmime(file->fileName()));
-    remote->setFlags(vmime::net::message::FLAG_SEEN, vmime::net::message::FLAG_MODE_ADD);
-    file->seek(0);
-    auto message = std::make_shared<vmime::message>();
-    message->parse(std::make_shared<FileInputStream>(*file, std::function<bool()>()), size_t(file->size()));
-    loaded = message;
+    markSeen(index);
+    loaded = std::make_unique<MessageFile>(scanMessage(*file));
     loadedIndex = index;
-    return loaded;
+    return *loaded;
 }
 
-MailError ImapReader::read(int index, MessageSummary *summary)
+void MailReader::Private::markSeen(int index)
+{
+    if (!pop3()) {
+        messages[size_t(index)]->setFlags(vmime::net::message::FLAG_SEEN, vmime::net::message::FLAG_MODE_ADD);
+        return;
+    }
+    if (!seen || seen->contains(uids[index]))
+        return;
+    seen->add(uids[index]);
+    QString error;
+    if (!seen->save(&error))
+        throw vmime::exception(toVmime(error));
+}
+
+MailError MailReader::read(int index, MessageSummary *summary)
 {
     const QString server = serverName(d->settings);
     if (index < 0 || index >= count())
         return {MailErrorKind::Protocol, QStringLiteral("There is no message %1.").arg(index + 1)};
     *summary = {};
     try {
-        auto message = d->load(index);
-        auto header = message->getHeader();
+        const MessageFile &message = d->load(index);
+        const auto &header = message.header;
         if (auto from = header->findField(vmime::fields::FROM)) {
             if (auto mailbox = from->getValue<vmime::mailbox>()) {
                 summary->senderName = fromVmime(mailbox->getName().getConvertedText(vmime::charsets::UTF_8));
@@ -698,23 +764,29 @@ MailError ImapReader::read(int index, MessageSummary *summary)
                                       Qt::OffsetFromUTC, dt->getZone() * 60)
                                 .toLocalTime();
         }
-        for (const auto &attachment : vmime::attachmentHelper::findAttachmentsInMessage(message))
-            summary->attachments << wordText(attachment->getName());
-
-        vmime::messageParser parser(message);
-        for (const auto &part : parser.getTextPartList()) {
-            if (part->getType() != vmime::mediaType(vmime::mediaTypes::TEXT, vmime::mediaTypes::TEXT_PLAIN))
+        bool textFound = false;
+        for (const MessageLeaf &leaf : message.leaves) {
+            if (leaf.attachment) {
+                summary->attachments << leaf.name;
                 continue;
+            }
+            if (!leaf.plainText || textFound)
+                continue;
+            textFound = true;
             BoundedStringStream decoded(MaxTextBytes);
-            part->getText()->extract(decoded);
+            decodeLeaf(*d->file, leaf, decoded);
+            vmime::charset charset(vmime::charsets::US_ASCII);
+            if (auto type = std::dynamic_pointer_cast<vmime::contentTypeField>(
+                    leaf.header->findField(vmime::fields::CONTENT_TYPE));
+                type && type->hasCharset())
+                charset = type->getCharset();
             std::string utf8;
             try {
-                vmime::charset::convert(decoded.data(), utf8, part->getCharset(), vmime::charsets::UTF_8);
+                vmime::charset::convert(decoded.data(), utf8, charset, vmime::charsets::UTF_8);
             } catch (const vmime::exception &) {
                 utf8 = decoded.data();
             }
             summary->text = fromVmime(utf8);
-            break;
         }
         return {};
     } catch (const vmime::exception &e) {
@@ -724,25 +796,29 @@ MailError ImapReader::read(int index, MessageSummary *summary)
     }
 }
 
-MailError ImapReader::saveAttachments(int index, const CreateFile &create, QList<SavedAttachment> *saved,
+MailError MailReader::saveAttachments(int index, const CreateFile &create, QList<SavedAttachment> *saved,
                                       const TransferProgress &progress)
 {
     const QString server = serverName(d->settings);
     if (index < 0 || index >= count())
         return {MailErrorKind::Protocol, QStringLiteral("There is no message %1.").arg(index + 1)};
     try {
-        auto message = d->load(index);
-        const auto attachments = vmime::attachmentHelper::findAttachmentsInMessage(message);
+        const MessageFile &message = d->load(index);
+        std::vector<const MessageLeaf *> attachments;
+        for (const MessageLeaf &leaf : message.leaves) {
+            if (leaf.attachment)
+                attachments.push_back(&leaf);
+        }
         qint64 done = 0;
-        for (const auto &attachment : attachments) {
-            const QString name = wordText(attachment->getName());
+        for (const MessageLeaf *attachment : attachments) {
+            const QString name = attachment->name;
             QFile target;
             QString error;
             const QString path = create(name, target, &error);
             if (path.isEmpty())
                 return {MailErrorKind::File, error};
             FileOutputStream out(target);
-            attachment->getData()->extract(out);
+            decodeLeaf(*d->file, *attachment, out);
             if (out.failed() || !target.flush()) {
                 const QString why = target.errorString();
                 target.remove();
@@ -762,9 +838,11 @@ MailError ImapReader::saveAttachments(int index, const CreateFile &create, QList
     }
 }
 
-void ImapReader::disconnect()
+void MailReader::disconnect()
 {
     d->messages.clear();
+    d->uids.clear();
+    d->seen.reset();
     d->loaded.reset();
     d->loadedIndex = -1;
     try {

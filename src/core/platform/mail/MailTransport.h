@@ -10,7 +10,8 @@
 #include <functional>
 #include <memory>
 
-// The mail transport: SMTP submission to send, IMAP to receive, over vmime.
+// The mail transport: SMTP submission to send, IMAP or POP3 to receive, over
+// vmime.
 //
 // Connections are encrypted (STARTTLS or TLS from the first byte) and the
 // server's certificate is verified against the system's certificate store
@@ -30,6 +31,7 @@
 namespace tarnby::mailnet {
 
 enum class Security { StartTls, Tls, None };
+enum class Protocol { Imap, Pop3 }; // of the server that mail is received from
 
 struct ServerSettings {
     QString host;
@@ -42,11 +44,18 @@ struct ServerSettings {
     int connectTimeoutMs = 30000;
     int readTimeoutMs = 60000;
     const std::atomic_bool *cancel = nullptr;
+    // Receiving only.
+    Protocol protocol = Protocol::Imap;
+    // POP3: the file that remembers which messages were read here already
+    // (SeenMessages.h); without one, every message counts as unread.
+    QString seenFile;
 };
 
-// "smtp://host:port", "smtps://host", "imap://...", "imaps://..." into
-// host, port and security (smtp and imap: STARTTLS; smtps and imaps: TLS).
-// Without a port: 587, 465, 143 or 993. Returns false with *error set.
+// "smtp://host:port", "smtps://host", "imap://...", "imaps://...",
+// "pop3://...", "pop3s://..." into host, port, security (smtp, imap and pop3:
+// STARTTLS; smtps, imaps and pop3s: TLS) and, for receiving, the protocol.
+// Without a port: 587, 465, 143, 993, 110 or 995. Returns false with *error
+// set.
 bool parseServerUrl(const QString &url, bool outgoing, ServerSettings *settings, QString *error);
 
 enum class MailErrorKind {
@@ -120,22 +129,25 @@ struct SavedAttachment {
     QString path; // where it was saved
 };
 
-class ImapReader
+// Receives over IMAP or POP3, as the settings' protocol says.
+class MailReader
 {
 public:
-    ImapReader();
-    ~ImapReader();
-    ImapReader(const ImapReader &) = delete;
-    ImapReader &operator=(const ImapReader &) = delete;
+    MailReader();
+    ~MailReader();
+    MailReader(const MailReader &) = delete;
+    MailReader &operator=(const MailReader &) = delete;
 
     MailError connect(const ServerSettings &settings);
     bool isConnected() const;
     // Opens the inbox and lists its messages, all or only the unread ones,
-    // oldest first.
+    // oldest first. Over POP3, unread means not yet read by this program
+    // (the settings' seen file).
     MailError fetch(bool unreadOnly);
     int count() const;
     // Reads message index (0 for the first of the last fetch) and marks it
-    // read.
+    // read (over POP3: in the seen file). Over POP3 the server is never told
+    // to delete anything.
     MailError read(int index, MessageSummary *summary);
     // Saves every attachment of message index, one at a time, each into the
     // file that create opens for its name as sent (create returns the path,
