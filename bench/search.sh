@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 BUILD=${1:-build}
 TREE=${TREE:-/tmp/tarnby-bench/search-tree}
 RUNS=${RUNS:-3}
-ninja -C "$BUILD" -j2 tarnby-cli bench_search >/dev/null
+ninja -C "$BUILD" -j2 tarnby-cli bench_search bench_search_window >/dev/null
 CLI=$BUILD/src/cli/tarnby-cli
 
 # 20 x 20 x 50 folders (20,420 with the upper levels), ten files in each
@@ -82,3 +82,9 @@ diff <("$CLI" find '*.xwd' "$TREE" | awk '/^##/{d=substr($0,3);next}{print d "/"
 
 echo
 "$BUILD/bench/bench_search" "$TREE"
+# The same walk in the painted browser: the interface thread's longest stall.
+if command -v xvfb-run >/dev/null; then
+  xvfb-run -a -s "-screen 0 1280x900x24" "$BUILD/bench/bench_search_window" "$TREE" 2>/dev/null
+else
+  echo "xvfb-run is not installed (apt-get install xvfb): the window's stall left out"
+fi
