@@ -116,7 +116,7 @@ private:
     enum class NodeResult { Next, Found, Failed };
     NodeResult examine(int node);
     bool onNetwork(int node, const QString &text) const;
-    bool alreadyExamined(const QString &path);
+    bool alreadyExamined(int node);
     bool appendReport(const QString &folder, const QStringList &names);
     SearchOutcome finish(SearchOutcome outcome);
 
@@ -145,8 +145,7 @@ private:
     QString m_lastFolder;
     QString m_errorString;
     // The folders examined in this walk, by device and inode.
-    QSet<std::pair<quint64, quint64>> m_examinedFolders;
-
+    QSet<FolderIdentity> m_examinedFolders;
 };
 
 // Appends one found folder to a report: "##" + folder, then one line per
