@@ -22,9 +22,24 @@ bool browserOrder(const QString &a, const QString &b)
     return c != 0 ? c < 0 : a < b;
 }
 
-} // namespace
-
-namespace {
+// Sorts names (bytes) in the browser's order of their decoded texts; hands
+// the decoded texts, in the same order, to decoded when given.
+template<typename Names>
+void sortNames(Names &names, QStringList *decoded)
+{
+    std::vector<std::pair<QString, QByteArray>> named;
+    named.reserve(size_t(names.size()));
+    for (QByteArray &name : names)
+        named.emplace_back(QFile::decodeName(name), std::move(name));
+    std::sort(named.begin(), named.end(), [](const auto &a, const auto &b) { return browserOrder(a.first, b.first); });
+    if (decoded)
+        decoded->reserve(qsizetype(named.size()));
+    for (size_t i = 0; i < named.size(); ++i) {
+        names[i] = std::move(named[i].second);
+        if (decoded)
+            decoded->append(std::move(named[i].first));
+    }
+}
 
 // How far ahead of the walk the reader may go, in nodes.
 constexpr int ReadAheadWindow = 256;
@@ -115,20 +130,12 @@ DiskSearchTree::FolderRead DiskSearchTree::readFolder(const QByteArray &folder, 
             if (isFolder)
                 read.folders.emplace_back(name, qsizetype(length));
             else if (matcher.matches(name, length))
-                read.files.append(QFile::decodeName(QByteArray(name, qsizetype(length))));
+                read.fileBytes.append(QByteArray(name, qsizetype(length)));
         }
     }
     ::close(fd);
-    std::sort(read.files.begin(), read.files.end(), browserOrder);
-    if (read.folders.size() > 1) {
-        std::vector<std::pair<QString, QByteArray>> named;
-        named.reserve(read.folders.size());
-        for (QByteArray &name : read.folders)
-            named.emplace_back(QFile::decodeName(name), std::move(name));
-        std::sort(named.begin(), named.end(), [](const auto &a, const auto &b) { return browserOrder(a.first, b.first); });
-        for (size_t i = 0; i < named.size(); ++i)
-            read.folders[i] = std::move(named[i].second);
-    }
+    sortNames(read.fileBytes, &read.files);
+    sortNames(read.folders, nullptr);
     read.ok = true;
     return read;
 }
@@ -203,6 +210,7 @@ void DiskSearchTree::expand(int node)
     m_nodes[size_t(node)].listed = true;
     const FolderRead &read = readingOf(node);
     m_files = read.files;
+    m_fileBytes = read.fileBytes;
     m_listedFolder = m_nodes[size_t(node)].path;
     m_listedOk = read.ok;
     if (read.folders.empty())
@@ -233,6 +241,7 @@ void DiskSearchTree::setPattern(const QString &pattern)
     m_currentNode = -1;
     m_listedFolder.clear();
     m_files.clear();
+    m_fileBytes.clear();
     if (!m_reader.joinable())
         m_reader = std::thread([this] { readAhead(); });
     m_changed.notify_all();
@@ -240,11 +249,16 @@ void DiskSearchTree::setPattern(const QString &pattern)
 
 bool DiskSearchTree::setFolder(const QString &folder)
 {
-    const QByteArray path = QFile::encodeName(QDir::cleanPath(folder));
-    if (path == m_listedFolder && !path.isEmpty())
+    // The walk lists the folder it has just expanded. Its path came through
+    // text, which loses bytes that are no valid text: the folder listed last
+    // is taken by its decoded path as well.
+    const QString clean = QDir::cleanPath(folder);
+    if (!m_listedFolder.isEmpty() && QFile::decodeName(m_listedFolder) == clean)
         return m_listedOk;
+    const QByteArray path = QFile::encodeName(clean);
     const FolderRead read = readFolder(path, m_matcher ? *m_matcher : NameMatcher());
     m_files = read.files;
+    m_fileBytes = read.fileBytes;
     m_listedFolder = path;
     m_listedOk = read.ok;
     return read.ok;

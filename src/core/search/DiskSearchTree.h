@@ -54,6 +54,12 @@ public:
     int fileCount() const override { return int(m_files.size()); }
     QStringList fileNames() const override { return m_files; }
 
+    // The folder listed last and its matching names as the filesystem holds
+    // them, bytes that are no valid text included (the decoded names above
+    // cannot give them back).
+    QByteArray listedFolder() const { return m_listedFolder; }
+    QByteArrayList listedFileNames() const { return m_fileBytes; }
+
 private:
     struct Node {
         QByteArray path;
@@ -69,6 +75,7 @@ private:
         FolderIdentity identity;
         std::vector<QByteArray> folders;
         QStringList files;
+        QByteArrayList fileBytes; // the same names, undecoded
     };
     static FolderRead readFolder(const QByteArray &folder, const NameMatcher &matcher);
     // The reading of node, from the reader or made now; kept until the walk
@@ -79,6 +86,7 @@ private:
     std::vector<Node> m_nodes; // grown under m_mutex: the reader copies paths
     std::shared_ptr<const NameMatcher> m_matcher;
     QStringList m_files;
+    QByteArrayList m_fileBytes;
     QByteArray m_listedFolder; // the folder m_files belongs to
     bool m_listedOk = false;
     int m_currentNode = -1;

@@ -6,12 +6,21 @@
 
 namespace tarnby::search {
 
+QByteArray reportLines(const QByteArray &folder, const QByteArrayList &names, const char *lineEnd)
+{
+    QByteArray lines = "##" + folder + lineEnd;
+    for (const QByteArray &name : names)
+        lines += name + lineEnd;
+    return lines;
+}
+
 QByteArray reportLines(const QString &folder, const QStringList &names)
 {
-    QByteArray lines = "##" + QFile::encodeName(folder) + "\r\n";
+    QByteArrayList encoded;
+    encoded.reserve(names.size());
     for (const QString &name : names)
-        lines += QFile::encodeName(name) + "\r\n";
-    return lines;
+        encoded.append(QFile::encodeName(name));
+    return reportLines(QFile::encodeName(folder), encoded);
 }
 
 bool appendReportLines(const QString &reportFile, const QString &folder, const QStringList &names, QString *error)

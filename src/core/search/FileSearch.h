@@ -154,5 +154,7 @@ private:
 bool appendReportLines(const QString &reportFile, const QString &folder, const QStringList &names,
                        QString *error = nullptr);
 QByteArray reportLines(const QString &folder, const QStringList &names);
+// The same from the names' bytes, each line ended by lineEnd.
+QByteArray reportLines(const QByteArray &folder, const QByteArrayList &names, const char *lineEnd = "\r\n");
 
 } // namespace tarnby::search
