@@ -80,10 +80,15 @@ void TestFindFile1::tabsShowTheirFrames()
     UiFixture ui;
     FindFile1 window(ui.state);
     window.show();
-    for (int i = 0; i < 5; ++i) {
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QRect place = window.frame(SearchTab::Pictures)->geometry();
+    for (int i : {1, 2, 3, 4, 0, 4}) {
         window.tabStrip()->setCurrentIndex(i);
+        QCoreApplication::processEvents();
         for (int j = 0; j < 5; ++j)
             QCOMPARE(window.frame(SearchTab(j))->isVisible(), i == j);
+        // Shown in the place of the one before, not somewhere without a size.
+        QCOMPARE(window.frame(SearchTab(i))->geometry(), place);
     }
 }
 
