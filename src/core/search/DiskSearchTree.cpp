@@ -27,6 +27,8 @@ bool browserOrder(const QString &a, const QString &b)
 template<typename Names>
 void sortNames(Names &names, QStringList *decoded)
 {
+    if (!decoded && names.size() < 2)
+        return;
     std::vector<std::pair<QString, QByteArray>> named;
     named.reserve(size_t(names.size()));
     for (QByteArray &name : names)
