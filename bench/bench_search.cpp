@@ -43,7 +43,7 @@ int main(int argc, char *argv[])
     options.pattern = argc > 2 ? QString::fromLocal8Bit(argv[2]) : QStringLiteral("*.XWD");
     options.reportMode = true;
     // As the window sets it.
-    search.setSliceBudget(std::chrono::milliseconds(40));
+    search.setSliceBudget(WindowSliceBudget);
     search.start(options);
 
     QElapsedTimer total;

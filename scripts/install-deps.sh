@@ -26,6 +26,8 @@ PACKAGES=(
   # the icon (rendered at build time), the install and package tests
   librsvg2-bin desktop-file-utils shared-mime-info xdg-utils libfile-mimeinfo-perl bash-completion
   man-db dpkg-dev binutils
+  # the search benchmark runs fdfind beside the walk; screenshots under Xvfb use xwd
+  fd-find x11-apps
 )
 
 missing=()

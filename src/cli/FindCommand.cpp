@@ -64,15 +64,13 @@ int runFind(const QByteArrayList &args)
     FileSearch search(tree, tree, answers);
     QByteArray report;
     const bool toFile = !outFile.isEmpty();
-    search.setReportSink([&](const QString &folder, const QStringList &names) {
-        if (toFile) {
-            report += reportLines(folder, names);
-        } else if (!countOnly) {
-            QByteArray lines = "##" + QFile::encodeName(folder) + '\n';
-            for (const QString &name : names)
-                lines += QFile::encodeName(name) + '\n';
-            tarnby::cli::outBytes(lines);
-        }
+    // The folder and names as the filesystem holds them: the walk hands them
+    // over as text, which cannot carry bytes that are no valid text.
+    search.setReportSink([&](const QString &, const QStringList &) {
+        if (toFile)
+            report += reportLines(tree.listedFolder(), tree.listedFileNames());
+        else if (!countOnly)
+            tarnby::cli::outBytes(reportLines(tree.listedFolder(), tree.listedFileNames(), "\n"));
         return true;
     });
     SearchOptions options;

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QScopeGuard>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
@@ -127,6 +128,7 @@ private slots:
     void reportModeWritesExactFile();
     void reportModeAppends();
     void diskTreeWalksAsTheBrowserTree();
+    void diskTreeReadsAheadWithoutChangingTheWalk();
     void nameMatcherAgreesWithWildcardFilter_data();
     void nameMatcherAgreesWithWildcardFilter();
 
@@ -475,6 +477,59 @@ void TestFileSearch::diskTreeWalksAsTheBrowserTree()
     QCOMPARE(search.run(), SearchOutcome::EndOfTree);
     QCOMPARE(lines, out.read(QStringLiteral("F@Prnt.INI")));
     QCOMPARE(search.foundFileCount(), 8);
+}
+
+void TestFileSearch::diskTreeReadsAheadWithoutChangingTheWalk()
+{
+    // Wider than the disk tree reads ahead, so that its reader and the walk
+    // both read; Find Next from folder to folder, with a new pattern halfway
+    // (what was read ahead for the old one must not be used) and a folder
+    // made between two walks next to where the last one stopped (what was
+    // read ahead in that walk must not be used in the next), to the end.
+    TestDir dir;
+    makeWideTree(dir, 25);
+    for (int i = 0; i < 25 * 25; i += 9)
+        dir.createFile(QStringLiteral("d%1/e%2/f%3.bmp").arg(i / 25, 3, 10, QLatin1Char('0')).arg(i % 25, 3, 10, QLatin1Char('0')).arg(i));
+    for (int i = 0; i < 25 * 25; i += 11)
+        dir.createFile(QStringLiteral("d%1/e%2/t%3.txt").arg(i / 25, 3, 10, QLatin1Char('0')).arg(i % 25, 3, 10, QLatin1Char('0')).arg(i));
+
+    Walk browser(rootsOf({dir.path()}));
+    DiskSearchTree disk({dir.path()});
+    FixedAnswers no(false, false);
+    FileSearch search(disk, disk, no);
+    auto findAll = [&](const QString &pattern, int times) {
+        QStringList seen;
+        for (int i = 0; i < times; ++i) {
+            const SearchOutcome byBrowser = browser.run(pattern);
+            SearchOptions options;
+            options.pattern = pattern;
+            search.start(options);
+            const SearchOutcome byDisk = search.run();
+            seen << QStringLiteral("%1 %2 %3").arg(int(byBrowser)).arg(browser.search.foundFolder(), browser.search.foundFiles().join(u','));
+            seen << QStringLiteral("%1 %2 %3").arg(int(byDisk)).arg(search.foundFolder(), search.foundFiles().join(u','));
+        }
+        return seen;
+    };
+    auto pairsAgree = [](const QStringList &seen) {
+        for (qsizetype i = 0; i + 1 < seen.size(); i += 2) {
+            if (seen[i] != seen[i + 1])
+                return seen[i] + QStringLiteral(" <> ") + seen[i + 1];
+        }
+        return QString();
+    };
+    const QStringList bmp = findAll(QStringLiteral("*.BMP"), 30);
+    QCOMPARE(pairsAgree(bmp), QString());
+    QVERIFY(bmp.last().contains(QStringLiteral("f261.bmp")));
+    const QStringList txt = findAll(QStringLiteral("*.TXT"), 20);
+    QCOMPARE(pairsAgree(txt), QString());
+    const QRegularExpressionMatch last = QRegularExpression(QStringLiteral("t(\\d+)\\.txt$")).match(txt.last());
+    QVERIFY(last.hasMatch());
+    const int next = last.captured(1).toInt() + 1;
+    dir.createFile(QStringLiteral("d%1/e%2/now.txt").arg(next / 25, 3, 10, QLatin1Char('0')).arg(next % 25, 3, 10, QLatin1Char('0')));
+    const QStringList rest = findAll(QStringLiteral("*.TXT"), 40);
+    QCOMPARE(pairsAgree(rest), QString());
+    QVERIFY(rest.first().contains(QStringLiteral("now.txt")));
+    QVERIFY(!rest.filter(QRegularExpression(QStringLiteral("^%1 ").arg(int(SearchOutcome::EndOfTree)))).isEmpty());
 }
 
 void TestFileSearch::nameMatcherAgreesWithWildcardFilter_data()

@@ -10,6 +10,10 @@
 
 #include <algorithm>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 // Runs the real tarnby-cli binary and holds its output against a listing the
 // test makes itself, with nothing of the program's code.
 class TestFindCommand : public QObject
@@ -23,6 +27,7 @@ private slots:
     void usageErrors_data();
     void usageErrors();
     void agreesWithFindOnSamples();
+    void agreesWithFindOnOddNames();
 
 private:
     using Run = clitest::Run;
@@ -167,6 +172,90 @@ void TestFindCommand::agreesWithFindOnSamples()
         found.sort();
         QCOMPARE(found, expected);
     }
+}
+
+namespace {
+
+// Every file of a "##" listing as folder + "/" + name, in bytes, sorted.
+QByteArrayList listedPaths(const QByteArray &listing)
+{
+    QByteArrayList paths;
+    QByteArray folder;
+    for (const QByteArray &line : listing.split('\n')) {
+        if (line.startsWith("##"))
+            folder = line.mid(2);
+        else if (!line.isEmpty())
+            paths.append(folder + '/' + line);
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+bool makeFile(const QByteArray &path)
+{
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    return fd >= 0 && ::close(fd) == 0;
+}
+
+} // namespace
+
+void TestFindCommand::agreesWithFindOnOddNames()
+{
+    // Names as the filesystem holds them, bytes that are no UTF-8 included:
+    // the listing has them byte for byte, as find prints them.
+    TestDir dir;
+    TestDir outside;
+    const QByteArray root = QFile::encodeName(dir.path());
+    for (const char *file : {"with space/a b.xwd", "Case/UPPER.XWD", "Case/upper.xwd", "Case/Mixed.XwD", "Case/plain.txt",
+                             "folder.xwd/inside.XWD", "locked/secret.xwd", "links/note"})
+        dir.createFile(QString::fromLatin1(file));
+    outside.createFile(QStringLiteral("far.xwd"));
+    // The temporary folder goes by decoded names when it removes itself,
+    // which cannot reach these: they go first, whatever the outcome.
+    struct RawNames {
+        QByteArray root;
+        ~RawNames()
+        {
+            ::chmod(root + "/locked", 0755);
+            ::unlink(root + "/bad\xff name/caf\xe9.xwd");
+            ::rmdir(root + "/bad\xff name");
+            ::unlink(root + "/\xe9t\xe9.XWD");
+            ::unlink(root + "/half\xc3.xwd");
+        }
+    } rawNames{root};
+    QVERIFY(::mkdir(root + "/bad\xff name", 0755) == 0);
+    QVERIFY(makeFile(root + "/bad\xff name/caf\xe9.xwd"));
+    QVERIFY(makeFile(root + "/\xe9t\xe9.XWD"));
+    QVERIFY(makeFile(root + "/half\xc3.xwd"));
+    QVERIFY(::symlink("../Case/upper.xwd", root + "/links/to-file.xwd") == 0);
+    QVERIFY(::symlink("../nowhere", root + "/links/dangling.xwd") == 0);
+    QVERIFY(::symlink(QFile::encodeName(outside.path()), root + "/links/out") == 0);
+    QVERIFY(::symlink(root, root + "/links/loop") == 0);
+    const QByteArray locked = root + "/locked";
+    QVERIFY(::chmod(locked, 0) == 0);
+
+    const Run r = run({QStringLiteral("*.xwd"), dir.path()});
+    // find follows links as the walk does, a loop once (it says so on its
+    // error output); names are compared as bytes.
+    QProcess find;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
+    find.setProcessEnvironment(env);
+    find.start(QStringLiteral("find"), {QStringLiteral("-L"), dir.path(), QStringLiteral("!"), QStringLiteral("-type"),
+                                        QStringLiteral("d"), QStringLiteral("-iname"), QStringLiteral("*.xwd")});
+    QVERIFY(find.waitForFinished(60000));
+    QByteArrayList expected = find.readAllStandardOutput().split('\n');
+    expected.removeAll(QByteArray());
+    std::sort(expected.begin(), expected.end());
+
+    QCOMPARE(r.exitCode, 0);
+    QCOMPARE(listedPaths(r.out), expected);
+    // The set holds what it was made to hold (find could be wrong too).
+    QVERIFY(expected.contains(root + "/bad\xff name/caf\xe9.xwd"));
+    QVERIFY(expected.contains(root + "/links/out/far.xwd"));
+    QVERIFY(expected.contains(root + "/links/dangling.xwd"));
+    QVERIFY(!expected.contains(root + "/links/loop/Case/upper.xwd"));
+    QVERIFY(expected.contains(root + "/Case/UPPER.XWD") && expected.contains(root + "/Case/upper.xwd"));
 }
 
 QTEST_GUILESS_MAIN(TestFindCommand)

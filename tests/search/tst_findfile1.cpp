@@ -1,13 +1,8 @@
-#include "core/browser/FileListModel.h"
-#include "core/browser/FolderTreeModel.h"
-#include "core/browser/MountTable.h"
-#include "core/search/FileSearch.h"
-#include "ui/browser/Tarnby1.h"
 #include "ui/frame/CommandBar.h"
 #include "ui/search/FindFile1.h"
 #include "ui/tools/HelpWindow.h"
 
-#include "UiFixture.h"
+#include "SearchBrowser.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -20,48 +15,11 @@
 #include <QTest>
 #include <QTimer>
 
-#include <memory>
-
 using namespace tarnby;
 using namespace tarnby::search;
 using namespace tarnby::ui;
 
-Q_DECLARE_METATYPE(tarnby::search::SearchOutcome)
-
-namespace {
-
-// A browser whose tree holds only a test folder (and the network node).
-struct Browser : UiFixture {
-    TestDir files;
-    std::unique_ptr<Tarnby1> window;
-
-    Browser()
-    {
-        window = std::make_unique<Tarnby1>(state, services, store);
-        StartupRequest request;
-        request.homeOption = home.path();
-        window->load(request);
-        FolderRoots roots;
-        roots.volumes = {files.path()};
-        window->folderTree()->setRoots(roots);
-    }
-
-    // Runs one walk to its end, the window's events running between slices.
-    SearchOutcome find(const QString &pattern, bool next = false)
-    {
-        state.searchPattern = pattern;
-        QSignalSpy finished(window.get(), &Tarnby1::searchFinished);
-        if (next)
-            window->toolClick(QStringLiteral("ID_FindNextBtn"));
-        else
-            window->FindFileRoutine();
-        if (!finished.wait(60000))
-            return SearchOutcome::Running;
-        return finished.first().first().value<SearchOutcome>();
-    }
-};
-
-} // namespace
+using Browser = SearchBrowser;
 
 class TestFindFile1 : public QObject
 {
@@ -122,10 +80,15 @@ void TestFindFile1::tabsShowTheirFrames()
     UiFixture ui;
     FindFile1 window(ui.state);
     window.show();
-    for (int i = 0; i < 5; ++i) {
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QRect place = window.frame(SearchTab::Pictures)->geometry();
+    for (int i : {1, 2, 3, 4, 0, 4}) {
         window.tabStrip()->setCurrentIndex(i);
+        QCoreApplication::processEvents();
         for (int j = 0; j < 5; ++j)
             QCOMPARE(window.frame(SearchTab(j))->isVisible(), i == j);
+        // Shown in the place of the one before, not somewhere without a size.
+        QCOMPARE(window.frame(SearchTab(i))->geometry(), place);
     }
 }
 

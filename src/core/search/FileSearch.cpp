@@ -6,12 +6,21 @@
 
 namespace tarnby::search {
 
+QByteArray reportLines(const QByteArray &folder, const QByteArrayList &names, const char *lineEnd)
+{
+    QByteArray lines = "##" + folder + lineEnd;
+    for (const QByteArray &name : names)
+        lines += name + lineEnd;
+    return lines;
+}
+
 QByteArray reportLines(const QString &folder, const QStringList &names)
 {
-    QByteArray lines = "##" + QFile::encodeName(folder) + "\r\n";
+    QByteArrayList encoded;
+    encoded.reserve(names.size());
     for (const QString &name : names)
-        lines += QFile::encodeName(name) + "\r\n";
-    return lines;
+        encoded.append(QFile::encodeName(name));
+    return reportLines(QFile::encodeName(folder), encoded);
 }
 
 bool appendReportLines(const QString &reportFile, const QString &folder, const QStringList &names, QString *error)
@@ -60,7 +69,16 @@ void FileSearch::start(const SearchOptions &options)
     m_list.setPattern(m_options.pattern);
 }
 
-bool FileSearch::alreadyExamined(const QString &path)
+bool SearchTree::folderIdentity(int node, FolderIdentity &identity)
+{
+    struct stat st;
+    if (::stat(QFile::encodeName(nodePath(node)).constData(), &st) != 0)
+        return false;
+    identity = {quint64(st.st_dev), quint64(st.st_ino)};
+    return true;
+}
+
+bool FileSearch::alreadyExamined(int node)
 {
     // The list of examined folders goes by the folder's identity on disk, not
     // by its name and not by its path. Its purpose is that one folder is
@@ -69,10 +87,9 @@ bool FileSearch::alreadyExamined(const QString &path)
     // symbolic link to a folder (and so a link that leads back up into a
     // loop). Two different folders that share a name are both examined. The
     // list has no upper bound: it holds every folder of the walk.
-    struct stat st;
-    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+    FolderIdentity id;
+    if (!m_tree.folderIdentity(node, id))
         return true; // vanished since the tree listed it: nothing to examine
-    const std::pair<quint64, quint64> id{quint64(st.st_dev), quint64(st.st_ino)};
     if (m_examinedFolders.contains(id))
         return true;
     m_examinedFolders.insert(id);
@@ -110,7 +127,7 @@ FileSearch::NodeResult FileSearch::examine(int node)
         m_tree.expand(node);
         return NodeResult::Next;
     }
-    if (alreadyExamined(path))
+    if (alreadyExamined(node))
         return NodeResult::Next;
 
     // Errors of the tree or the list (a folder that cannot be read, one that

@@ -28,6 +28,10 @@ inline constexpr int DefaultInitialCount = 5000;
 inline constexpr int DefaultNextCount = 500;
 inline constexpr const char *NetworkNodeText = "Network Neighborhood";
 inline constexpr const char *DefaultPattern = "*.BMP";
+// The longest a window lets one slice run before its events get a turn. The
+// slice, the repaint that follows and a busy machine's delays together stay
+// under the 50 ms a person notices.
+inline constexpr std::chrono::milliseconds WindowSliceBudget{20};
 
 struct SearchOptions {
     QString pattern;                       // empty: "*.BMP"
@@ -112,7 +116,7 @@ private:
     enum class NodeResult { Next, Found, Failed };
     NodeResult examine(int node);
     bool onNetwork(int node, const QString &text) const;
-    bool alreadyExamined(const QString &path);
+    bool alreadyExamined(int node);
     bool appendReport(const QString &folder, const QStringList &names);
     SearchOutcome finish(SearchOutcome outcome);
 
@@ -141,8 +145,7 @@ private:
     QString m_lastFolder;
     QString m_errorString;
     // The folders examined in this walk, by device and inode.
-    QSet<std::pair<quint64, quint64>> m_examinedFolders;
-
+    QSet<FolderIdentity> m_examinedFolders;
 };
 
 // Appends one found folder to a report: "##" + folder, then one line per
@@ -151,5 +154,7 @@ private:
 bool appendReportLines(const QString &reportFile, const QString &folder, const QStringList &names,
                        QString *error = nullptr);
 QByteArray reportLines(const QString &folder, const QStringList &names);
+// The same from the names' bytes, each line ended by lineEnd.
+QByteArray reportLines(const QByteArray &folder, const QByteArrayList &names, const char *lineEnd = "\r\n");
 
 } // namespace tarnby::search

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHashFunctions>
 #include <QString>
 #include <QStringList>
 
@@ -8,6 +9,18 @@
 // BrowserSearchSources.h); DiskSearchTree serves the command line and the
 // organizer's batch add, where no tree is on screen.
 namespace tarnby::search {
+
+// A folder as the filesystem knows it, whatever the path it was reached by.
+struct FolderIdentity {
+    quint64 device = 0;
+    quint64 inode = 0;
+    bool operator==(const FolderIdentity &other) const = default;
+};
+
+inline size_t qHash(const FolderIdentity &id, size_t seed = 0)
+{
+    return ::qHash(std::pair<quint64, quint64>(id.device, id.inode), seed);
+}
 
 // The folder tree as a list of nodes that grows while it is walked: index 0 is
 // the first node, and expanding a node appends its subfolders at the end.
@@ -26,6 +39,9 @@ public:
     // Lists the node's subfolders into the node list (once; later calls do
     // nothing). A folder that cannot be read gets no children; never throws.
     virtual void expand(int node) = 0;
+    // The identity of the node's folder (symbolic links followed); false when
+    // it has none (gone, or no folder). By default from the node's path.
+    virtual bool folderIdentity(int node, FolderIdentity &identity);
 };
 
 // The file list: one folder at a time, its files filtered by a pattern.

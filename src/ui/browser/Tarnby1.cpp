@@ -1347,8 +1347,11 @@ void Tarnby1::FindFileRoutine()
         m_searchList = std::make_unique<search::FileListSearchList>(*m_listModel);
         m_searchQuestions = std::make_unique<MessageQuestions>(m_services.messages, this);
         m_search = std::make_unique<search::FileSearch>(*m_searchTree, *m_searchList, *m_searchQuestions);
-        // The window's events wait at most this long for a slice of the walk.
-        m_search->setSliceBudget(std::chrono::milliseconds(40));
+        m_search->setSliceBudget(search::WindowSliceBudget);
+        m_sliceTimer = new QTimer(this);
+        m_sliceTimer->setSingleShot(true);
+        m_sliceTimer->setInterval(0);
+        connect(m_sliceTimer, &QTimer::timeout, this, &Tarnby1::searchSlice);
         m_search->setProgressCallback([this](const search::SearchProgress &progress) {
             m_status->setText(QStringLiteral("Searching %1  -  %2 Folders").arg(progress.folder).arg(progress.examined));
         });
@@ -1371,7 +1374,7 @@ void Tarnby1::FindFileRoutine()
     options.reportMode = m_state.reportMode;
     options.reportFile = m_state.reportFile();
     m_search->start(options);
-    QTimer::singleShot(0, this, &Tarnby1::searchSlice);
+    m_sliceTimer->start();
 }
 
 void Tarnby1::FindNext()
@@ -1393,7 +1396,7 @@ void Tarnby1::searchSlice()
     // repaints and the stop button can be pressed between slices.
     const search::SearchOutcome outcome = m_search->step();
     if (outcome == search::SearchOutcome::Running) {
-        QTimer::singleShot(0, this, &Tarnby1::searchSlice);
+        m_sliceTimer->start();
         return;
     }
     finishSearch(outcome);

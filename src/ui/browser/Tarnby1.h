@@ -280,6 +280,9 @@ private:
     std::unique_ptr<search::SearchQuestions> m_searchQuestions;
     std::unique_ptr<search::FileSearch> m_search;
     bool m_searchRunning = false;
+    // Runs the next slice of the walk. A timer rather than a posted call, so
+    // that input, painting and other timers get their turn between slices.
+    QTimer *m_sliceTimer = nullptr;
     QShortcut *m_escape = nullptr;
     bool m_quickHiddenBySearch = false;
     QString m_fileToOpen;

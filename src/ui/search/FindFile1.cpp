@@ -28,7 +28,7 @@ FindFile1::FindFile1(AppState &state, QWidget *parent)
 
     m_tabs = new QTabBar(this);
     m_tabs->setObjectName(QStringLiteral("TabStrip1"));
-    auto *stack = new QStackedLayout;
+    m_stack = new QStackedLayout;
     QFont small(QStringLiteral("Small Fonts"));
     small.setPointSize(7);
     for (const search::SearchTabTable &table : search::searchTabs()) {
@@ -61,11 +61,12 @@ FindFile1::FindFile1(AppState &state, QWidget *parent)
             grid->addWidget(m_label, rows, 0);
             grid->addWidget(m_text, rows + 1, 0);
         }
+        // The options keep together at the top of a frame taller than they need.
+        grid->setRowStretch(grid->rowCount(), 1);
         m_frames[size_t(table.tab)] = frame;
-        stack->addWidget(frame);
+        m_stack->addWidget(frame);
     }
     connect(m_tabs, &QTabBar::currentChanged, this, &FindFile1::showTab);
-    connect(m_tabs, &QTabBar::currentChanged, stack, &QStackedLayout::setCurrentIndex);
 
     m_ok = new QPushButton(QStringLiteral("OK"), this);
     m_ok->setObjectName(QStringLiteral("OKBtn"));
@@ -93,7 +94,7 @@ FindFile1::FindFile1(AppState &state, QWidget *parent)
     buttons->addWidget(help);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
-    layout->addLayout(stack);
+    layout->addLayout(m_stack);
     layout->addLayout(buttons);
 
     showTab(0);
@@ -108,8 +109,10 @@ QRadioButton *FindFile1::option(SearchTab tab, int index) const
 
 void FindFile1::showTab(int tab)
 {
-    for (int i = 0; i < search::SearchTabCount; ++i)
-        m_frames[size_t(i)]->setVisible(i == tab);
+    // The stack shows the tab's frame and hides the others. Showing and
+    // hiding them here as well left the newly shown frame without its place
+    // in the window (drawn nowhere) once the window was on screen.
+    m_stack->setCurrentIndex(tab);
 }
 
 void FindFile1::chooseOption(SearchTab tab, int index)

@@ -12,6 +12,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
+class QStackedLayout;
 class QTabBar;
 
 namespace tarnby {
@@ -58,6 +59,7 @@ private:
 
     AppState &m_state;
     QTabBar *m_tabs = nullptr;
+    QStackedLayout *m_stack = nullptr;
     std::array<QGroupBox *, search::SearchTabCount> m_frames{};
     std::array<QList<QRadioButton *>, search::SearchTabCount> m_options;
     QLabel *m_label = nullptr;
