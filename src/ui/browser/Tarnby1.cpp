@@ -916,10 +916,7 @@ void Tarnby1::restoreWindow()
         const QScreen *shownOn = QGuiApplication::screenAt(rect->center());
         if (!shownOn)
             shownOn = screen();
-        // FIXME: only the size is taken back for now. A browser moved to its
-        // saved place leaves the viewing frame unpainted when a file opens
-        // (seen with and without a window manager); the place is still saved.
-        resize(clampToScreen(*rect, shownOn ? shownOn->availableGeometry() : QRect()).size());
+        setGeometry(clampToScreen(*rect, shownOn ? shownOn->availableGeometry() : QRect()));
     }
     // Set before the window is shown, so that show() opens it maximized.
     if (windowShowFromOption(o.browserValue33) == WindowShow::Maximized)
