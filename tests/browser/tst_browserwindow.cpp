@@ -171,6 +171,8 @@ private slots:
     void computerInNetwork();
     void panesSavedAndRestored();
     void optionsWrittenAtCloseAndReadBack();
+    void framePlaceWrittenWhenItCloses_data();
+    void framePlaceWrittenWhenItCloses();
     void geometryRestored_data();
     void geometryRestored();
     void separatorPosition_data();
@@ -652,6 +654,46 @@ void TestBrowserWindow::optionsWrittenAtCloseAndReadBack()
     QVERIFY(again.showWindow());
     QCOMPARE(again.window->findChild<QSplitter *>(QStringLiteral("Splitter"))->sizes(), dragged);
     again.window->hide();
+}
+
+void TestBrowserWindow::framePlaceWrittenWhenItCloses_data()
+{
+    QTest::addColumn<QString>("closedBy");
+    QTest::newRow("the frame's Exit") << "frame";
+    QTest::newRow("the browser's Exit with the frame open") << "browser";
+}
+
+void TestBrowserWindow::framePlaceWrittenWhenItCloses()
+{
+    QFETCH(QString, closedBy);
+    Browser b;
+    MDIForm1 *frame = b.window->frame();
+    frame->show();
+    QVERIFY(QTest::qWaitForWindowExposed(frame));
+    frame->setGeometry(70, 90, 640, 420);
+    const QRect left = frame->geometry();
+    if (closedBy == QLatin1String("frame"))
+        frame->toolClick(QStringLiteral("ID_mnuExit"));
+    else
+        b.window->toolClick(QStringLiteral("ID_ExitBtn"));
+    QVERIFY(!frame->isVisible());
+
+    settings::ProgramOptions read;
+    QVERIFY(settings::readProgramOptions(b.home.path(), read).keptDefault.isEmpty());
+    const double dpi = frame->logicalDpiX();
+    auto pixels = [dpi](const QString &twips) { return qRound(twips.toDouble() * dpi / 1440.0); };
+    QCOMPARE(QRect(pixels(read.frameLeft), pixels(read.frameTop), pixels(read.frameWidth),
+                   pixels(QString::number(read.frameHeight))),
+             left);
+    QVERIFY(b.responder.messages().isEmpty());
+
+    // The next start opens the frame there.
+    Browser again(Browser::Start::Unloaded);
+    again.home.remove();
+    StartupRequest request;
+    request.homeOption = b.home.path();
+    again.window->load(request);
+    QCOMPARE(again.window->frame()->geometry(), left);
 }
 
 void TestBrowserWindow::geometryRestored_data()

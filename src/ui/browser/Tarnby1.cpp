@@ -69,6 +69,7 @@
 #include <QProgressBar>
 #include <QScreen>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -937,6 +938,8 @@ void Tarnby1::restorePanes()
 
 void Tarnby1::storeWindowValues()
 {
+    if (m_frame && m_frame->isVisible())
+        m_frame->storeWindowValues();
     storePanes();
     settings::ProgramOptions &o = m_state.options;
     o.viewStyle = viewStyleToOption(m_listView->viewStyle());
@@ -1498,6 +1501,8 @@ MDIForm1 *Tarnby1::frame()
         // File commands of the document windows refresh the lists as the
         // browser's own do; the browser's moves and deletes reach the windows.
         connect(m_frame, &MDIForm1::filesChanged, this, &Tarnby1::refreshLists);
+        // The frame's place and size are kept when it closes, as the browser's are.
+        connect(m_frame, &MDIForm1::frameClosed, this, [this] { saveOptions(); });
         m_frame->followFileCommands(m_files);
         connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {
             show();
@@ -1607,6 +1612,8 @@ void Tarnby1::closeEvent(QCloseEvent *event)
             event->ignore();
             return;
         }
+        // Written once, with the browser's own values, below.
+        const QSignalBlocker quiet(m_frame);
         m_frame->close();
     }
     if (m_help)

@@ -157,7 +157,8 @@ public:
 
     // ---- what the browser remembers ----------------------------------------
     // Copies the window's position, size and state, the pane sizes, the tree's
-    // share of the width and the list's view style into state.options.
+    // share of the width and the list's view style into state.options, with
+    // the viewing frame's place while it is open.
     void storeWindowValues();
     // storeWindowValues(), then writes the options files (atomically). A
     // program folder that cannot be written is reported once, not at every
