@@ -37,6 +37,8 @@
 #include <QRadioButton>
 #include <QPushButton>
 #include <QSemaphore>
+#include <QMutex>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QSplitter>
 #include "ModalCloser.h"
@@ -181,6 +183,7 @@ private slots:
     void gridLinesAndMenuTextFollowTheOptions();
     void thumbnailsFill();
     void thumbnailsStayWithinBudget();
+    void thumbnailsFollowAnotherProgram();
     void noThumbnailsToDisplay();
     void thumbnailSelectionEnablesFileCommands();
     void listKeepsWholeNamesAfterFilterChange_data();
@@ -910,6 +913,48 @@ void TestBrowserWindow::thumbnailsStayWithinBudget()
     view->scrollToTop();
     QTRY_VERIFY(thumbs->isReady(0));
     QVERIFY(thumbs->imageBytes() <= thumbs->budget());
+}
+
+void TestBrowserWindow::thumbnailsFollowAnotherProgram()
+{
+    // Another program adds, removes and saves over pictures in the folder on
+    // show: only those thumbnails are made; the rest, and the choice, stay.
+    Browser b;
+    b.createFiles({"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg", "f.jpg"});
+    QVERIFY(b.show(b.files.path()));
+    QVERIFY(b.showWindow());
+    ThumbnailView *view = b.window->thumbnailView();
+    auto mutex = std::make_shared<QMutex>();
+    auto made = std::make_shared<QHash<QString, int>>();
+    view->setProducer([mutex, made](const QString &path, const ThumbnailOptions &o) {
+        const QMutexLocker lock(mutex.get());
+        ++(*made)[QFileInfo(path).fileName()];
+        return testPicture(4).scaled(o.box);
+    });
+    ThumbnailModel *thumbs = view->thumbnails();
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    QTRY_VERIFY(!view->isLoading());
+    QCOMPARE(thumbs->readyCount(), 6);
+    view->setCurrentIndex(thumbs->index(thumbs->rowOf(b.files.filePath("c.jpg"))));
+
+    QProcess other;
+    other.setWorkingDirectory(b.files.path());
+    other.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("cp a.jpg new.jpg && rm b.jpg && "
+                                                                          "printf saved > d.tmp && mv d.tmp d.jpg")});
+    QVERIFY(other.waitForFinished(5000));
+    QCOMPARE(other.exitCode(), 0);
+
+    const QStringList expected = {b.files.filePath("a.jpg"), b.files.filePath("c.jpg"), b.files.filePath("d.jpg"),
+                                  b.files.filePath("e.jpg"), b.files.filePath("f.jpg"), b.files.filePath("new.jpg")};
+    QTRY_COMPARE_WITH_TIMEOUT(thumbs->files(), expected, 10000);
+    QTRY_VERIFY(!view->isLoading());
+    QCOMPARE(thumbs->readyCount(), 6);
+    const QMutexLocker lock(mutex.get());
+    QCOMPARE(made->value(QStringLiteral("d.jpg")), 2);
+    QCOMPARE(made->value(QStringLiteral("new.jpg")), 1);
+    for (const char *kept : {"a.jpg", "c.jpg", "e.jpg", "f.jpg"})
+        QVERIFY2(made->value(QLatin1String(kept)) == 1, kept);
+    QCOMPARE(view->currentPicture(), b.files.filePath("c.jpg"));
 }
 
 void TestBrowserWindow::noThumbnailsToDisplay()

@@ -854,12 +854,20 @@ bool Tarnby1::thumbnailsShown() const
     return m_listStack->currentWidget() == m_thumbs;
 }
 
-void Tarnby1::showThumbnails()
+void Tarnby1::showThumbnails(bool keepMade)
 {
-    const QStringList pictures = picturesAmong(m_listModel->shownFilePaths());
     if (m_listModel->isLoading())
         return; // folderLoaded() comes back here
-    if (pictures.isEmpty()) {
+    std::vector<PictureFile> pictures;
+    for (int row = 0; row < m_listModel->rowCount(); ++row) {
+        const FileEntry *entry = m_listModel->entry(row);
+        if (!entry || entry->folder)
+            continue;
+        const QString path = m_listModel->filePath(row);
+        if (isThumbnailPicture(path))
+            pictures.push_back({path, entry->size, entry->modified});
+    }
+    if (pictures.empty()) {
         hideThumbnails();
         m_services.messages.inform(QStringLiteral("No Thumbnails to Display"), this);
         return;
@@ -869,7 +877,10 @@ void Tarnby1::showThumbnails()
     options.box = thumbnailBox(m_state.options.thumbnailWidthCm, m_state.options.thumbnailHeightCm, dpi);
     options.bits = thumbnailBitsFromOption(m_state.options.thumbnailBits);
     m_listStack->setCurrentWidget(m_thumbs);
-    m_thumbs->showPictures(pictures, options);
+    if (keepMade)
+        m_thumbs->updatePictures(pictures, options);
+    else
+        m_thumbs->showPictures(pictures, options);
 }
 
 void Tarnby1::stopThumbnails()
@@ -1172,7 +1183,7 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::SetDatabaseTable: runTableCommand(&ChildFrm1::mnuViewTable_Click); return;
     case BrowserAction::SetDatabaseTableIndex: runTableCommand(&ChildFrm1::mnuViewIndex_Click); return;
     case BrowserAction::ViewTableComments: runTableCommand(&ChildFrm1::mnuViewComments_Click); return;
-    case BrowserAction::ViewThumbnails: showThumbnails(); return;
+    case BrowserAction::ViewThumbnails: showThumbnails(false); return;
     case BrowserAction::AddressBook: runAddressBook(m_state, m_services, mailHooks(), QStringLiteral("O"), this); return;
     case BrowserAction::ViewGroups:
     case BrowserAction::CreateGroups:

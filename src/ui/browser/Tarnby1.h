@@ -228,7 +228,10 @@ private:
     void collapseTree();
     void goToWorkingFolder();
     void setComputerInNetwork();
-    void showThumbnails();
+    // The thumbnails of the listed pictures. keepMade: the folder was listed
+    // again (a change on disk, another filter), so the thumbnails made stay;
+    // else (the command) every one is made afresh.
+    void showThumbnails(bool keepMade = true);
     void stopThumbnails();
     void hideThumbnails();
     void showQuickView();
