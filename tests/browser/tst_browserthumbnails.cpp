@@ -4,6 +4,8 @@
 #include "Fixtures.h"
 #include "TestDir.h"
 
+#include <QAbstractItemModelTester>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
@@ -26,6 +28,8 @@ private slots:
     void picturesAmongFilesOfAFolder();
     void emptyJobFinishes();
     void modelKeepsToItsBudget();
+    void updateKeepsWhatWasMade_data();
+    void updateKeepsWhatWasMade();
 };
 
 static QStringList names(int count)
@@ -154,6 +158,78 @@ void TestBrowserThumbnails::modelKeepsToItsBudget()
     // A thumbnail that could not be made costs nothing and is never dropped.
     model.setThumbnail(0, QImage());
     QVERIFY(model.isReady(0));
+}
+
+// A listing as "a b* c": names in order, a star for a file written since.
+static std::vector<PictureFile> listing(const QString &text)
+{
+    std::vector<PictureFile> files;
+    for (const QString &word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const bool written = word.endsWith(QLatin1Char('*'));
+        const QString name = written ? word.chopped(1) : word;
+        files.push_back({QStringLiteral("/p/") + name + QStringLiteral(".jpg"), 100, written ? 2000 : 1000});
+    }
+    return files;
+}
+
+void TestBrowserThumbnails::updateKeepsWhatWasMade_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<QString>("toMake"); // the files whose thumbnail is made anew
+    QTest::addColumn<bool>("reset");
+    QTest::newRow("nothing changed") << "a b c" << "a b c" << "" << false;
+    QTest::newRow("added in the middle and at both ends") << "b d" << "a b c d e" << "a c e" << false;
+    QTest::newRow("removed at both ends and inside") << "a b c d e" << "b d" << "" << false;
+    QTest::newRow("written over") << "a b c" << "a b* c" << "b" << false;
+    QTest::newRow("added, removed and written at once") << "a c e g" << "b c* d g h" << "b c d h" << false;
+    QTest::newRow("all gone, others come") << "a b" << "x y" << "x y" << false;
+    QTest::newRow("another order keeps the thumbnails") << "a b c" << "c b* a d" << "b d" << true;
+}
+
+void TestBrowserThumbnails::updateKeepsWhatWasMade()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    QFETCH(QString, toMake);
+    QFETCH(bool, reset);
+    ThumbnailModel model;
+    model.setFiles(listing(before));
+    QHash<QString, qint64> made; // path -> the image's cache key
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QImage image = dummy({}, {});
+        model.setThumbnail(row, image);
+        made.insert(model.files().at(row), image.cacheKey());
+    }
+    QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    // Fails the test on any insert or remove that breaks the model's rules.
+    QAbstractItemModelTester checker(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+
+    const std::vector<PictureFile> files = listing(after);
+    const QList<int> rows = model.updateFiles(files);
+
+    QStringList paths;
+    for (const PictureFile &file : files)
+        paths << file.path;
+    QCOMPARE(model.files(), paths);
+    QStringList remade;
+    for (int row : rows)
+        remade << QFileInfo(model.files().at(row)).baseName();
+    QCOMPARE(remade.join(QLatin1Char(' ')), toMake);
+    QCOMPARE(resets.count(), reset ? 1 : 0);
+    // Every other row still has the very thumbnail it had.
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QString path = model.files().at(row);
+        QCOMPARE(model.rowOf(path), row);
+        if (rows.contains(row)) {
+            QVERIFY(!model.isReady(row));
+            continue;
+        }
+        QVERIFY2(model.isReady(row), qPrintable(path));
+        QCOMPARE(model.data(model.index(row), Qt::DecorationRole).value<QImage>().cacheKey(), made.value(path));
+    }
+    QCOMPARE(model.readyCount(), model.rowCount() - rows.size());
+    QCOMPARE(model.imageBytes(), model.readyCount() * dummy({}, {}).sizeInBytes());
 }
 
 QTEST_GUILESS_MAIN(TestBrowserThumbnails)

@@ -37,6 +37,8 @@
 #include <QRadioButton>
 #include <QPushButton>
 #include <QSemaphore>
+#include <QMutex>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QSplitter>
 #include "ModalCloser.h"
@@ -171,6 +173,8 @@ private slots:
     void computerInNetwork();
     void panesSavedAndRestored();
     void optionsWrittenAtCloseAndReadBack();
+    void framePlaceWrittenWhenItCloses_data();
+    void framePlaceWrittenWhenItCloses();
     void geometryRestored_data();
     void geometryRestored();
     void separatorPosition_data();
@@ -179,6 +183,7 @@ private slots:
     void gridLinesAndMenuTextFollowTheOptions();
     void thumbnailsFill();
     void thumbnailsStayWithinBudget();
+    void thumbnailsFollowAnotherProgram();
     void noThumbnailsToDisplay();
     void thumbnailSelectionEnablesFileCommands();
     void listKeepsWholeNamesAfterFilterChange_data();
@@ -647,11 +652,51 @@ void TestBrowserWindow::optionsWrittenAtCloseAndReadBack()
     StartupRequest request;
     request.homeOption = b.home.path();
     again.window->load(request);
-    QCOMPARE(again.window->size(), left.size()); // the place is saved, only the size applied (restoreWindow)
+    QCOMPARE(again.window->geometry(), left);
     QCOMPARE(again.window->fileListView()->viewStyle(), ViewStyle::SmallIcons);
     QVERIFY(again.showWindow());
     QCOMPARE(again.window->findChild<QSplitter *>(QStringLiteral("Splitter"))->sizes(), dragged);
     again.window->hide();
+}
+
+void TestBrowserWindow::framePlaceWrittenWhenItCloses_data()
+{
+    QTest::addColumn<QString>("closedBy");
+    QTest::newRow("the frame's Exit") << "frame";
+    QTest::newRow("the browser's Exit with the frame open") << "browser";
+}
+
+void TestBrowserWindow::framePlaceWrittenWhenItCloses()
+{
+    QFETCH(QString, closedBy);
+    Browser b;
+    MDIForm1 *frame = b.window->frame();
+    frame->show();
+    QVERIFY(QTest::qWaitForWindowExposed(frame));
+    frame->setGeometry(70, 90, 640, 420);
+    const QRect left = frame->geometry();
+    if (closedBy == QLatin1String("frame"))
+        frame->toolClick(QStringLiteral("ID_mnuExit"));
+    else
+        b.window->toolClick(QStringLiteral("ID_ExitBtn"));
+    QVERIFY(!frame->isVisible());
+
+    settings::ProgramOptions read;
+    QVERIFY(settings::readProgramOptions(b.home.path(), read).keptDefault.isEmpty());
+    const double dpi = frame->logicalDpiX();
+    auto pixels = [dpi](const QString &twips) { return qRound(twips.toDouble() * dpi / 1440.0); };
+    QCOMPARE(QRect(pixels(read.frameLeft), pixels(read.frameTop), pixels(read.frameWidth),
+                   pixels(QString::number(read.frameHeight))),
+             left);
+    QVERIFY(b.responder.messages().isEmpty());
+
+    // The next start opens the frame there.
+    Browser again(Browser::Start::Unloaded);
+    again.home.remove();
+    StartupRequest request;
+    request.homeOption = b.home.path();
+    again.window->load(request);
+    QCOMPARE(again.window->frame()->geometry(), left);
 }
 
 void TestBrowserWindow::geometryRestored_data()
@@ -699,11 +744,12 @@ void TestBrowserWindow::geometryRestored()
     b.load();
     const QRect screen = b.window->screen()->availableGeometry();
     const QRect shown = b.window->geometry();
-    // Only the saved size is applied at start (see restoreWindow).
-    if (check == QLatin1String("exact") || check == QLatin1String("on screen"))
-        QCOMPARE(shown.size(), expected.size());
+    if (check == QLatin1String("exact"))
+        QCOMPARE(shown, expected);
+    else if (check == QLatin1String("on screen"))
+        QVERIFY(screen.contains(shown) && shown.size() == expected.size());
     else if (check == QLatin1String("screen"))
-        QCOMPARE(shown.size(), screen.size());
+        QCOMPARE(shown, screen);
     else
         QCOMPARE(b.window->size(), before);
     QCOMPARE(b.window->windowState().testFlag(Qt::WindowMaximized), maximized);
@@ -867,6 +913,49 @@ void TestBrowserWindow::thumbnailsStayWithinBudget()
     view->scrollToTop();
     QTRY_VERIFY(thumbs->isReady(0));
     QVERIFY(thumbs->imageBytes() <= thumbs->budget());
+}
+
+void TestBrowserWindow::thumbnailsFollowAnotherProgram()
+{
+    // Another program adds, removes and saves over pictures in the folder on
+    // show: only those thumbnails are made; the rest, and the choice, stay.
+    Browser b;
+    b.createFiles({"a.jpg", "b.jpg", "c.jpg", "d.jpg", "e.jpg", "f.jpg"});
+    QVERIFY(b.show(b.files.path()));
+    QVERIFY(b.showWindow());
+    ThumbnailView *view = b.window->thumbnailView();
+    auto mutex = std::make_shared<QMutex>();
+    auto made = std::make_shared<QHash<QString, int>>();
+    view->setProducer([mutex, made](const QString &path, const ThumbnailOptions &o) {
+        const QMutexLocker lock(mutex.get());
+        ++(*made)[QFileInfo(path).fileName()];
+        return testPicture(4).scaled(o.box);
+    });
+    ThumbnailModel *thumbs = view->thumbnails();
+    b.window->toolClick(QStringLiteral("ID_ThumbsBtn"));
+    // The last thumbnails come through the event loop after the job ends.
+    QTRY_COMPARE_WITH_TIMEOUT(thumbs->readyCount(), 6, 10000);
+    QTRY_VERIFY(!view->isLoading());
+    view->setCurrentIndex(thumbs->index(thumbs->rowOf(b.files.filePath("c.jpg"))));
+
+    QProcess other;
+    other.setWorkingDirectory(b.files.path());
+    other.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("cp a.jpg new.jpg && rm b.jpg && "
+                                                                          "printf saved > d.tmp && mv d.tmp d.jpg")});
+    QVERIFY(other.waitForFinished(5000));
+    QCOMPARE(other.exitCode(), 0);
+
+    const QStringList expected = {b.files.filePath("a.jpg"), b.files.filePath("c.jpg"), b.files.filePath("d.jpg"),
+                                  b.files.filePath("e.jpg"), b.files.filePath("f.jpg"), b.files.filePath("new.jpg")};
+    QTRY_COMPARE_WITH_TIMEOUT(thumbs->files(), expected, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(thumbs->readyCount(), 6, 10000);
+    QTRY_VERIFY(!view->isLoading());
+    const QMutexLocker lock(mutex.get());
+    QCOMPARE(made->value(QStringLiteral("d.jpg")), 2);
+    QCOMPARE(made->value(QStringLiteral("new.jpg")), 1);
+    for (const char *kept : {"a.jpg", "c.jpg", "e.jpg", "f.jpg"})
+        QVERIFY2(made->value(QLatin1String(kept)) == 1, kept);
+    QCOMPARE(view->currentPicture(), b.files.filePath("c.jpg"));
 }
 
 void TestBrowserWindow::noThumbnailsToDisplay()

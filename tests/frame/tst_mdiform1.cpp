@@ -15,6 +15,7 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -53,6 +54,8 @@ private slots:
     void cascadeEdges();
     void newWindowTakesTheActiveState();
     void emptyWindowDisablesItsKindsCommands();
+    void placeFromAndBackToTheOptions_data();
+    void placeFromAndBackToTheOptions();
 
 private:
     DocumentDouble *open(const QString &kind, qint16 indexes = 0, const QString &name = QStringLiteral("doc.jpg"));
@@ -453,6 +456,60 @@ void TestMDIForm1::emptyWindowDisablesItsKindsCommands()
     // Its file is still there to rename, move, delete or close.
     for (const char *key : {"ID_mnuRenameFile", "ID_mnuMoveFile", "ID_mnuDeleteFile", "ID_CloseBtn"})
         QVERIFY2(m_frame->commandBar()->isEnabled(QLatin1String(key)), key);
+}
+
+void TestMDIForm1::placeFromAndBackToTheOptions_data()
+{
+    // Lines 5 to 8 in twips (15 a pixel at 96 DPI); "check" as for the
+    // browser: exact, on screen (size kept, moved onto it), default.
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("check");
+    QTest::addColumn<QRect>("expected");
+    QTest::newRow("as saved") << QStringList{"1500", "1200", "9000", "6000"} << "exact" << QRect(100, 80, 600, 400);
+    QTest::newRow("off screen comes back on it") << QStringList{"90000", "-90000", "9000", "6000"} << "on screen"
+                                                << QRect(0, 0, 600, 400);
+    QTest::newRow("unreadable left keeps the default") << QStringList{"left", "0", "9000", "6000"} << "default"
+                                                       << QRect(0, 0, 900, 650);
+    QTest::newRow("no height keeps the default") << QStringList{"0", "0", "9000", "0"} << "default"
+                                                 << QRect(0, 0, 900, 650);
+}
+
+void TestMDIForm1::placeFromAndBackToTheOptions()
+{
+    QFETCH(QStringList, lines);
+    QFETCH(QString, check);
+    QFETCH(QRect, expected);
+    settings::ProgramOptions &o = m_state->options;
+    o.frameLeft = lines.at(0);
+    o.frameTop = lines.at(1);
+    o.frameWidth = lines.at(2);
+    o.frameHeight = lines.at(3).toInt();
+    MDIForm1 frame(*m_state, *m_services);
+    if (frame.logicalDpiX() != 96)
+        QSKIP("the rows are written for 96 DPI");
+    frame.SetMDIWinSize();
+    if (check == QLatin1String("exact"))
+        QCOMPARE(frame.geometry(), expected);
+    else if (check == QLatin1String("on screen"))
+        QVERIFY(frame.screen()->availableGeometry().contains(frame.geometry()));
+    QCOMPARE(frame.size(), expected.size());
+
+    // Moved, maximised and closed: the lines hold the normal place, which
+    // the next frame opens at.
+    frame.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&frame));
+    frame.setGeometry(45, 60, 510, 330);
+    const QRect normal = frame.geometry();
+    frame.showMaximized();
+    QSignalSpy closed(&frame, &MDIForm1::frameClosed);
+    frame.toolClick(QStringLiteral("ID_mnuExit"));
+    QCOMPARE(closed.count(), 1);
+    QVERIFY(!frame.isVisible());
+    QCOMPARE(o.frameWidth, QStringLiteral("7650"));
+    QCOMPARE(o.frameHeight, 4950);
+    MDIForm1 next(*m_state, *m_services);
+    next.SetMDIWinSize();
+    QCOMPARE(next.geometry(), normal);
 }
 
 QTEST_MAIN(TestMDIForm1)

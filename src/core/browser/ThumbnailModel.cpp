@@ -6,6 +6,7 @@
 
 #include <QFileInfo>
 #include <QPainter>
+#include <QSet>
 
 #include <algorithm>
 
@@ -43,14 +44,153 @@ ThumbnailModel::ThumbnailModel(QObject *parent)
 
 void ThumbnailModel::setFiles(const QStringList &paths)
 {
+    std::vector<PictureFile> files;
+    files.reserve(size_t(paths.size()));
+    for (const QString &path : paths)
+        files.push_back({path});
+    setFiles(files);
+}
+
+void ThumbnailModel::setFiles(const std::vector<PictureFile> &files)
+{
     beginResetModel();
-    m_paths = paths;
-    m_images.assign(size_t(paths.size()), QImage());
-    m_done.assign(size_t(paths.size()), false);
+    m_files = files;
+    m_images.assign(files.size(), QImage());
+    m_done.assign(files.size(), false);
+    indexRows();
     m_ready = 0;
     m_bytes = 0;
     m_focusRow = 0;
     endResetModel();
+}
+
+void ThumbnailModel::indexRows()
+{
+    m_paths.clear();
+    m_paths.reserve(qsizetype(m_files.size()));
+    m_rowOf.clear();
+    m_rowOf.reserve(qsizetype(m_files.size()));
+    for (size_t row = 0; row < m_files.size(); ++row) {
+        m_paths.append(m_files[row].path);
+        m_rowOf.insert(m_files[row].path, int(row));
+    }
+}
+
+void ThumbnailModel::clearRow(size_t row)
+{
+    m_bytes -= m_images[row].sizeInBytes();
+    m_images[row] = QImage();
+    if (m_done[row])
+        --m_ready;
+    m_done[row] = false;
+}
+
+QList<int> ThumbnailModel::updateFiles(const std::vector<PictureFile> &files)
+{
+    QHash<QString, int> wanted;
+    wanted.reserve(qsizetype(files.size()));
+    for (size_t i = 0; i < files.size(); ++i)
+        wanted.insert(files[i].path, int(i));
+
+    // The files that stay must keep their order for rows to move in place;
+    // a listing sorted differently is taken in one reset, thumbnails kept.
+    int last = -1;
+    bool inOrder = true;
+    for (const PictureFile &file : m_files) {
+        const int at = wanted.value(file.path, -1);
+        if (at < 0)
+            continue;
+        if (at < last) {
+            inOrder = false;
+            break;
+        }
+        last = at;
+    }
+    if (!inOrder) {
+        std::vector<QImage> images(files.size());
+        std::vector<bool> done(files.size(), false);
+        QList<int> toMake;
+        for (size_t i = 0; i < files.size(); ++i) {
+            const int old = rowOf(files[i].path);
+            const bool same = old >= 0 && m_files[size_t(old)].size == files[i].size
+                && m_files[size_t(old)].modified == files[i].modified;
+            if (same && m_done[size_t(old)]) {
+                images[i] = m_images[size_t(old)];
+                done[i] = true;
+            } else if (!same) {
+                toMake.append(int(i));
+            }
+        }
+        beginResetModel();
+        m_files = files;
+        m_images = std::move(images);
+        m_done = std::move(done);
+        indexRows();
+        m_ready = int(std::count(m_done.begin(), m_done.end(), true));
+        m_bytes = 0;
+        for (const QImage &image : m_images)
+            m_bytes += image.sizeInBytes();
+        endResetModel();
+        return toMake;
+    }
+
+    // Gone: runs of rows from the bottom up, so that the rows above stay put.
+    for (int row = int(m_files.size()) - 1; row >= 0;) {
+        if (wanted.contains(m_files[size_t(row)].path)) {
+            --row;
+            continue;
+        }
+        int first = row;
+        while (first > 0 && !wanted.contains(m_files[size_t(first - 1)].path))
+            --first;
+        beginRemoveRows({}, first, row);
+        for (int r = first; r <= row; ++r)
+            clearRow(size_t(r));
+        m_files.erase(m_files.begin() + first, m_files.begin() + row + 1);
+        m_images.erase(m_images.begin() + first, m_images.begin() + row + 1);
+        m_done.erase(m_done.begin() + first, m_done.begin() + row + 1);
+        m_paths.remove(first, row - first + 1);
+        endRemoveRows();
+        row = first - 1;
+    }
+
+    // New: inserted in runs where the listing has them. What is left of the
+    // old rows is a subsequence of files, so one walk places them.
+    QSet<QString> kept;
+    kept.reserve(qsizetype(m_files.size()));
+    for (const PictureFile &file : m_files)
+        kept.insert(file.path);
+    QList<int> toMake;
+    for (size_t i = 0; i < files.size();) {
+        if (kept.contains(files[i].path)) {
+            PictureFile &had = m_files[i];
+            if (had.size != files[i].size || had.modified != files[i].modified) {
+                had = files[i];
+                clearRow(i);
+                const QModelIndex changed = index(int(i));
+                emit dataChanged(changed, changed, {Qt::DecorationRole, ReadyRole});
+                toMake.append(int(i));
+            }
+            ++i;
+            continue;
+        }
+        size_t end = i + 1;
+        while (end < files.size() && !kept.contains(files[end].path))
+            ++end;
+        const auto count = qsizetype(end - i);
+        beginInsertRows({}, int(i), int(end) - 1);
+        m_files.insert(m_files.begin() + qsizetype(i), files.begin() + qsizetype(i), files.begin() + qsizetype(end));
+        m_images.insert(m_images.begin() + qsizetype(i), size_t(count), QImage());
+        m_done.insert(m_done.begin() + qsizetype(i), size_t(count), false);
+        for (size_t r = i; r < end; ++r)
+            m_paths.insert(qsizetype(r), files[r].path);
+        endInsertRows();
+        for (size_t r = i; r < end; ++r)
+            toMake.append(int(r));
+        i = end;
+    }
+    indexRows();
+    return toMake;
 }
 
 void ThumbnailModel::setThumbnail(int row, const QImage &image)
@@ -121,12 +261,17 @@ QVariant ThumbnailModel::data(const QModelIndex &index, int role) const
     }
 }
 
+bool isThumbnailPicture(const QString &path)
+{
+    const int i = catalogue::knownExtensionIndex(catalogue::GetFileExt(path));
+    return i <= catalogue::LastPictureIndex || (i >= 42 && i <= 44);
+}
+
 QStringList picturesAmong(const QStringList &paths)
 {
     QStringList pictures;
     for (const QString &path : paths) {
-        const int i = catalogue::knownExtensionIndex(catalogue::GetFileExt(path));
-        if (i <= catalogue::LastPictureIndex || (i >= 42 && i <= 44))
+        if (isThumbnailPicture(path))
             pictures.append(path);
     }
     return pictures;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractListModel>
+#include <QHash>
 #include <QImage>
 #include <QSize>
 #include <QStringList>
@@ -16,6 +17,15 @@ namespace tarnby {
 struct ThumbnailOptions {
     QSize box{94, 94};  // the thumbnail fits in this many pixels
     int bits = 24;      // colour depth, see reduceColourDepth()
+    bool operator==(const ThumbnailOptions &) const = default;
+};
+
+// A picture with what the listing saw of it: a thumbnail made before stays
+// good while size and time are the same. -1: not known.
+struct PictureFile {
+    QString path;
+    qint64 size = -1;
+    qint64 modified = -1; // milliseconds since the epoch
 };
 
 // The browser's thumbnail of one picture, made on a worker thread: read
@@ -44,6 +54,15 @@ public:
     explicit ThumbnailModel(QObject *parent = nullptr);
 
     void setFiles(const QStringList &paths);
+    void setFiles(const std::vector<PictureFile> &files);
+    // Brings the rows to files without a reset: rows of files that are gone
+    // are removed, new files are inserted where they belong, and a file whose
+    // size or time changed loses its thumbnail. Every other row keeps its
+    // thumbnail. Returns the rows (after the update) that need one made:
+    // the new and the changed files, ascending.
+    QList<int> updateFiles(const std::vector<PictureFile> &files);
+    // The row showing path; -1 when none does.
+    int rowOf(const QString &path) const { return m_rowOf.value(path, -1); }
     void setThumbnail(int row, const QImage &image);
     QStringList files() const { return m_paths; }
     int readyCount() const { return m_ready; }
@@ -63,8 +82,12 @@ public:
 
 private:
     void evictFarthest();
+    void clearRow(size_t row);
+    void indexRows();
 
     QStringList m_paths;
+    std::vector<PictureFile> m_files;
+    QHash<QString, int> m_rowOf;
     std::vector<QImage> m_images;
     std::vector<bool> m_done;
     int m_ready = 0;
@@ -76,5 +99,6 @@ private:
 // The files of paths that get a thumbnail: pictures by their extension (the
 // picture band of the catalogue and the one-bit formats MAC, IMG and MSP).
 QStringList picturesAmong(const QStringList &paths);
+bool isThumbnailPicture(const QString &path);
 
 } // namespace tarnby

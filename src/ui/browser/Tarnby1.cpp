@@ -69,6 +69,7 @@
 #include <QProgressBar>
 #include <QScreen>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -853,12 +854,20 @@ bool Tarnby1::thumbnailsShown() const
     return m_listStack->currentWidget() == m_thumbs;
 }
 
-void Tarnby1::showThumbnails()
+void Tarnby1::showThumbnails(bool keepMade)
 {
-    const QStringList pictures = picturesAmong(m_listModel->shownFilePaths());
     if (m_listModel->isLoading())
         return; // folderLoaded() comes back here
-    if (pictures.isEmpty()) {
+    std::vector<PictureFile> pictures;
+    for (int row = 0; row < m_listModel->rowCount(); ++row) {
+        const FileEntry *entry = m_listModel->entry(row);
+        if (!entry || entry->folder)
+            continue;
+        const QString path = m_listModel->filePath(row);
+        if (isThumbnailPicture(path))
+            pictures.push_back({path, entry->size, entry->modified});
+    }
+    if (pictures.empty()) {
         hideThumbnails();
         m_services.messages.inform(QStringLiteral("No Thumbnails to Display"), this);
         return;
@@ -868,7 +877,10 @@ void Tarnby1::showThumbnails()
     options.box = thumbnailBox(m_state.options.thumbnailWidthCm, m_state.options.thumbnailHeightCm, dpi);
     options.bits = thumbnailBitsFromOption(m_state.options.thumbnailBits);
     m_listStack->setCurrentWidget(m_thumbs);
-    m_thumbs->showPictures(pictures, options);
+    if (keepMade)
+        m_thumbs->updatePictures(pictures, options);
+    else
+        m_thumbs->showPictures(pictures, options);
 }
 
 void Tarnby1::stopThumbnails()
@@ -916,10 +928,7 @@ void Tarnby1::restoreWindow()
         const QScreen *shownOn = QGuiApplication::screenAt(rect->center());
         if (!shownOn)
             shownOn = screen();
-        // FIXME: only the size is taken back for now. A browser moved to its
-        // saved place leaves the viewing frame unpainted when a file opens
-        // (seen with and without a window manager); the place is still saved.
-        resize(clampToScreen(*rect, shownOn ? shownOn->availableGeometry() : QRect()).size());
+        setGeometry(clampToScreen(*rect, shownOn ? shownOn->availableGeometry() : QRect()));
     }
     // Set before the window is shown, so that show() opens it maximized.
     if (windowShowFromOption(o.browserValue33) == WindowShow::Maximized)
@@ -940,6 +949,8 @@ void Tarnby1::restorePanes()
 
 void Tarnby1::storeWindowValues()
 {
+    if (m_frame && m_frame->isVisible())
+        m_frame->storeWindowValues();
     storePanes();
     settings::ProgramOptions &o = m_state.options;
     o.viewStyle = viewStyleToOption(m_listView->viewStyle());
@@ -1172,7 +1183,7 @@ void Tarnby1::runCommand(BrowserAction action)
     case BrowserAction::SetDatabaseTable: runTableCommand(&ChildFrm1::mnuViewTable_Click); return;
     case BrowserAction::SetDatabaseTableIndex: runTableCommand(&ChildFrm1::mnuViewIndex_Click); return;
     case BrowserAction::ViewTableComments: runTableCommand(&ChildFrm1::mnuViewComments_Click); return;
-    case BrowserAction::ViewThumbnails: showThumbnails(); return;
+    case BrowserAction::ViewThumbnails: showThumbnails(false); return;
     case BrowserAction::AddressBook: runAddressBook(m_state, m_services, mailHooks(), QStringLiteral("O"), this); return;
     case BrowserAction::ViewGroups:
     case BrowserAction::CreateGroups:
@@ -1530,6 +1541,8 @@ MDIForm1 *Tarnby1::frame()
         // File commands of the document windows refresh the lists as the
         // browser's own do; the browser's moves and deletes reach the windows.
         connect(m_frame, &MDIForm1::filesChanged, this, &Tarnby1::refreshLists);
+        // The frame's place and size are kept when it closes, as the browser's are.
+        connect(m_frame, &MDIForm1::frameClosed, this, [this] { saveOptions(); });
         m_frame->followFileCommands(m_files);
         connect(m_frame, &MDIForm1::returnToBrowserRequested, this, [this] {
             show();
@@ -1639,6 +1652,8 @@ void Tarnby1::closeEvent(QCloseEvent *event)
             event->ignore();
             return;
         }
+        // Written once, with the browser's own values, below.
+        const QSignalBlocker quiet(m_frame);
         m_frame->close();
     }
     if (m_help)

@@ -158,7 +158,8 @@ public:
 
     // ---- what the browser remembers ----------------------------------------
     // Copies the window's position, size and state, the pane sizes, the tree's
-    // share of the width and the list's view style into state.options.
+    // share of the width and the list's view style into state.options, with
+    // the viewing frame's place while it is open.
     void storeWindowValues();
     // storeWindowValues(), then writes the options files (atomically). A
     // program folder that cannot be written is reported once, not at every
@@ -231,7 +232,10 @@ private:
     void collapseTree();
     void goToWorkingFolder();
     void setComputerInNetwork();
-    void showThumbnails();
+    // The thumbnails of the listed pictures. keepMade: the folder was listed
+    // again (a change on disk, another filter), so the thumbnails made stay;
+    // else (the command) every one is made afresh.
+    void showThumbnails(bool keepMade = true);
     void stopThumbnails();
     void hideThumbnails();
     void showQuickView();

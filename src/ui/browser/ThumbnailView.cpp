@@ -1,8 +1,11 @@
 #include "ui/browser/ThumbnailView.h"
 
+#include <QFileInfo>
 #include <QResizeEvent>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+
+#include <algorithm>
 
 namespace tarnby::ui {
 
@@ -79,6 +82,7 @@ void ThumbnailView::dropJob()
         job->deleteLater();
     }
     m_refillRows.clear();
+    m_jobRows.clear();
     m_evicted.clear();
 }
 
@@ -99,18 +103,81 @@ imaging::ThumbnailJob *ThumbnailView::newJob(const QStringList &paths)
 
 void ThumbnailView::showPictures(const QStringList &paths, const ThumbnailOptions &options)
 {
+    std::vector<PictureFile> files;
+    files.reserve(size_t(paths.size()));
+    for (const QString &path : paths)
+        files.push_back({path});
+    showPictures(files, options);
+}
+
+void ThumbnailView::showPictures(const std::vector<PictureFile> &files, const ThumbnailOptions &options)
+{
     dropJob();
     const QSize box = options.box;
     setIconSize(box);
     const QSize grid(std::max(box.width(), 80) + 16, box.height() + fontMetrics().height() * 2 + 12);
     setGridSize(grid);
     static_cast<CellDelegate *>(itemDelegate())->cell = grid - QSize(4, 4);
-    m_model->setFiles(paths);
+    m_model->setFiles(files);
     m_options = options;
+    startJob({});
+}
 
+void ThumbnailView::updatePictures(const std::vector<PictureFile> &files, const ThumbnailOptions &options)
+{
+    const QStringList shown = m_model->files();
+    auto folderOf = [](const QString &path) { return QFileInfo(path).path(); };
+    if (shown.isEmpty() || files.empty() || !(options == m_options)
+        || folderOf(shown.constFirst()) != folderOf(files.front().path)) {
+        showPictures(files, options);
+        return;
+    }
+    // What the running job had still to make is made too; after Stop only
+    // what changed is. Thumbnails dropped for the budget stay dropped until
+    // they come back into sight.
+    const bool wasLoading = isLoading();
+    QStringList evicted;
+    for (int row : std::as_const(m_evicted))
+        evicted.append(shown.value(row));
+    const QList<int> changed = m_model->updateFiles(files);
+    dropJob();
+    for (const QString &path : std::as_const(evicted)) {
+        if (const int row = m_model->rowOf(path); row >= 0)
+            m_evicted.insert(row);
+    }
+    QList<int> rows = changed;
+    if (wasLoading) {
+        for (int row = 0; row < m_model->rowCount(); ++row) {
+            if (!m_model->isReady(row) && !m_evicted.contains(row))
+                rows.append(row);
+        }
+        std::sort(rows.begin(), rows.end());
+        rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    }
+    if (rows.isEmpty()) {
+        if (wasLoading)
+            emit loadingChanged(false);
+        return;
+    }
+    startJob(rows);
+}
+
+void ThumbnailView::startJob(const QList<int> &rows)
+{
+    QStringList paths;
+    if (rows.isEmpty()) {
+        paths = m_model->files();
+    } else {
+        for (int row : rows)
+            paths.append(m_model->files().at(row));
+    }
+    m_jobRows = rows;
     m_job = newJob(paths);
-    connect(m_job, &imaging::ThumbnailJob::thumbnailReady, m_model,
-            [this](int row, const QString &, const QImage &image) { m_model->setThumbnail(row, image); });
+    connect(m_job, &imaging::ThumbnailJob::thumbnailReady, m_model, [this](int i, const QString &, const QImage &image) {
+        const int row = m_jobRows.isEmpty() ? i : m_jobRows.value(i, -1);
+        m_evicted.remove(row);
+        m_model->setThumbnail(row, image);
+    });
     connect(m_job, &imaging::ThumbnailJob::progress, this, &ThumbnailView::progress);
     connect(m_job, &imaging::ThumbnailJob::finished, this, [this, job = m_job.data()] {
         if (!job->isStopped()) // stop() has said so already
@@ -136,7 +203,7 @@ void ThumbnailView::clear()
 {
     const bool wasLoading = isLoading();
     dropJob();
-    m_model->setFiles({});
+    m_model->setFiles(QStringList());
     if (wasLoading)
         emit loadingChanged(false);
 }
@@ -160,8 +227,17 @@ void ThumbnailView::prioritizeVisible()
     const int firstRow = top * columns;
     const int lastRow = std::min(m_model->rowCount() - 1, (top + lines) * columns - 1);
     m_model->setFocusRow((firstRow + lastRow) / 2);
-    if (!m_job->isFinished())
-        m_job->setVisibleRange(firstRow, lastRow);
+    if (!m_job->isFinished()) {
+        if (m_jobRows.isEmpty()) {
+            m_job->setVisibleRange(firstRow, lastRow);
+        } else {
+            // The job's own numbers of the rows on screen.
+            const auto from = std::lower_bound(m_jobRows.cbegin(), m_jobRows.cend(), firstRow);
+            const auto to = std::upper_bound(m_jobRows.cbegin(), m_jobRows.cend(), lastRow);
+            if (from != to)
+                m_job->setVisibleRange(int(from - m_jobRows.cbegin()), int(to - m_jobRows.cbegin()) - 1);
+        }
+    }
     if (!m_job->isStopped()) // after Stop nothing more is made
         remakeEvicted(firstRow, lastRow);
 }

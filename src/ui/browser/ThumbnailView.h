@@ -26,6 +26,12 @@ public:
     // Starts making thumbnails of paths (all of which are shown at once, as
     // names, until their picture arrives).
     void showPictures(const QStringList &paths, const ThumbnailOptions &options);
+    void showPictures(const std::vector<PictureFile> &files, const ThumbnailOptions &options);
+    // The same folder listed again (a change on disk, another filter): the
+    // thumbnails already made stay, those of new and changed files are made,
+    // and those of files that are gone leave. Another folder or other
+    // options start afresh, as showPictures() does.
+    void updatePictures(const std::vector<PictureFile> &files, const ThumbnailOptions &options);
     // Stops the running job; the thumbnails made so far stay.
     void stop();
     // Drops everything, as when the list takes the place of the thumbnails.
@@ -54,10 +60,13 @@ private:
     void remakeEvicted(int first, int last);
     void dropJob();
     imaging::ThumbnailJob *newJob(const QStringList &paths);
+    // Makes the thumbnails of rows (ascending; empty: every row).
+    void startJob(const QList<int> &rows);
 
     ThumbnailModel *m_model;
     QThreadPool m_pool;
     QPointer<imaging::ThumbnailJob> m_job;
+    QList<int> m_jobRows; // the model rows of m_job's pictures; empty: all rows, in order
     QPointer<imaging::ThumbnailJob> m_refill; // makes evicted thumbnails again as they come into sight
     QList<int> m_refillRows;
     QSet<int> m_evicted;

@@ -2,6 +2,7 @@
 
 #include "core/app/AppState.h"
 #include "core/app/Twips.h"
+#include "core/browser/BrowserValues.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "ui/fileops/FileCommands.h"
 #include "ui/frame/ChildFrm1.h"
@@ -10,14 +11,17 @@
 #include "ui/services/UiServices.h"
 
 #include <QAction>
+#include <QCloseEvent>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -141,7 +145,7 @@ void MDIForm1::runFrameAction(FrameAction action, const QString &caption)
         emit browserCommand(BrowserAction::PrinterSetup);
         return;
     case FrameAction::CloseFrame:
-        hide();
+        close();
         emit returnToBrowserRequested();
         return;
     case FrameAction::NoAction:
@@ -331,19 +335,42 @@ void MDIForm1::onSubWindowClosed()
 void MDIForm1::SetMDIWinSize()
 {
     const settings::ProgramOptions &o = m_state.options;
-    bool okL = false, okT = false, okW = false;
-    const double left = o.frameLeft.toDouble(&okL);
-    const double top = o.frameTop.toDouble(&okT);
-    const double width = o.frameWidth.toDouble(&okW);
-    const double height = o.frameHeight;
-    if (!okL || !okT || !okW || width <= 0 || height <= 0) {
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    const std::optional<QRect> wanted =
+        windowRectFromOptions({o.frameLeft, o.frameTop, o.frameWidth, QString::number(o.frameHeight)}, dpi);
+    if (!wanted) {
         resize(900, 650);
         return;
     }
-    const double dpi = logicalDpiX();
-    const QRect wanted(twipsToPixels(left, dpi), twipsToPixels(top, dpi), twipsToPixels(width, dpi),
-                       twipsToPixels(height, dpi));
-    setGeometry(clampToScreen(wanted, screen() ? screen()->availableGeometry() : QRect()));
+    const QScreen *shownOn = QGuiApplication::screenAt(wanted->center());
+    if (!shownOn)
+        shownOn = screen();
+    setGeometry(clampToScreen(*wanted, shownOn ? shownOn->availableGeometry() : QRect()));
+}
+
+void MDIForm1::storeWindowValues()
+{
+    // The normal place, also while maximized or minimized: that is where the
+    // next start opens the frame.
+    const QRect normal = isMaximized() || isMinimized() || isFullScreen() ? normalGeometry() : geometry();
+    if (!normal.isValid())
+        return;
+    const double dpi = logicalDpiX() > 0 ? logicalDpiX() : 96.0;
+    const WindowGeometryValues values = windowGeometryValues(normal, dpi);
+    settings::ProgramOptions &o = m_state.options;
+    o.frameLeft = values.left;
+    o.frameTop = values.top;
+    o.frameWidth = values.width;
+    o.frameHeight = values.height.toInt();
+}
+
+void MDIForm1::closeEvent(QCloseEvent *event)
+{
+    QMainWindow::closeEvent(event);
+    if (!event->isAccepted())
+        return;
+    storeWindowValues();
+    emit frameClosed();
 }
 
 void MDIForm1::DisableButtons()

@@ -67,7 +67,12 @@ public:
     // active window ends in front.
     void cascadeWindows();
 
+    // Places the frame where options lines 5 to 8 left it (twips), kept on
+    // the screen; unreadable lines leave the default size.
     void SetMDIWinSize();
+    // Copies the frame's normal place and size into options lines 5 to 8.
+    // Runs when the frame closes.
+    void storeWindowValues();
     void DisableButtons();
     void EnableButtons();
     void EnableMDIButtons();
@@ -110,6 +115,12 @@ signals:
     // A command of a document window changed files on disk (renamed, moved,
     // deleted, saved or copied one); the browser refreshes its lists.
     void filesChanged();
+    // The frame closed (its close button, Close in its menu); its place and
+    // size are in the options by then.
+    void frameClosed();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     void runFrameAction(commands::FrameAction action, const QString &caption);
