@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -447,7 +448,9 @@ StoreResult runOne(const StoreLocation &location, bool write, const QString &tex
     return runOne(location, write, text, values, what, [](QSqlQuery &) {});
 }
 
-class SqlEntryCursor : public EntryCursor
+// A listing read a block at a time on one connection and in one transaction
+// (which on SQLite holds a read lock until the cursor goes).
+class SqlEntryCursor
 {
 public:
     SqlEntryCursor(const StoreLocation &location, const QString &groupName, SortKey key)
@@ -459,7 +462,7 @@ public:
             m_atEnd = true;
     }
 
-    bool fetch(int count, QList<FileEntry> *rows) override
+    bool fetch(int count, QList<FileEntry> *rows)
     {
         for (int i = 0; i < count && !m_atEnd; ++i) {
             if (!m_query.next()) {
@@ -473,8 +476,7 @@ public:
         return m_session.result().ok();
     }
 
-    bool atEnd() const override { return m_atEnd; }
-    QString errorString() const override { return m_session.result().error; }
+    bool atEnd() const { return m_atEnd; }
     const StoreResult &result() const { return m_session.result(); }
 
 private:
@@ -755,11 +757,49 @@ QList<FileEntry> OrganizerStore::entries(const QString &groupName, SortKey key, 
     return cursor.result().ok() ? rows : QList<FileEntry>();
 }
 
-std::unique_ptr<EntryCursor> OrganizerStore::openEntries(const QString &groupName, SortKey key, StoreResult *result) const
+QList<qint64> OrganizerStore::entryIds(const QString &groupName, SortKey key, StoreResult *result) const
 {
-    auto cursor = std::make_unique<SqlEntryCursor>(m_location, groupName, key);
-    setResult(result, cursor->result());
-    return cursor;
+    QString text = entriesText(key);
+    text.replace(QStringLiteral("SELECT *"), QStringLiteral("SELECT [ID]"));
+    QList<qint64> ids;
+    const StoreResult r = runOne(m_location, false, text, {groupName}, QStringLiteral("list the group %1").arg(groupName),
+                                 [&](QSqlQuery &q) {
+                                     while (q.next())
+                                         ids << q.value(0).toLongLong();
+                                 });
+    setResult(result, r);
+    return r.ok() ? ids : QList<qint64>();
+}
+
+QList<FileEntry> OrganizerStore::entriesWithIds(const QList<qint64> &ids, StoreResult *result) const
+{
+    setResult(result, {});
+    if (ids.isEmpty())
+        return {};
+    QHash<qint64, FileEntry> byId;
+    QVariantList values;
+    for (qint64 id : ids)
+        values << id;
+    QString marks = QStringLiteral("?");
+    marks += QStringLiteral(", ?").repeated(ids.size() - 1);
+    const StoreResult r = runOne(m_location, false, QStringLiteral("SELECT * FROM [FileTable] WHERE [ID] IN (%1)").arg(marks),
+                                 values, QStringLiteral("read the entries"), [&](QSqlQuery &q) {
+                                     while (q.next()) {
+                                         FileEntry e = entryFromQuery(q);
+                                         byId.insert(e.ID, std::move(e));
+                                     }
+                                 });
+    setResult(result, r);
+    QList<FileEntry> rows;
+    if (!r.ok())
+        return rows;
+    rows.reserve(byId.size());
+    for (qint64 id : ids) {
+        const auto found = byId.constFind(id);
+        if (found != byId.cend())
+            rows << *found;
+    }
+    return rows;
 }
 
 StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const
