@@ -1,6 +1,7 @@
 #include "core/organizer/OrganizerStore.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -9,12 +10,18 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QThread>
 
 #include <atomic>
+#include <cerrno>
+#include <limits>
+#include <optional>
 
 #include <sqlite3.h>
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // Every SQL text below binds its values as parameters. The catalogue once put a
@@ -113,6 +120,25 @@ const SortChoice SortChoices[SortChoiceCount] = {
     {"File Path", std::nullopt},
 };
 
+// How long a writer waits for a compaction by another process to end.
+constexpr qint64 CompactionWaitMs = 10000;
+
+// The device and inode of the file under path, or nothing.
+std::optional<std::pair<dev_t, ino_t>> fileIdentity(const QString &path)
+{
+    struct stat st {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+        return std::nullopt;
+    return std::pair(st.st_dev, st.st_ino);
+}
+
+bool processAlive(qint64 pid)
+{
+    if (pid <= 0 || pid > std::numeric_limits<pid_t>::max())
+        return false;
+    return ::kill(pid_t(pid), 0) == 0 || errno == EPERM;
+}
+
 // One connection for one operation: opened by the constructor, closed and
 // removed by the destructor.
 class Session
@@ -131,6 +157,7 @@ public:
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
             db.setDatabaseName(location.file);
             db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+            m_fileId = fileIdentity(location.file);
             if (!db.open()) {
                 fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 cannot be opened: %2")
                                               .arg(location.file, db.lastError().text()));
@@ -216,11 +243,70 @@ public:
 
     bool begin(bool write)
     {
-        const QString text = (write && m_location.engine == Engine::SQLite) ? QStringLiteral("BEGIN IMMEDIATE")
-                                                                           : QStringLiteral("BEGIN");
-        if (!run(text))
+        if (write && m_location.engine == Engine::SQLite)
+            return beginWrite();
+        if (!run(QStringLiteral("BEGIN")))
             return false;
         m_inTransaction = true;
+        return true;
+    }
+
+    // A write transaction on the file. A compaction marks the catalogue
+    // (with its process ID in the header's user version) before it copies it
+    // and puts the copy in its place by a rename; a write that went into the
+    // file after the copy, or into the old file after the rename, would be
+    // lost. So a writer that finds the mark of a running compaction, or finds
+    // that the file it opened is no longer the one under the name, lets go
+    // and opens the catalogue again until the compaction is over (at most as
+    // long as it would wait for a lock); then it gives up and says so. The
+    // mark of a compaction whose process has died is cleared.
+    bool beginWrite()
+    {
+        QElapsedTimer waited;
+        waited.start();
+        for (;;) {
+            if (!run(QStringLiteral("BEGIN IMMEDIATE")))
+                return false;
+            m_inTransaction = true;
+            QSqlQuery q(db());
+            if (!q.exec(QStringLiteral("PRAGMA user_version")) || !q.next())
+                return fromError(q.lastError(), QStringLiteral("read its header")), false;
+            const qint64 mark = q.value(0).toLongLong();
+            q.finish();
+            const bool sameFile = m_fileId && fileIdentity(m_location.file) == m_fileId;
+            if (sameFile && (mark == 0 || mark == ::getpid()))
+                return true;
+            if (sameFile && !processAlive(mark))
+                return run(QStringLiteral("PRAGMA user_version = 0"));
+            run(QStringLiteral("ROLLBACK"));
+            m_inTransaction = false;
+            if (waited.elapsed() > CompactionWaitMs) {
+                fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 is being compacted; the change "
+                                                         "was not made. Try again in a moment.")
+                                              .arg(m_location.file));
+                return false;
+            }
+            QThread::msleep(20);
+            if (!reopen())
+                return false;
+        }
+    }
+
+    // Opens the file under the catalogue's name again.
+    bool reopen()
+    {
+        QSqlDatabase db = QSqlDatabase::database(m_name, false);
+        db.close();
+        if (!QFileInfo::exists(m_location.file)) {
+            fail(StoreStatus::Missing, QStringLiteral("The organizer database %1 does not exist.").arg(m_location.file));
+            return false;
+        }
+        m_fileId = fileIdentity(m_location.file);
+        if (!db.open()) {
+            fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 cannot be opened: %2")
+                                          .arg(m_location.file, db.lastError().text()));
+            return false;
+        }
         return true;
     }
 
@@ -291,6 +377,7 @@ private:
     QString m_name;
     bool m_open = false;
     bool m_inTransaction = false;
+    std::optional<std::pair<dev_t, ino_t>> m_fileId; // the file as opened (SQLite)
     StoreResult m_result;
 };
 
@@ -975,6 +1062,7 @@ StoreResult OrganizerStore::repair() const
 StoreResult OrganizerStore::compact(const QString &sideFileName) const
 {
     if (m_location.engine == Engine::PostgreSQL) {
+        // VACUUM FULL locks each table while it rewrites it: writers wait.
         Session s(m_location, false);
         if (s.checkTables())
             s.run(QStringLiteral("VACUUM FULL [GroupTable]")) && s.run(QStringLiteral("VACUUM FULL [FileTable]"));
@@ -985,24 +1073,47 @@ StoreResult OrganizerStore::compact(const QString &sideFileName) const
     // An earlier run that failed half-way may have left the side file.
     if (!removeWithJournals(side))
         return {StoreStatus::Failed, QStringLiteral("The old %1 cannot be removed.").arg(side)};
+    // The catalogue is marked as being compacted before it is copied: from
+    // then on writers of other processes wait (see Session::beginWrite), so
+    // that no write lands in the file after the copy is taken or in the old
+    // file after the rename. The mark goes with the old file; the copy's is
+    // cleared before it takes the name.
+    const QString markText = QStringLiteral("PRAGMA user_version = %1").arg(::getpid());
+    auto unmark = [this] {
+        Session s(m_location, false);
+        s.checkTables() && s.begin(true) && s.run(QStringLiteral("PRAGMA user_version = 0")) && s.commit();
+    };
     {
         Session s(m_location, false);
-        if (!s.checkTables())
+        if (!s.checkTables() || !s.begin(true) || !s.run(markText) || !s.commit())
             return s.result();
         QSqlQuery q;
-        if (!s.prepare(q, QStringLiteral("VACUUM INTO ?"), {side}) || !s.exec(q, QStringLiteral("compact it")))
-            return s.result();
+        if (!s.prepare(q, QStringLiteral("VACUUM INTO ?"), {side}) || !s.exec(q, QStringLiteral("compact it"))) {
+            const StoreResult failed = s.result();
+            q = QSqlQuery();
+            unmark();
+            return failed;
+        }
+    }
+    StoreResult failed;
+    {
+        StoreLocation copy = m_location;
+        copy.file = side;
+        Session s(copy, false);
+        if (!s.isOpen() || !s.run(QStringLiteral("PRAGMA user_version = 0")))
+            failed = s.result();
     }
     // The copy reaches the disk before it takes the catalogue's name: a crash
     // at any moment leaves either the old file or the whole new one there.
-    if (!syncFile(side)) {
+    if (failed.ok() && !syncFile(side))
+        failed = {StoreStatus::Failed, QStringLiteral("The compacted copy %1 could not be written.").arg(side)};
+    if (failed.ok()
+        && ::rename(QFile::encodeName(side).constData(), QFile::encodeName(m_location.file).constData()) != 0)
+        failed = {StoreStatus::Failed, QStringLiteral("The compacted copy could not replace %1.").arg(m_location.file)};
+    if (!failed.ok()) {
         removeWithJournals(side);
-        return {StoreStatus::Failed, QStringLiteral("The compacted copy %1 could not be written.").arg(side)};
-    }
-    if (::rename(QFile::encodeName(side).constData(), QFile::encodeName(m_location.file).constData()) != 0) {
-        removeWithJournals(side);
-        return {StoreStatus::Failed,
-                QStringLiteral("The compacted copy could not replace %1.").arg(m_location.file)};
+        unmark();
+        return failed;
     }
     syncFolder(folder);
     return {};
