@@ -108,6 +108,11 @@ for key in id group name type date keyword; do
   row "sorted listing by $key" "$t" "$s"
 done
 
+# What every run above pays before its first row: starting each program.
+t=$(measure "$CLI" group list --home "$WORK/schema")
+s=$(measure sqlite3 "$WORK/schema/FileTabl.MDB" "SELECT COUNT(*) FROM [GroupTable]")
+row "start (an empty catalogue)" "$t" "$s"
+
 t=$(measure "$CLI" group find --name file05 --home "$WORK/tarnby")
 s=$(measure sqlite3 "$WORK/shell/FileTabl.MDB" \
     "SELECT * FROM [FileTable] WHERE [FileName] >= 'file05' ORDER BY [FileName], [ID] LIMIT 1")

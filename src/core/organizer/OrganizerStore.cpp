@@ -12,6 +12,7 @@
 #include <QSqlRecord>
 #include <QThread>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <limits>
@@ -889,6 +890,46 @@ QList<FileEntry> OrganizerStore::entriesWithIds(const QList<qint64> &ids, StoreR
     return rows;
 }
 
+namespace {
+
+// The fields of a row already read into memory (the server's listing).
+class BufferedRow final : public OrganizerStore::RawRow
+{
+public:
+    explicit BufferedRow(const FileEntry &e)
+        : m_fields{QByteArray::number(e.ID),   e.GroupName.toUtf8(), e.FileName.toUtf8(), e.FileLocation.toUtf8(),
+                   e.FileDescription.toUtf8(), e.FileKeyword.toUtf8(), e.FileType.toUtf8(), e.Comments.toUtf8(),
+                   e.Date.toUtf8(),            e.Time.toUtf8(),      e.DateTimeCreated.toUtf8(), e.DateDisp.toUtf8()}
+    {
+    }
+    QByteArrayView field(int index) const override { return m_fields[size_t(index)]; }
+
+private:
+    std::array<QByteArray, 12> m_fields;
+};
+
+// The current row of a statement being stepped: a field's text is taken from
+// the engine only when the reader asks for it, so the fields it does not pass
+// on are never converted.
+class StatementRow final : public OrganizerStore::RawRow
+{
+public:
+    explicit StatementRow(sqlite3_stmt *statement)
+        : m_statement(statement)
+    {
+    }
+    QByteArrayView field(int index) const override
+    {
+        const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, index));
+        return data ? QByteArrayView(data, sqlite3_column_bytes(m_statement, index)) : QByteArrayView("");
+    }
+
+private:
+    sqlite3_stmt *m_statement;
+};
+
+} // namespace
+
 StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const
 {
     if (m_location.engine == Engine::PostgreSQL) {
@@ -899,14 +940,7 @@ StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, 
             if (!cursor.fetch(1024, &rows))
                 break;
             for (const FileEntry &e : std::as_const(rows)) {
-                const QByteArray f[] = {QByteArray::number(e.ID), e.GroupName.toUtf8(), e.FileName.toUtf8(),
-                                        e.FileLocation.toUtf8(), e.FileDescription.toUtf8(), e.FileKeyword.toUtf8(),
-                                        e.FileType.toUtf8(), e.Comments.toUtf8(), e.Date.toUtf8(), e.Time.toUtf8(),
-                                        e.DateTimeCreated.toUtf8(), e.DateDisp.toUtf8()};
-                std::array<QByteArrayView, 12> fields;
-                for (size_t i = 0; i < fields.size(); ++i)
-                    fields[i] = f[i];
-                if (!sink(fields))
+                if (!sink(BufferedRow(e)))
                     return cursor.result();
             }
         }
@@ -936,13 +970,9 @@ StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, 
                                          .arg(m_location.file, groupName, error)};
     }
     int step = SQLITE_ROW;
-    std::array<QByteArrayView, 12> fields;
+    const StatementRow row(statement);
     while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
-        for (int i = 0; i < 12; ++i) {
-            const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(statement, i));
-            fields[size_t(i)] = QByteArrayView(data ? data : "", sqlite3_column_bytes(statement, i));
-        }
-        if (!sink(fields)) {
+        if (!sink(row)) {
             step = SQLITE_DONE;
             break;
         }

@@ -7,7 +7,6 @@
 
 #include <QByteArrayView>
 
-#include <array>
 #include <functional>
 #include <optional>
 
@@ -169,10 +168,19 @@ public:
     // in the meantime is left out.
     QList<FileEntry> entriesWithIds(const QList<qint64> &ids, StoreResult *result = nullptr) const;
     // The same listing for a reader that only passes the text on (the
-    // command line): each row's twelve fields in table order as UTF-8 bytes,
-    // valid during the call. A sink that returns false ends the listing.
-    // Cheaper than entries() by the conversions it leaves out.
-    using RawRowSink = std::function<bool(const std::array<QByteArrayView, 12> &fields)>;
+    // command line): each row's fields in table order as UTF-8 bytes, read
+    // only when asked for and valid during the call. A sink that returns
+    // false ends the listing. Cheaper than entries() by the conversions it
+    // leaves out.
+    class RawRow
+    {
+    public:
+        virtual QByteArrayView field(int index) const = 0; // 0 (ID) to 11 (DateDisp)
+
+    protected:
+        ~RawRow() = default;
+    };
+    using RawRowSink = std::function<bool(const RawRow &row)>;
     StoreResult forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const;
     // The IDs of a table's rows in the order of an index (ties by ID).
     QList<qint64> groupIds(TableOrder order, StoreResult *result = nullptr) const;
