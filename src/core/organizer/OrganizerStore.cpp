@@ -892,20 +892,26 @@ QList<FileEntry> OrganizerStore::entriesWithIds(const QList<qint64> &ids, StoreR
 
 namespace {
 
-// The fields of a row already read into memory (the server's listing).
-class BufferedRow final : public OrganizerStore::RawRow
+// The current row of a forward-only query (the server's listing, streamed
+// by the driver a row at a time): a field is converted only when the reader
+// asks for it.
+class QueryRow final : public OrganizerStore::RawRow
 {
 public:
-    explicit BufferedRow(const FileEntry &e)
-        : m_fields{QByteArray::number(e.ID),   e.GroupName.toUtf8(), e.FileName.toUtf8(), e.FileLocation.toUtf8(),
-                   e.FileDescription.toUtf8(), e.FileKeyword.toUtf8(), e.FileType.toUtf8(), e.Comments.toUtf8(),
-                   e.Date.toUtf8(),            e.Time.toUtf8(),      e.DateTimeCreated.toUtf8(), e.DateDisp.toUtf8()}
+    explicit QueryRow(const QSqlQuery &query)
+        : m_query(query)
     {
     }
-    QByteArrayView field(int index) const override { return m_fields[size_t(index)]; }
+    QByteArrayView field(int index) const override
+    {
+        QByteArray &text = m_fields[size_t(index)];
+        text = m_query.value(index).toString().toUtf8();
+        return text;
+    }
 
 private:
-    std::array<QByteArray, 12> m_fields;
+    const QSqlQuery &m_query;
+    mutable std::array<QByteArray, 12> m_fields;
 };
 
 // The current row of a statement being stepped: a field's text is taken from
@@ -933,18 +939,21 @@ private:
 StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const
 {
     if (m_location.engine == Engine::PostgreSQL) {
-        SqlEntryCursor cursor(m_location, groupName, key);
-        QList<FileEntry> rows;
-        while (!cursor.atEnd()) {
-            rows.clear();
-            if (!cursor.fetch(1024, &rows))
+        Session s(m_location, false);
+        QSqlQuery q;
+        if (!s.checkTables() || !s.begin(false) || !s.prepare(q, entriesText(key), {groupName})
+            || !s.exec(q, QStringLiteral("list the group %1").arg(groupName)))
+            return s.result();
+        const QueryRow row(q);
+        while (q.next()) {
+            if (!sink(row))
                 break;
-            for (const FileEntry &e : std::as_const(rows)) {
-                if (!sink(BufferedRow(e)))
-                    return cursor.result();
-            }
         }
-        return cursor.result();
+        if (q.lastError().isValid())
+            s.fromError(q.lastError(), QStringLiteral("read the entries"));
+        q.finish();
+        s.commit();
+        return s.result();
     }
 
     // On SQLite the rows are stepped through the engine's own interface on
