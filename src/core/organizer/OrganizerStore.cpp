@@ -164,6 +164,9 @@ public:
                                               .arg(location.file, db.lastError().text()));
                 return;
             }
+            // A file that this connection has just made is its own.
+            if (!m_fileId && mayCreate)
+                m_fileId = fileIdentity(location.file);
         } else {
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
             db.setHostName(location.host);
