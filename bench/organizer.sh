@@ -9,6 +9,12 @@
 # bench/README.md.
 #
 #   bench/organizer.sh [BUILD_DIR]
+#   bench/organizer.sh --postgres [BUILD_DIR]
+#
+# With --postgres: the sorted listing on a throw-away PostgreSQL cluster
+# (pg_virtualenv), the catalogue's listing in process against psql running the
+# same statements (whole process: start, connection, rows), and the listing's
+# growth of peak memory beside psql's peak (psql gathers the whole result).
 #
 # Environment: N (100000), PER_FOLDER (1000), CORES (2), BENCH_DIR (/tmp/tarnby-bench).
 set -euo pipefail
@@ -18,8 +24,32 @@ PER_FOLDER=${PER_FOLDER:-1000}
 CORES=${CORES:-2}
 BENCH_DIR=${BENCH_DIR:-/tmp/tarnby-bench}
 HERE=$(cd "$(dirname "$0")" && pwd)
+POSTGRES=0
+if [ "${1:-}" = "--postgres" ]; then POSTGRES=1; shift; fi
 BUILD_DIR=$(cd "${1:-$HERE/../build}" && pwd)
 CLI="$BUILD_DIR/src/cli/tarnby-cli"
+
+if [ "$POSTGRES" = 1 ]; then
+  command -v pg_virtualenv > /dev/null || { echo "pg_virtualenv is not installed (package postgresql-common)"; exit 1; }
+  cmake --build "$BUILD_DIR" --target tarnby-bench-organizer > /dev/null
+  taskset -pc "0-$((CORES - 1))" $$ > /dev/null
+  pg_virtualenv sh -s "$BUILD_DIR/bench/tarnby-bench-organizer" "$N" << 'SH'
+set -e
+"$1" --postgres "$2" > /dev/null # the entries, put in by a first run
+printf '%-32s %7s %7s\n' "seconds" "wall" "cpu"
+"$1" --postgres "$2"
+for key in ID GroupName FileName FileType Date FileKeyword; do
+  order="\"$key\""
+  [ "$key" = ID ] || order="$order, \"ID\""
+  /usr/bin/time -f "%e %U %S %M" -o /tmp/tarnby-psql-time psql -X -q -A -t -F "$(printf '\t')" \
+    -c "SELECT * FROM \"FileTable\" WHERE \"GroupName\" = 'Big' ORDER BY $order" > /dev/null
+  read -r w u s m < /tmp/tarnby-psql-time
+  printf '%-32s %7.3f %7.3f   peak memory %s KiB\n' "psql ORDER BY $key" "$w" "$(echo "$u + $s" | bc -l)" "$m"
+done
+rm -f /tmp/tarnby-psql-time
+SH
+  exit 0
+fi
 
 command -v sqlite3 > /dev/null || { echo "the sqlite3 shell is not installed (package sqlite3)"; exit 1; }
 cmake --build "$BUILD_DIR" --target tarnby-cli tarnby-bench-organizer > /dev/null
@@ -107,6 +137,11 @@ for key in id group name type date keyword; do
       "SELECT * FROM [FileTable] WHERE [GroupName] = 'Big' ORDER BY $order")
   row "sorted listing by $key" "$t" "$s"
 done
+
+# What every run above pays before its first row: starting each program.
+t=$(measure "$CLI" group list --home "$WORK/schema")
+s=$(measure sqlite3 "$WORK/schema/FileTabl.MDB" "SELECT COUNT(*) FROM [GroupTable]")
+row "start (an empty catalogue)" "$t" "$s"
 
 t=$(measure "$CLI" group find --name file05 --home "$WORK/tarnby")
 s=$(measure sqlite3 "$WORK/shell/FileTabl.MDB" \

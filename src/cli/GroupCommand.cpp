@@ -140,16 +140,17 @@ int listFiles(const OrganizerStore &store, const QString &group, SortKey key)
     static constexpr int columns[] = {1, 2, 3, 4, 5, 6, 8, 9, 11};
     QByteArray buffer;
     buffer.reserve(1 << 17);
-    const StoreResult result = store.forEachEntry(group, key, [&](const std::array<QByteArrayView, 12> &fields) {
+    const StoreResult result = store.forEachEntry(group, key, [&](const OrganizerStore::RawRow &row) {
         for (int c : columns) {
-            const QByteArrayView field = fields[size_t(c)];
+            const QByteArrayView field = row.field(c);
             const qsizetype start = buffer.size();
             buffer.append(field);
             // A tab or a line end inside a field would break the row.
+            char *const text = buffer.data();
             for (qsizetype i = start; i < buffer.size(); ++i) {
-                char &ch = buffer.data()[i];
+                const char ch = text[i];
                 if (ch == '\t' || ch == '\n' || ch == '\r')
-                    ch = ' ';
+                    text[i] = ' ';
             }
             buffer.append(c == 11 ? '\n' : '\t');
         }

@@ -5,6 +5,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QThread>
 #include <QTest>
 
 using namespace tarnby::organizer;
@@ -23,6 +28,8 @@ private slots:
     void findNearest_data();
     void findNearest();
     void compactTwiceAndClear();
+    void compactLosesNoConcurrentWrite();
+    void markOfDeadCompactionIsCleared();
     void usageErrors_data();
     void usageErrors();
     void damagedDatabaseIsReported();
@@ -149,6 +156,108 @@ void TestGroupCommand::compactTwiceAndClear()
     QCOMPARE(group({"list"}).out, QByteArray("Trip\t0\n"));
     QVERIFY(!QFile::exists(m_home->filePath("home/Test.MDB")));
     QVERIFY(!QFile::exists(m_home->filePath("home/FileTabl2.MDB")));
+}
+
+void TestGroupCommand::compactLosesNoConcurrentWrite()
+{
+    // A catalogue big enough that each compaction takes a while.
+    m_home->createFolder(QStringLiteral("home"));
+    const OrganizerStore store(StoreLocation::inFolder(m_home->filePath(QStringLiteral("home"))));
+    QVERIFY(store.create().ok());
+    QList<FileEntry> rows;
+    for (int i = 0; i < 5000; ++i) {
+        FileEntry e;
+        e.GroupName = QStringLiteral("Filler");
+        e.FileName = QStringLiteral("file%1.txt").arg(i);
+        e.FileLocation = QStringLiteral("/data/some/folder/deep/down");
+        e.FileDescription = e.FileName + QStringLiteral(" Description");
+        rows << e;
+    }
+    StoreResult r;
+    store.addEntries(rows, &r);
+    QVERIFY2(r.ok(), qPrintable(r.error));
+
+    // A writer in another process adds groups one after another while this
+    // one compacts again and again.
+    const int writes = 40;
+    QProcess writer;
+    writer.start(QStringLiteral("sh"),
+                 {QStringLiteral("-c"),
+                  QStringLiteral("for i in $(seq 1 %1); do \"$0\" group add \"G$i\" --home \"$1\" >/dev/null 2>>\"$1/errors\"; "
+                                 "echo \"$i $?\"; done")
+                      .arg(writes),
+                  qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"),
+                  m_home->filePath(QStringLiteral("home"))});
+    QVERIFY(writer.waitForStarted());
+    int compactions = 0;
+    while (!writer.waitForFinished(0)) {
+        const StoreResult c = store.compact();
+        QVERIFY2(c.ok(), qPrintable(c.error));
+        ++compactions;
+        QThread::msleep(15); // as a person would, now and then
+    }
+    QCOMPARE(writer.exitCode(), 0);
+    QVERIFY(compactions >= 2);
+
+    // Every write that was reported done is in the compacted catalogue; one
+    // that was refused said why.
+    const QStringList groups = store.groupNames(&r);
+    QVERIFY2(r.ok(), qPrintable(r.error));
+    int refused = 0;
+    for (const QByteArray &line : writer.readAllStandardOutput().split('\n')) {
+        const QList<QByteArray> f = line.split(' ');
+        if (f.size() != 2)
+            continue;
+        const QString name = QStringLiteral("G") + QString::fromLatin1(f.at(0));
+        if (f.at(1) == "0")
+            QVERIFY2(groups.contains(name), qPrintable(name + QStringLiteral(" was added but is lost")));
+        else
+            ++refused;
+    }
+    QCOMPARE(groups.size() + refused, writes);
+    if (refused > 0) {
+        QFile errors(m_home->filePath(QStringLiteral("home/errors")));
+        QVERIFY(errors.open(QIODevice::ReadOnly));
+        QVERIFY(errors.readAll().contains("organizer database"));
+    }
+    QCOMPARE(store.entryCount(), 5000);
+    qInfo("%d compactions, %d writes refused", compactions, refused);
+}
+
+void TestGroupCommand::markOfDeadCompactionIsCleared()
+{
+    // A compaction killed after marking the catalogue leaves the mark with
+    // the ID of a process that has gone; the next writer clears it.
+    m_home->createFolder(QStringLiteral("home"));
+    const OrganizerStore store(StoreLocation::inFolder(m_home->filePath(QStringLiteral("home"))));
+    QVERIFY(store.create().ok());
+    QProcess gone;
+    gone.start(QStringLiteral("true"), {});
+    QVERIFY(gone.waitForFinished());
+    const qint64 deadPid = gone.processId() ? gone.processId() : 999999;
+    auto userVersion = [this](const QString &set = {}) {
+        int v = -1;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("peek"));
+            db.setDatabaseName(database());
+            if (db.open()) {
+                QSqlQuery q(db);
+                if (!set.isEmpty())
+                    q.exec(QStringLiteral("PRAGMA user_version = ") + set);
+                if (q.exec(QStringLiteral("PRAGMA user_version")) && q.next())
+                    v = q.value(0).toInt();
+            }
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("peek"));
+        return v;
+    };
+    QCOMPARE(userVersion(QString::number(deadPid)), int(deadPid));
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(group({"add", "After"}).exitCode, 0);
+    QVERIFY(clock.elapsed() < 5000);
+    QCOMPARE(userVersion(), 0);
+    QCOMPARE(store.groupNames(), QStringList{"After"});
 }
 
 void TestGroupCommand::usageErrors_data()

@@ -271,30 +271,41 @@ void TestOrganizerStore::sortedListings()
     QVERIFY2(r.ok(), qPrintable(r.error));
     QCOMPARE(got, names);
 
-    // The cursor gives the same rows block by block.
-    const std::unique_ptr<EntryCursor> cursor = m_store->openEntries(QStringLiteral("Work"), SortKey(key), &r);
+    // The IDs of the listing, then its rows a block at a time, give the same
+    // order.
+    const QList<qint64> ids = m_store->entryIds(QStringLiteral("Work"), SortKey(key), &r);
     QVERIFY(r.ok());
-    QList<FileEntry> rows;
-    while (!cursor->atEnd())
-        QVERIFY(cursor->fetch(3, &rows));
-    QCOMPARE(rows.size(), names.size());
-    QCOMPARE(rows.last().FileName, names.last());
+    QStringList byBlocks;
+    for (qsizetype i = 0; i < ids.size(); i += 3) {
+        for (const FileEntry &e : m_store->entriesWithIds(ids.mid(i, 3), &r))
+            byBlocks << e.FileName;
+        QVERIFY(r.ok());
+    }
+    QCOMPARE(byBlocks, names);
 
     // The plain listing gives the same rows, fields in table order.
     QStringList plain;
-    r = m_store->forEachEntry(QStringLiteral("Work"), SortKey(key), [&](const std::array<QByteArrayView, 12> &f) {
-        plain << QString::fromUtf8(f[2]);
-        return f[1] == QByteArrayView("Work") && f[3] == QByteArrayView("/data");
+    r = m_store->forEachEntry(QStringLiteral("Work"), SortKey(key), [&](const OrganizerStore::RawRow &f) {
+        plain << QString::fromUtf8(f.field(2));
+        return f.field(1) == QByteArrayView("Work") && f.field(3) == QByteArrayView("/data")
+            && f.field(0).toByteArray().toLongLong() > 0;
     });
     QVERIFY2(r.ok(), qPrintable(r.error));
     QCOMPARE(plain, names);
     // A sink that says stop ends the listing.
     plain.clear();
-    m_store->forEachEntry(QStringLiteral("Work"), SortKey(key), [&](const std::array<QByteArrayView, 12> &f) {
-        plain << QString::fromUtf8(f[2]);
+    m_store->forEachEntry(QStringLiteral("Work"), SortKey(key), [&](const OrganizerStore::RawRow &f) {
+        plain << QString::fromUtf8(f.field(2));
         return false;
     });
     QCOMPARE(plain.size(), 1);
+
+    // An ID whose entry has gone is left out of its block.
+    QVERIFY(m_store->deleteEntry(ids.at(1)).ok());
+    QStringList afterDelete;
+    for (const FileEntry &e : m_store->entriesWithIds(ids, &r))
+        afterDelete << e.FileName;
+    QCOMPARE(afterDelete, QStringList(names.mid(0, 1) + names.mid(2)));
 }
 
 void TestOrganizerStore::quoteInGroupName()

@@ -1,3 +1,4 @@
+#include "CliRun.h"
 #include "UiFixture.h"
 
 #include "core/catalogue/FileCatalogue.h"
@@ -15,6 +16,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QLabel>
@@ -51,6 +53,7 @@ private slots:
     void batchMakesGroupOnTheFly();
     void browserHeadersSortAndFilePath();
     void browserFetchesRowsLazily();
+    void browserLetsOtherProcessesWrite();
     void browserSwitchAndSelect();
     void browserWithQuoteInGroupName();
     void findWindows_data();
@@ -350,6 +353,39 @@ void TestOrganizerWindows::browserFetchesRowsLazily()
     QVERIFY(w.showEntry(ids.at(900)));
     QVERIFY(w.entries()->rowCount() > 900);
     QCOMPARE(w.dataControl(0)->caption(), QStringLiteral("Record ID: %1").arg(ids.at(900)));
+}
+
+void TestOrganizerWindows::browserLetsOtherProcessesWrite()
+{
+    store().addGroup(groupMadeOnTheFly(QStringLiteral("Big"), SetTimeStamp()));
+    QList<FileEntry> rows;
+    for (int i = 0; i < 1000; ++i)
+        rows << entry("Big", QStringLiteral("f%1.txt").arg(i, 4, 10, QLatin1Char('0')));
+    const QList<qint64> ids = store().addEntries(rows);
+    tarnby::ui::GrpBrow1 w(m_ui->state, m_ui->services, store());
+    w.show();
+    QVERIFY(w.entries()->canFetchMore({}));
+
+    // The window is open with rows still to read: a writer in a terminal is
+    // not kept waiting (the catalogue's wait for a lock is ten seconds).
+    QElapsedTimer clock;
+    clock.start();
+    const clitest::Run add = clitest::runCli(QStringLiteral("group"), {QStringLiteral("add"), QStringLiteral("Other"),
+                                                                       QStringLiteral("--home"), m_ui->home.path()});
+    QCOMPARE(add.exitCode, 0);
+    QVERIFY2(clock.elapsed() < 5000, qPrintable(QStringLiteral("the writer waited %1 ms").arg(clock.elapsed())));
+    QVERIFY(store().groupNames().contains(QStringLiteral("Other")));
+
+    // An entry that another process deletes before its screen is read is
+    // left out; the rest read on in their order.
+    QVERIFY(store().deleteEntry(ids.at(600)).ok());
+    QVERIFY(w.showEntry(ids.at(900)));
+    QVERIFY(!w.showEntry(ids.at(600)));
+    while (w.entries()->canFetchMore({}))
+        w.entries()->fetchMore({});
+    QCOMPARE(w.entries()->rowCount(), 999);
+    QCOMPARE(w.entries()->entryAt(600)->ID, ids.at(601));
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestOrganizerWindows::browserSwitchAndSelect()

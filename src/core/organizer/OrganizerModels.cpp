@@ -1,6 +1,7 @@
 #include "core/organizer/OrganizerModels.h"
 
 #include <QLocale>
+#include <QSet>
 
 #include <algorithm>
 
@@ -29,13 +30,18 @@ QStringList EntryGridModel::headers()
 bool EntryGridModel::setQuery(const OrganizerStore &store, const QString &group, SortKey key, StoreResult *result)
 {
     beginResetModel();
+    m_store = store;
     m_rows.clear();
     StoreResult r;
-    m_cursor = store.openEntries(group, key, &r);
-    if (!r.ok())
-        m_cursor.reset();
-    else if (!m_cursor->fetch(BlockSize, &m_rows))
-        r = {StoreStatus::Failed, m_cursor->errorString()};
+    m_ids = store.entryIds(group, key, &r);
+    if (r.ok() && !m_ids.isEmpty())
+        m_rows = store.entriesWithIds(m_ids.mid(0, BlockSize), &r);
+    if (!r.ok()) {
+        m_ids.clear();
+        m_rows.clear();
+    }
+    // An entry deleted between the two reads is left out of the listing.
+    dropGone(0, std::min<qsizetype>(BlockSize, m_ids.size()), m_rows);
     endResetModel();
     if (result)
         *result = r;
@@ -45,9 +51,25 @@ bool EntryGridModel::setQuery(const OrganizerStore &store, const QString &group,
 void EntryGridModel::clear()
 {
     beginResetModel();
+    m_ids.clear();
     m_rows.clear();
-    m_cursor.reset();
+    m_store.reset();
     endResetModel();
+}
+
+void EntryGridModel::dropGone(qsizetype from, qsizetype to, const QList<FileEntry> &read)
+{
+    // read holds the rows of m_ids[from, to) that were still there, in their
+    // order: the IDs without a row go out of the listing.
+    if (read.size() == to - from)
+        return;
+    QSet<qint64> present;
+    for (const FileEntry &e : read)
+        present.insert(e.ID);
+    for (qsizetype i = to - 1; i >= from; --i) {
+        if (!present.contains(m_ids.at(i)))
+            m_ids.removeAt(i);
+    }
 }
 
 const FileEntry *EntryGridModel::entryAt(int row) const
@@ -57,16 +79,15 @@ const FileEntry *EntryGridModel::entryAt(int row) const
 
 int EntryGridModel::rowForId(qint64 id)
 {
-    for (int row = 0;; ++row) {
-        if (row == m_rows.size()) {
-            if (!canFetchMore({}))
-                return -1;
-            fetchMore({});
-            if (row == m_rows.size())
-                return -1;
-        }
-        if (m_rows.at(row).ID == id)
-            return row;
+    for (;;) {
+        const qsizetype at = m_ids.indexOf(id);
+        if (at < 0)
+            return -1;
+        if (at < m_rows.size())
+            return int(at);
+        if (!canFetchMore({}))
+            return -1;
+        fetchMore({});
     }
 }
 
@@ -111,17 +132,23 @@ QVariant EntryGridModel::headerData(int section, Qt::Orientation orientation, in
 
 bool EntryGridModel::canFetchMore(const QModelIndex &parent) const
 {
-    return !parent.isValid() && m_cursor && !m_cursor->atEnd();
+    return !parent.isValid() && m_store && m_rows.size() < m_ids.size();
 }
 
 void EntryGridModel::fetchMore(const QModelIndex &parent)
 {
     if (!canFetchMore(parent))
         return;
-    QList<FileEntry> more;
-    m_cursor->fetch(BlockSize, &more);
-    if (m_cursor->atEnd())
-        m_cursor.reset(); // lets go of the catalogue once every row is in
+    const qsizetype from = m_rows.size();
+    const qsizetype to = std::min<qsizetype>(from + BlockSize, m_ids.size());
+    StoreResult r;
+    QList<FileEntry> more = m_store->entriesWithIds(m_ids.mid(from, to - from), &r);
+    if (!r.ok()) {
+        // The catalogue cannot be read now: the listing ends where it is.
+        m_ids.resize(from);
+        return;
+    }
+    dropGone(from, to, more);
     if (more.isEmpty())
         return;
     beginInsertRows({}, int(m_rows.size()), int(m_rows.size() + more.size() - 1));

@@ -4,7 +4,7 @@
 
 #include <QAbstractTableModel>
 
-#include <memory>
+#include <optional>
 
 // The two grids of the group browser as item models, and the record position
 // text of the organizer's data controls.
@@ -14,10 +14,13 @@ namespace tarnby::organizer {
 // "Record %Position: " + the percent position with two decimals + " %".
 QString recordPositionCaption(int position, int count);
 
-// The entries of one group in the order of a key. Rows are read from the
-// catalogue a block at a time as the view asks for them (canFetchMore /
-// fetchMore), so that a group of a hundred thousand entries opens as fast as
-// one of ten. The row header shows each entry's ID.
+// The entries of one group in the order of a key. The IDs of the whole
+// listing are read when the query runs; the rows themselves a block at a time
+// as the view asks for them (canFetchMore / fetchMore), so that a group of a
+// hundred thousand entries opens about as fast as one of ten. Every read is a
+// short call of its own: between screens the model holds nothing open in the
+// catalogue, and writers of other processes go on undisturbed. The row header
+// shows each entry's ID.
 class EntryGridModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -49,8 +52,11 @@ public:
     void fetchMore(const QModelIndex &parent) override;
 
 private:
-    QList<FileEntry> m_rows;
-    std::unique_ptr<EntryCursor> m_cursor;
+    void dropGone(qsizetype from, qsizetype to, const QList<FileEntry> &read);
+
+    std::optional<OrganizerStore> m_store;
+    QList<qint64> m_ids; // the whole listing, in order
+    QList<FileEntry> m_rows; // the rows of the first m_rows.size() IDs
 };
 
 // GroupTable in the order of its "GroupName" index: name, description and

@@ -1,19 +1,28 @@
 #include "core/organizer/OrganizerStore.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSqlDatabase>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QThread>
 
+#include <array>
 #include <atomic>
+#include <cerrno>
+#include <limits>
+#include <optional>
 
 #include <sqlite3.h>
 
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // Every SQL text below binds its values as parameters. The catalogue once put a
@@ -112,6 +121,25 @@ const SortChoice SortChoices[SortChoiceCount] = {
     {"File Path", std::nullopt},
 };
 
+// How long a writer waits for a compaction by another process to end.
+constexpr qint64 CompactionWaitMs = 10000;
+
+// The device and inode of the file under path, or nothing.
+std::optional<std::pair<dev_t, ino_t>> fileIdentity(const QString &path)
+{
+    struct stat st {};
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+        return std::nullopt;
+    return std::pair(st.st_dev, st.st_ino);
+}
+
+bool processAlive(qint64 pid)
+{
+    if (pid <= 0 || pid > std::numeric_limits<pid_t>::max())
+        return false;
+    return ::kill(pid_t(pid), 0) == 0 || errno == EPERM;
+}
+
 // One connection for one operation: opened by the constructor, closed and
 // removed by the destructor.
 class Session
@@ -130,11 +158,15 @@ public:
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
             db.setDatabaseName(location.file);
             db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+            m_fileId = fileIdentity(location.file);
             if (!db.open()) {
                 fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 cannot be opened: %2")
                                               .arg(location.file, db.lastError().text()));
                 return;
             }
+            // A file that this connection has just made is its own.
+            if (!m_fileId && mayCreate)
+                m_fileId = fileIdentity(location.file);
         } else {
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
             db.setHostName(location.host);
@@ -215,11 +247,70 @@ public:
 
     bool begin(bool write)
     {
-        const QString text = (write && m_location.engine == Engine::SQLite) ? QStringLiteral("BEGIN IMMEDIATE")
-                                                                           : QStringLiteral("BEGIN");
-        if (!run(text))
+        if (write && m_location.engine == Engine::SQLite)
+            return beginWrite();
+        if (!run(QStringLiteral("BEGIN")))
             return false;
         m_inTransaction = true;
+        return true;
+    }
+
+    // A write transaction on the file. A compaction marks the catalogue
+    // (with its process ID in the header's user version) before it copies it
+    // and puts the copy in its place by a rename; a write that went into the
+    // file after the copy, or into the old file after the rename, would be
+    // lost. So a writer that finds the mark of a running compaction, or finds
+    // that the file it opened is no longer the one under the name, lets go
+    // and opens the catalogue again until the compaction is over (at most as
+    // long as it would wait for a lock); then it gives up and says so. The
+    // mark of a compaction whose process has died is cleared.
+    bool beginWrite()
+    {
+        QElapsedTimer waited;
+        waited.start();
+        for (;;) {
+            if (!run(QStringLiteral("BEGIN IMMEDIATE")))
+                return false;
+            m_inTransaction = true;
+            QSqlQuery q(db());
+            if (!q.exec(QStringLiteral("PRAGMA user_version")) || !q.next())
+                return fromError(q.lastError(), QStringLiteral("read its header")), false;
+            const qint64 mark = q.value(0).toLongLong();
+            q.finish();
+            const bool sameFile = m_fileId && fileIdentity(m_location.file) == m_fileId;
+            if (sameFile && (mark == 0 || mark == ::getpid()))
+                return true;
+            if (sameFile && !processAlive(mark))
+                return run(QStringLiteral("PRAGMA user_version = 0"));
+            run(QStringLiteral("ROLLBACK"));
+            m_inTransaction = false;
+            if (waited.elapsed() > CompactionWaitMs) {
+                fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 is being compacted; the change "
+                                                         "was not made. Try again in a moment.")
+                                              .arg(m_location.file));
+                return false;
+            }
+            QThread::msleep(20);
+            if (!reopen())
+                return false;
+        }
+    }
+
+    // Opens the file under the catalogue's name again.
+    bool reopen()
+    {
+        QSqlDatabase db = QSqlDatabase::database(m_name, false);
+        db.close();
+        if (!QFileInfo::exists(m_location.file)) {
+            fail(StoreStatus::Missing, QStringLiteral("The organizer database %1 does not exist.").arg(m_location.file));
+            return false;
+        }
+        m_fileId = fileIdentity(m_location.file);
+        if (!db.open()) {
+            fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 cannot be opened: %2")
+                                          .arg(m_location.file, db.lastError().text()));
+            return false;
+        }
         return true;
     }
 
@@ -290,6 +381,7 @@ private:
     QString m_name;
     bool m_open = false;
     bool m_inTransaction = false;
+    std::optional<std::pair<dev_t, ino_t>> m_fileId; // the file as opened (SQLite)
     StoreResult m_result;
 };
 
@@ -447,7 +539,9 @@ StoreResult runOne(const StoreLocation &location, bool write, const QString &tex
     return runOne(location, write, text, values, what, [](QSqlQuery &) {});
 }
 
-class SqlEntryCursor : public EntryCursor
+// A listing read a block at a time on one connection and in one transaction
+// (which on SQLite holds a read lock until the cursor goes).
+class SqlEntryCursor
 {
 public:
     SqlEntryCursor(const StoreLocation &location, const QString &groupName, SortKey key)
@@ -459,7 +553,7 @@ public:
             m_atEnd = true;
     }
 
-    bool fetch(int count, QList<FileEntry> *rows) override
+    bool fetch(int count, QList<FileEntry> *rows)
     {
         for (int i = 0; i < count && !m_atEnd; ++i) {
             if (!m_query.next()) {
@@ -473,8 +567,7 @@ public:
         return m_session.result().ok();
     }
 
-    bool atEnd() const override { return m_atEnd; }
-    QString errorString() const override { return m_session.result().error; }
+    bool atEnd() const { return m_atEnd; }
     const StoreResult &result() const { return m_session.result(); }
 
 private:
@@ -755,35 +848,115 @@ QList<FileEntry> OrganizerStore::entries(const QString &groupName, SortKey key, 
     return cursor.result().ok() ? rows : QList<FileEntry>();
 }
 
-std::unique_ptr<EntryCursor> OrganizerStore::openEntries(const QString &groupName, SortKey key, StoreResult *result) const
+QList<qint64> OrganizerStore::entryIds(const QString &groupName, SortKey key, StoreResult *result) const
 {
-    auto cursor = std::make_unique<SqlEntryCursor>(m_location, groupName, key);
-    setResult(result, cursor->result());
-    return cursor;
+    QString text = entriesText(key);
+    text.replace(QStringLiteral("SELECT *"), QStringLiteral("SELECT [ID]"));
+    QList<qint64> ids;
+    const StoreResult r = runOne(m_location, false, text, {groupName}, QStringLiteral("list the group %1").arg(groupName),
+                                 [&](QSqlQuery &q) {
+                                     while (q.next())
+                                         ids << q.value(0).toLongLong();
+                                 });
+    setResult(result, r);
+    return r.ok() ? ids : QList<qint64>();
 }
+
+QList<FileEntry> OrganizerStore::entriesWithIds(const QList<qint64> &ids, StoreResult *result) const
+{
+    setResult(result, {});
+    if (ids.isEmpty())
+        return {};
+    QHash<qint64, FileEntry> byId;
+    QVariantList values;
+    for (qint64 id : ids)
+        values << id;
+    QString marks = QStringLiteral("?");
+    marks += QStringLiteral(", ?").repeated(ids.size() - 1);
+    const StoreResult r = runOne(m_location, false, QStringLiteral("SELECT * FROM [FileTable] WHERE [ID] IN (%1)").arg(marks),
+                                 values, QStringLiteral("read the entries"), [&](QSqlQuery &q) {
+                                     while (q.next()) {
+                                         FileEntry e = entryFromQuery(q);
+                                         byId.insert(e.ID, std::move(e));
+                                     }
+                                 });
+    setResult(result, r);
+    QList<FileEntry> rows;
+    if (!r.ok())
+        return rows;
+    rows.reserve(byId.size());
+    for (qint64 id : ids) {
+        const auto found = byId.constFind(id);
+        if (found != byId.cend())
+            rows << *found;
+    }
+    return rows;
+}
+
+namespace {
+
+// The current row of a forward-only query (the server's listing, streamed
+// by the driver a row at a time): a field is converted only when the reader
+// asks for it.
+class QueryRow final : public OrganizerStore::RawRow
+{
+public:
+    explicit QueryRow(const QSqlQuery &query)
+        : m_query(query)
+    {
+    }
+    QByteArrayView field(int index) const override
+    {
+        QByteArray &text = m_fields[size_t(index)];
+        text = m_query.value(index).toString().toUtf8();
+        return text;
+    }
+
+private:
+    const QSqlQuery &m_query;
+    mutable std::array<QByteArray, 12> m_fields;
+};
+
+// The current row of a statement being stepped: a field's text is taken from
+// the engine only when the reader asks for it, so the fields it does not pass
+// on are never converted.
+class StatementRow final : public OrganizerStore::RawRow
+{
+public:
+    explicit StatementRow(sqlite3_stmt *statement)
+        : m_statement(statement)
+    {
+    }
+    QByteArrayView field(int index) const override
+    {
+        const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_statement, index));
+        return data ? QByteArrayView(data, sqlite3_column_bytes(m_statement, index)) : QByteArrayView("");
+    }
+
+private:
+    sqlite3_stmt *m_statement;
+};
+
+} // namespace
 
 StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const
 {
     if (m_location.engine == Engine::PostgreSQL) {
-        SqlEntryCursor cursor(m_location, groupName, key);
-        QList<FileEntry> rows;
-        while (!cursor.atEnd()) {
-            rows.clear();
-            if (!cursor.fetch(1024, &rows))
+        Session s(m_location, false);
+        QSqlQuery q;
+        if (!s.checkTables() || !s.begin(false) || !s.prepare(q, entriesText(key), {groupName})
+            || !s.exec(q, QStringLiteral("list the group %1").arg(groupName)))
+            return s.result();
+        const QueryRow row(q);
+        while (q.next()) {
+            if (!sink(row))
                 break;
-            for (const FileEntry &e : std::as_const(rows)) {
-                const QByteArray f[] = {QByteArray::number(e.ID), e.GroupName.toUtf8(), e.FileName.toUtf8(),
-                                        e.FileLocation.toUtf8(), e.FileDescription.toUtf8(), e.FileKeyword.toUtf8(),
-                                        e.FileType.toUtf8(), e.Comments.toUtf8(), e.Date.toUtf8(), e.Time.toUtf8(),
-                                        e.DateTimeCreated.toUtf8(), e.DateDisp.toUtf8()};
-                std::array<QByteArrayView, 12> fields;
-                for (size_t i = 0; i < fields.size(); ++i)
-                    fields[i] = f[i];
-                if (!sink(fields))
-                    return cursor.result();
-            }
         }
-        return cursor.result();
+        if (q.lastError().isValid())
+            s.fromError(q.lastError(), QStringLiteral("read the entries"));
+        q.finish();
+        s.commit();
+        return s.result();
     }
 
     // On SQLite the rows are stepped through the engine's own interface on
@@ -809,13 +982,9 @@ StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, 
                                          .arg(m_location.file, groupName, error)};
     }
     int step = SQLITE_ROW;
-    std::array<QByteArrayView, 12> fields;
+    const StatementRow row(statement);
     while ((step = sqlite3_step(statement)) == SQLITE_ROW) {
-        for (int i = 0; i < 12; ++i) {
-            const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(statement, i));
-            fields[size_t(i)] = QByteArrayView(data ? data : "", sqlite3_column_bytes(statement, i));
-        }
-        if (!sink(fields)) {
+        if (!sink(row)) {
             step = SQLITE_DONE;
             break;
         }
@@ -935,6 +1104,7 @@ StoreResult OrganizerStore::repair() const
 StoreResult OrganizerStore::compact(const QString &sideFileName) const
 {
     if (m_location.engine == Engine::PostgreSQL) {
+        // VACUUM FULL locks each table while it rewrites it: writers wait.
         Session s(m_location, false);
         if (s.checkTables())
             s.run(QStringLiteral("VACUUM FULL [GroupTable]")) && s.run(QStringLiteral("VACUUM FULL [FileTable]"));
@@ -945,24 +1115,47 @@ StoreResult OrganizerStore::compact(const QString &sideFileName) const
     // An earlier run that failed half-way may have left the side file.
     if (!removeWithJournals(side))
         return {StoreStatus::Failed, QStringLiteral("The old %1 cannot be removed.").arg(side)};
+    // The catalogue is marked as being compacted before it is copied: from
+    // then on writers of other processes wait (see Session::beginWrite), so
+    // that no write lands in the file after the copy is taken or in the old
+    // file after the rename. The mark goes with the old file; the copy's is
+    // cleared before it takes the name.
+    const QString markText = QStringLiteral("PRAGMA user_version = %1").arg(::getpid());
+    auto unmark = [this] {
+        Session s(m_location, false);
+        s.checkTables() && s.begin(true) && s.run(QStringLiteral("PRAGMA user_version = 0")) && s.commit();
+    };
     {
         Session s(m_location, false);
-        if (!s.checkTables())
+        if (!s.checkTables() || !s.begin(true) || !s.run(markText) || !s.commit())
             return s.result();
         QSqlQuery q;
-        if (!s.prepare(q, QStringLiteral("VACUUM INTO ?"), {side}) || !s.exec(q, QStringLiteral("compact it")))
-            return s.result();
+        if (!s.prepare(q, QStringLiteral("VACUUM INTO ?"), {side}) || !s.exec(q, QStringLiteral("compact it"))) {
+            const StoreResult failed = s.result();
+            q = QSqlQuery();
+            unmark();
+            return failed;
+        }
+    }
+    StoreResult failed;
+    {
+        StoreLocation copy = m_location;
+        copy.file = side;
+        Session s(copy, false);
+        if (!s.isOpen() || !s.run(QStringLiteral("PRAGMA user_version = 0")))
+            failed = s.result();
     }
     // The copy reaches the disk before it takes the catalogue's name: a crash
     // at any moment leaves either the old file or the whole new one there.
-    if (!syncFile(side)) {
+    if (failed.ok() && !syncFile(side))
+        failed = {StoreStatus::Failed, QStringLiteral("The compacted copy %1 could not be written.").arg(side)};
+    if (failed.ok()
+        && ::rename(QFile::encodeName(side).constData(), QFile::encodeName(m_location.file).constData()) != 0)
+        failed = {StoreStatus::Failed, QStringLiteral("The compacted copy could not replace %1.").arg(m_location.file)};
+    if (!failed.ok()) {
         removeWithJournals(side);
-        return {StoreStatus::Failed, QStringLiteral("The compacted copy %1 could not be written.").arg(side)};
-    }
-    if (::rename(QFile::encodeName(side).constData(), QFile::encodeName(m_location.file).constData()) != 0) {
-        removeWithJournals(side);
-        return {StoreStatus::Failed,
-                QStringLiteral("The compacted copy could not replace %1.").arg(m_location.file)};
+        unmark();
+        return failed;
     }
     syncFolder(folder);
     return {};

@@ -7,9 +7,7 @@
 
 #include <QByteArrayView>
 
-#include <array>
 #include <functional>
-#include <memory>
 #include <optional>
 
 // The organizer's catalogue: the groups of files and their entries, kept in
@@ -18,9 +16,9 @@
 // SQL texts serve both.
 //
 // Every operation opens the catalogue, does its work in one transaction and
-// closes it again; nothing stays open between calls except the cursors of
-// openEntries(), which hold their connection until they are destroyed. Use a
-// store from one thread at a time. Errors come back as values; nothing here
+// closes it again; nothing stays open between calls, so a window that shows
+// the catalogue never keeps a writer of another process waiting. Use a store
+// from one thread at a time. Errors come back as values; nothing here
 // shows a message.
 namespace tarnby::organizer {
 
@@ -118,19 +116,6 @@ struct GroupCount {
     qint64 entries = 0;
 };
 
-// A group's entries read a block at a time, in the order asked for. Holds its
-// connection (and, on SQLite, a read lock that keeps writers of other
-// processes waiting) until it is destroyed.
-class EntryCursor
-{
-public:
-    virtual ~EntryCursor() = default;
-    // Appends up to count further rows to rows; false when a read fails.
-    virtual bool fetch(int count, QList<FileEntry> *rows) = 0;
-    virtual bool atEnd() const = 0;
-    virtual QString errorString() const = 0;
-};
-
 class OrganizerStore
 {
 public:
@@ -175,12 +160,27 @@ public:
     // The entries of one group, in the order of key (ties in the order they
     // were added).
     QList<FileEntry> entries(const QString &groupName, SortKey key, StoreResult *result = nullptr) const;
-    std::unique_ptr<EntryCursor> openEntries(const QString &groupName, SortKey key, StoreResult *result = nullptr) const;
+    // The same listing in two steps, for a reader that shows it a screen at a
+    // time: the IDs of the whole listing in their order, then the rows of
+    // some of them, read when they are wanted. Each is a call of its own.
+    QList<qint64> entryIds(const QString &groupName, SortKey key, StoreResult *result = nullptr) const;
+    // The entries with ids, in the order of ids; an ID whose entry has gone
+    // in the meantime is left out.
+    QList<FileEntry> entriesWithIds(const QList<qint64> &ids, StoreResult *result = nullptr) const;
     // The same listing for a reader that only passes the text on (the
-    // command line): each row's twelve fields in table order as UTF-8 bytes,
-    // valid during the call. A sink that returns false ends the listing.
-    // Cheaper than entries() by the conversions it leaves out.
-    using RawRowSink = std::function<bool(const std::array<QByteArrayView, 12> &fields)>;
+    // command line): each row's fields in table order as UTF-8 bytes, read
+    // only when asked for and valid during the call. A sink that returns
+    // false ends the listing. Cheaper than entries() by the conversions it
+    // leaves out.
+    class RawRow
+    {
+    public:
+        virtual QByteArrayView field(int index) const = 0; // 0 (ID) to 11 (DateDisp)
+
+    protected:
+        ~RawRow() = default;
+    };
+    using RawRowSink = std::function<bool(const RawRow &row)>;
     StoreResult forEachEntry(const QString &groupName, SortKey key, const RawRowSink &sink) const;
     // The IDs of a table's rows in the order of an index (ties by ID).
     QList<qint64> groupIds(TableOrder order, StoreResult *result = nullptr) const;

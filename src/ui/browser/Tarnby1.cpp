@@ -1296,6 +1296,7 @@ void Tarnby1::openOrganizer(BrowserAction action)
             return files;
         }, this);
         m_batch->setAttribute(Qt::WA_DeleteOnClose);
+        m_batch->setSearchRunning(m_searchRunning);
         help(m_batch.data());
         connect(m_batch, &GrpBatch1::findNextRequested, this, &Tarnby1::FindNext);
         m_batch->show();
@@ -1372,6 +1373,8 @@ void Tarnby1::FindFileRoutine()
     if (m_quickHiddenBySearch)
         m_quick->hide();
     m_searchRunning = true;
+    if (m_batch)
+        m_batch->setSearchRunning(true);
     m_escape->setEnabled(true);
     m_state.cancelFlag = false;
     m_bar->setEnabled(commands::keys::StopBtn, true);
@@ -1417,6 +1420,8 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
 {
     using search::SearchOutcome;
     m_searchRunning = false;
+    if (m_batch)
+        m_batch->setSearchRunning(false);
     m_escape->setEnabled(false);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     if (m_quickHiddenBySearch && m_quick)

@@ -38,7 +38,7 @@ GrpBatch1::GrpBatch1(AppState &state, UiServices &services, const OrganizerStore
     m_group->setToolTip(QStringLiteral("Select Group to set Files when processing. (Group can be reselected between OK clicks)"));
     m_skip = new QCheckBox(QStringLiteral("Skip Adding Files and go to next Folder"), this);
     m_skip->setObjectName(QStringLiteral("CHKSKIP"));
-    auto *ok = new QPushButton(QStringLiteral("OK"), this);
+    auto *ok = m_ok = new QPushButton(QStringLiteral("OK"), this);
     ok->setObjectName(QStringLiteral("OKBtn"));
     ok->setToolTip(QStringLiteral("Select Files in Folder to Add to Group"));
     auto *cancel = new QPushButton(QStringLiteral("Cancel"), this);
@@ -71,8 +71,16 @@ GrpBatch1::GrpBatch1(AppState &state, UiServices &services, const OrganizerStore
     m_group->setCurrentIndex(0);
 }
 
+void GrpBatch1::setSearchRunning(bool running)
+{
+    m_searchRunning = running;
+    m_ok->setEnabled(!running);
+}
+
 void GrpBatch1::okClicked()
 {
+    if (m_searchRunning)
+        return;
     if (!m_skip->isChecked()) {
         const QString group = m_group->currentText();
         const FolderFiles files = m_source ? m_source() : FolderFiles{};

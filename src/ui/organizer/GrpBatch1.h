@@ -8,6 +8,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QPushButton;
 
 namespace tarnby {
 class AppState;
@@ -37,6 +38,9 @@ public:
 
     QComboBox *groupBox() const { return m_group; }
     QCheckBox *skipBox() const { return m_skip; }
+    // While the search walks, the list shows whatever folder it passes
+    // through: OK waits (disabled) until the walk has stopped on a folder.
+    void setSearchRunning(bool running);
     void okClicked();
 
 signals:
@@ -49,6 +53,8 @@ private:
     FolderSource m_source;
     QComboBox *m_group = nullptr;
     QCheckBox *m_skip = nullptr;
+    QPushButton *m_ok = nullptr;
+    bool m_searchRunning = false;
 };
 
 } // namespace tarnby::ui
