@@ -4,6 +4,8 @@
 #include "core/viewer/Document.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/edit/AddShape1.h"
+#include "ui/edit/AddText1.h"
 #include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/frame/CommandBar.h"
@@ -14,10 +16,13 @@
 #include <QDoubleSpinBox>
 #include <QSpinBox>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTimer>
 #include <QSignalSpy>
+#include <QFontMetricsF>
 #include <QTest>
 
 using namespace tarnby;
@@ -209,6 +214,122 @@ private slots:
         QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Do You want to Save Changes to the Picture - edit.png ?"});
         QCOMPARE(QImage(target).convertToFormat(QImage::Format_RGB32), edit::reverse(pattern()));
         QTRY_VERIFY(!guard);
+    }
+
+    // The Image menu's text and shape commands: the dialog opens with the
+    // frame's commands checked; OK leaves the overlay waiting; the release of
+    // the mouse over the picture draws it there, marks the picture changed,
+    // clears the checks and can be undone.
+    void overlayPlacedOnRelease_data()
+    {
+        QTest::addColumn<bool>("shape");
+        QTest::newRow("text") << false;
+        QTest::newRow("shape") << true;
+    }
+    void overlayPlacedOnRelease()
+    {
+        QFETCH(bool, shape);
+        const QString menuKey = shape ? "ID_mnuAddShapestoPictures" : "ID_mnuAddTexttoPictures";
+        const QString buttonKey = shape ? "ID_ShapesBtn" : "ID_FontBtn";
+        auto *view = m_window->findChild<PictureDocumentView *>();
+        auto *pictureView = m_window->findChild<PictureView *>();
+        QVERIFY(view && pictureView);
+        const QImage original = m_window->document()->picture().image();
+        int opened = 0;
+        bool checkedWhileOpen = false;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            QDialog *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            ++opened;
+            checkedWhileOpen = m_frame->commandBar()->isChecked(menuKey) && m_frame->commandBar()->isChecked(buttonKey);
+            if (auto *text = qobject_cast<AddText1 *>(dialog)) {
+                text->text()->setText(QString());
+                text->styles()->setCurrentRow(7); // TEXTSTYLE_NORMAL
+                text->findChild<QCheckBox *>("CHKRECTANGLE")->setChecked(true);
+            } else if (auto *shapes = qobject_cast<AddShape1 *>(dialog)) {
+                shapes->shapes()->setCurrentRow(63); // SQUARE
+                shapes->sizeBox(0)->setText("4");   // 14 by 14
+                shapes->sizeBox(1)->setText("4");
+                shapes->outerOption(2)->setChecked(true);
+                shapes->innerOption(2)->setChecked(true);
+            }
+            dialog->findChild<QPushButton *>("OKBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick(menuKey);
+        answer.stop();
+        QCOMPARE(opened, 1);
+        QVERIFY(checkedWhileOpen);
+        QVERIFY(view->DRAW_NOW_FLG);
+        QCOMPARE(pictureView->viewport()->cursor().shape(), Qt::CrossCursor);
+        QCOMPARE(m_window->document()->picture().image(), original); // nothing drawn yet
+        view->TEXTRECTANGLE_COLOR = qRgb(255, 0, 255);
+        view->SHAPE_COLOR = qRgb(0, 0, 255);
+        view->SHAPEBORDER_COLOR = qRgb(0, 0, 255);
+
+        // A release over the picture places it, its top left at the point.
+        QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(3, 2));
+        const QImage drawn = m_window->document()->picture().image();
+        QVERIFY(m_window->document()->isModified());
+        QVERIFY(!view->DRAW_NOW_FLG);
+        QVERIFY(!view->PLACETEXT_FLG && !view->PLACEOBJECT_FLG);
+        QVERIFY(!m_frame->commandBar()->isChecked(menuKey));
+        QVERIFY(!m_frame->commandBar()->isChecked(buttonKey));
+        QVERIFY(pictureView->viewport()->cursor().shape() != Qt::CrossCursor);
+        if (shape) {
+            QCOMPARE(drawn.pixel(10, 9), qRgb(0, 0, 255)); // inside the 14-pixel square
+            QCOMPARE(drawn.pixel(30, 25), original.pixel(30, 25));
+            QCOMPARE(drawn.pixel(1, 1), original.pixel(1, 1));
+        } else {
+            // An empty text: a rectangle 100 wide (past the picture's edge)
+            // and the font's height plus 50 tall.
+            const int height = int(QFontMetricsF(view->textFont()).height()) + 50;
+            QCOMPARE(drawn.pixel(44, 2), qRgb(255, 0, 255));
+            QCOMPARE(drawn.pixel(3, std::min(30, height)), qRgb(255, 0, 255));
+            QCOMPARE(drawn.pixel(2, 1), original.pixel(2, 1));
+        }
+        // A second release draws nothing more.
+        QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(30, 20));
+        QCOMPARE(m_window->document()->picture().image(), drawn);
+        view->undo();
+        QCOMPARE(m_window->document()->picture().image(), original);
+        view->redo();
+        QCOMPARE(m_window->document()->picture().image(), drawn);
+    }
+
+    // Cancel clears the frame's checks without the click this raises
+    // opening the dialog again; a release afterwards draws nothing.
+    void overlayCancelled_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::newRow("text") << "ID_FontBtn";
+        QTest::newRow("shape") << "ID_ShapesBtn";
+    }
+    void overlayCancelled()
+    {
+        QFETCH(QString, key);
+        int opened = 0;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
+                ++opened;
+                dialog->findChild<QPushButton *>("CancelBtn")->click();
+            }
+        });
+        answer.start();
+        m_frame->toolClick(key);
+        QTest::qWait(100);
+        answer.stop();
+        QCOMPARE(opened, 1);
+        QVERIFY(!m_frame->commandBar()->isChecked(key));
+        auto *pictureView = m_window->findChild<PictureView *>();
+        QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
+        QCOMPARE(m_window->document()->picture().image(), pattern());
+        QVERIFY(!m_window->document()->isModified());
     }
 
 private:

@@ -5,6 +5,9 @@
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
 #include "core/viewer/SaveChoices.h"
+#include "core/catalogue/CommandKeys.h"
+#include "ui/edit/AddShape1.h"
+#include "ui/edit/AddText1.h"
 #include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
@@ -35,6 +38,10 @@ PictureDocumentView::PictureDocumentView(viewer::Document &document, UiServices 
     m_image = new PictureView(this);
     m_image->setFrameShape(QFrame::NoFrame);
     m_image->hide();
+    connect(m_image, &PictureView::releasedOnPicture, this, &PictureDocumentView::placeOverlay);
+    // A fresh window writes in the application's font.
+    TEXT_FONT = QApplication::font().family();
+    TEXT_FONT_SIZE = float(QApplication::font().pointSizeF());
 
     m_timer = new QTimer(this);
     m_timer->setObjectName(QStringLiteral("Timer1"));
@@ -112,6 +119,9 @@ viewer::StatusPanels PictureDocumentView::statusPanels() const
 void PictureDocumentView::activate()
 {
     applySteps(m_modes.activationChecks());
+    // The frame shows this window's own waiting text or shape.
+    setOverlayChecks(false, DRAW_NOW_FLG && DRAWMENU == edit::DrawMenuText);
+    setOverlayChecks(true, DRAW_NOW_FLG && DRAWMENU == edit::DrawMenuShape);
 }
 
 void PictureDocumentView::closing()
@@ -425,6 +435,85 @@ void PictureDocumentView::showEditedPicture(imaging::Picture picture)
         viewNormal();
     if (m_pan && m_pan->isVisible())
         m_pan->setOverview(document().overview(), m_image->pictureSize());
+}
+
+// ---------------------------------------------------------------- text and shapes
+
+bool PictureDocumentView::isLoaded() const
+{
+    return document().loadingState() == viewer::Document::LoadingState::Loaded && !document().picture().isNull();
+}
+
+void PictureDocumentView::setPlacementPointer(bool waiting)
+{
+    m_image->setPlacementPointer(waiting);
+}
+
+void PictureDocumentView::setFrameCheck(const QString &key, bool checked)
+{
+    host().setFrameCheck(key, checked);
+}
+
+QString PictureDocumentView::helpFolder() const
+{
+    return host().helpFolder();
+}
+
+void PictureDocumentView::setOverlayChecks(bool shapes, bool checked)
+{
+    const bool wasShutOff = SHUTOFFCLICK_FLG;
+    SHUTOFFCLICK_FLG = true;
+    setFrameCheck(shapes ? commands::keys::mnuAddShapestoPictures : commands::keys::mnuAddTexttoPictures, checked);
+    setFrameCheck(shapes ? commands::keys::ShapesBtn : commands::keys::FontBtn, checked);
+    SHUTOFFCLICK_FLG = wasShutOff;
+}
+
+void PictureDocumentView::addText()
+{
+    // The click raised by this window's own change of the frame's checks.
+    if (!isLoaded())
+        return;
+    setOverlayChecks(false, true);
+    AddText1 dialog(*this, services(), this);
+    dialog.exec();
+}
+
+void PictureDocumentView::addShapes()
+{
+    if (SHUTOFFCLICK_FLG || !isLoaded())
+        return;
+    setOverlayChecks(true, true);
+    AddShape1 dialog(*this, services(), this);
+    dialog.exec();
+}
+
+void PictureDocumentView::placeOverlay(QPointF at)
+{
+    if (!DRAW_NOW_FLG || !isLoaded())
+        return;
+    const bool shape = DRAWMENU == edit::DrawMenuShape;
+    if (!shape && DRAWMENU != edit::DrawMenuText)
+        return;
+    // The glass would show the picture as it was.
+    if (m_modes.isMagnifierOn())
+        applySteps(m_modes.toggleMagnifier());
+    if (shape) {
+        // Sizes typed into the dialog can be anything; a shape far larger
+        // than any picture draws the same as one just larger.
+        constexpr double Largest = 1 << 20;
+        QRectF place = shapeRect(at);
+        place.setSize(place.size().boundedTo(QSizeF(Largest, Largest)));
+        // A size of 0 (an empty or non-numeric box) leaves nothing to draw.
+        if (place.width() > 0 && place.height() > 0)
+            runEdit(edit::EditOperation::stamp(shapeStyle(), place));
+        PLACEOBJECT_FLG = false;
+    } else {
+        runEdit(edit::EditOperation::write(textOverlay(), at));
+        PLACETEXT_FLG = false;
+    }
+    DRAW_NOW_FLG = false;
+    setPlacementPointer(false);
+    setOverlayChecks(shape, false);
 }
 
 // ---------------------------------------------------------------- operations
