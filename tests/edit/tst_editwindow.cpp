@@ -1,3 +1,4 @@
+#include "Fixtures.h"
 #include "UiFixture.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/edit/PictureEdits.h"
@@ -18,6 +19,9 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
+#include <QMutex>
+#include <QProgressDialog>
+#include <QThread>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
@@ -330,6 +334,111 @@ private slots:
         QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
         QCOMPARE(m_window->document()->picture().image(), pattern());
         QVERIFY(!m_window->document()->isModified());
+    }
+
+    // An operation on a large picture shows its progress and can be
+    // cancelled, from the progress window or from the hook; cancelled, the
+    // picture stays as it was, unmarked, with nothing to undo.
+    void largePictureProgress_data()
+    {
+        QTest::addColumn<QString>("cancel");
+        QTest::newRow("runs to the end") << "none";
+        QTest::newRow("Cancel in the progress window") << "button";
+        QTest::newRow("cancel from the hook") << "hook";
+    }
+    void largePictureProgress()
+    {
+        QFETCH(QString, cancel);
+        // 5000 by 3600 at 32 bits: 72 MB, over the progress bound.
+        QImage large(5000, 3600, QImage::Format_RGB32);
+        for (int y = 0; y < large.height(); ++y) {
+            auto *row = reinterpret_cast<QRgb *>(large.scanLine(y));
+            for (int x = 0; x < large.width(); ++x)
+                row[x] = qRgb(x & 0xff, y & 0xff, (x + y) & 0xff);
+        }
+        QVERIFY(large.sizeInBytes() >= PictureDocumentView::ProgressBytes);
+        const QString path = m_ui->home.filePath(QStringLiteral("large.bmp"));
+        QVERIFY(large.save(path));
+        auto *window = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(path, viewer::kindOf(catalogue::GetFileTypeFlag(path))));
+        QVERIFY(window);
+        QSignalSpy shown(window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(60000));
+        auto *view = window->findChild<PictureDocumentView *>();
+        const QImage original = window->document()->picture().image();
+        QCOMPARE(original.convertToFormat(QImage::Format_RGB32), large);
+
+        std::atomic<int> reports{0};
+        std::atomic<int> highest{0};
+        // Slowed, one band at a time whatever the number of threads, so that
+        // the progress window shows well before the end.
+        QMutex slow;
+        view->setEditProgressHook([&](int permille) {
+            QMutexLocker lock(&slow);
+            ++reports;
+            highest = std::max(highest.load(), permille);
+            QThread::msleep(80);
+            return cancel != QLatin1String("hook") || reports < 3;
+        });
+        int progressSeen = 0;
+        QTimer watch;
+        watch.setInterval(20);
+        connect(&watch, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
+            if (!dialog || dialog->objectName() != QLatin1String("EditProgress"))
+                return;
+            ++progressSeen;
+            if (cancel == QLatin1String("button") && dialog->value() > 0)
+                dialog->findChild<QPushButton *>()->click();
+        });
+        watch.start();
+        m_frame->toolClick("ID_mnuColorInvert");
+        watch.stop();
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList());
+        const QImage now = window->document()->picture().image();
+        if (cancel == QLatin1String("none")) {
+            QVERIFY(progressSeen > 0);
+            QCOMPARE(now, edit::invert(original));
+            QVERIFY(window->document()->isModified());
+            QCOMPARE(view->editHistory().undoCount(), 1);
+            QVERIFY(highest >= 990);
+        } else {
+            if (cancel == QLatin1String("button"))
+                QVERIFY(progressSeen > 0);
+            else
+                // Bands already under way on other threads still report.
+                QVERIFY2(reports >= 3 && reports < 3 + QThread::idealThreadCount(), qPrintable(QString::number(reports)));
+            QCOMPARE(now, original);
+            QVERIFY(!window->document()->isModified());
+            QCOMPARE(view->editHistory().undoCount(), 0);
+            QVERIFY2(highest < 990, qPrintable(QStringLiteral("%1 reports, up to %2, progress seen %3 times").arg(reports.load()).arg(highest.load()).arg(progressSeen)));
+        }
+    }
+
+    // A picture of several frames (an animated cursor) is changed as a whole:
+    // every frame, and undo gives every frame back.
+    void severalFramesChangedTogether()
+    {
+        REQUIRE_FIXTURES();
+        const QString path = fixtures::path(QStringLiteral("ANI/test.ani"));
+        auto *window = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(path, viewer::kindOf(catalogue::GetFileTypeFlag(path))));
+        QVERIFY(window);
+        QSignalSpy shown(window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(60000));
+        auto *view = window->findChild<PictureDocumentView *>();
+        const imaging::Picture original = window->document()->picture();
+        QVERIFY2(original.frames.size() > 1, qPrintable(QString::number(original.frames.size())));
+        m_frame->toolClick("ID_mnuReverse");
+        const imaging::Picture reversed = window->document()->picture();
+        QCOMPARE(reversed.frames.size(), original.frames.size());
+        for (qsizetype i = 0; i < original.frames.size(); ++i) {
+            QCOMPARE(reversed.frames.at(i).image, edit::reverse(original.frames.at(i).image));
+            QCOMPARE(reversed.frames.at(i).delayMs, original.frames.at(i).delayMs);
+        }
+        view->undo();
+        for (qsizetype i = 0; i < original.frames.size(); ++i)
+            QCOMPARE(window->document()->picture().frames.at(i).image, original.frames.at(i).image);
+        view->redo();
+        QCOMPARE(window->document()->picture().frames.constLast().image, reversed.frames.constLast().image);
     }
 
 private:

@@ -24,8 +24,12 @@
 #include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QEventLoop>
+#include <QThread>
+#include <QProgressDialog>
 
 #include <cmath>
+#include <memory>
 
 namespace tarnby::ui {
 
@@ -380,49 +384,136 @@ void PictureDocumentView::resizePicture()
     viewNormal();
 }
 
+namespace {
+
+QList<QImage> framesOf(const imaging::Picture &picture)
+{
+    QList<QImage> frames;
+    frames.reserve(picture.frames.size());
+    for (const imaging::PictureFrame &frame : picture.frames)
+        frames.append(frame.image);
+    return frames;
+}
+
+qint64 bytesOf(const imaging::Picture &picture)
+{
+    qint64 bytes = 0;
+    for (const imaging::PictureFrame &frame : picture.frames)
+        bytes += frame.image.sizeInBytes();
+    return bytes;
+}
+
+// How long a large operation runs before its progress window shows.
+constexpr int ProgressDelayMs = 400;
+
+} // namespace
+
+bool PictureDocumentView::applyWithProgress(const edit::EditOperation &operation, imaging::Picture *picture,
+                                            QString *error, bool *cancelled)
+{
+    edit::EditProgress progress;
+    if (m_progressHook)
+        progress.setHook(m_progressHook);
+    if (bytesOf(*picture) < ProgressBytes) {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        const bool done = edit::applyToPicture(operation, picture, error, &progress);
+        QApplication::restoreOverrideCursor();
+        *cancelled = progress.isCancelled();
+        return done;
+    }
+
+    // The work runs on a thread of its own (the global pool stays free for
+    // painting) while this one keeps the windows painted.
+    bool done = false;
+    std::unique_ptr<QThread> worker(
+        QThread::create([&] { done = edit::applyToPicture(operation, picture, error, &progress); }));
+    QEventLoop loop;
+    connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    worker->start();
+    // A quick one ends before anything shows; until the progress window
+    // blocks the others, the user's input waits.
+    QTimer::singleShot(ProgressDelayMs, &loop, &QEventLoop::quit);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (!worker->isFinished()) {
+        QProgressDialog dialog(QStringLiteral("Changing the picture..."), QStringLiteral("Cancel"), 0, 1000, this);
+        dialog.setObjectName(QStringLiteral("EditProgress"));
+        dialog.setWindowTitle(QStringLiteral("Please Wait"));
+        dialog.setWindowModality(Qt::ApplicationModal);
+        dialog.setMinimumDuration(0);
+        dialog.setAutoClose(false);
+        dialog.setAutoReset(false);
+        connect(&dialog, &QProgressDialog::canceled, &dialog, [&progress, &dialog] {
+            progress.cancel();
+            dialog.setLabelText(QStringLiteral("Cancelling..."));
+        });
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &dialog, [&] { dialog.setValue(progress.permille()); });
+        poll.start(50);
+        dialog.setValue(progress.permille());
+        dialog.show();
+        QApplication::restoreOverrideCursor();
+        if (!worker->isFinished())
+            loop.exec();
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    }
+    worker->wait();
+    QApplication::restoreOverrideCursor();
+    *cancelled = progress.isCancelled();
+    return done;
+}
+
 void PictureDocumentView::runEdit(const edit::EditOperation &operation)
 {
-    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+    if (m_editing || !isLoaded())
         return;
+    m_editing = true;
     imaging::Picture picture = document().picture();
-    const QImage before = picture.image();
+    const QList<QImage> before = framesOf(picture);
     QString error;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool done = edit::applyToPicture(operation, &picture, &error);
-    QApplication::restoreOverrideCursor();
+    bool cancelled = false;
+    const bool done = applyWithProgress(operation, &picture, &error, &cancelled);
+    m_editing = false;
+    // A cancelled operation leaves the picture as it was, unmarked.
+    if (cancelled)
+        return;
     if (!done) {
         services().messages.inform(error, this);
         return;
     }
-    if (picture.frames.size() == 1)
-        m_history.record(before, operation);
-    else
-        m_history.clear();
+    m_history.record(before, operation);
+    showEditedPicture(std::move(picture));
+}
+
+void PictureDocumentView::replaceFrames(const QList<QImage> &frames)
+{
+    imaging::Picture picture = document().picture();
+    if (frames.size() != picture.frames.size())
+        return;
+    for (qsizetype i = 0; i < frames.size(); ++i)
+        picture.frames[i].image = frames.at(i);
+    edit::refreshInfo(&picture);
     showEditedPicture(std::move(picture));
 }
 
 void PictureDocumentView::undo()
 {
-    if (!m_history.canUndo() || document().picture().frames.size() != 1)
+    if (m_editing || !m_history.canUndo() || !isLoaded())
         return;
-    imaging::Picture picture = document().picture();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    picture.frames.first().image = m_history.undo(picture.image());
+    const QList<QImage> previous = m_history.undo(framesOf(document().picture()));
     QApplication::restoreOverrideCursor();
-    edit::refreshInfo(&picture);
-    showEditedPicture(std::move(picture));
+    replaceFrames(previous);
 }
 
 void PictureDocumentView::redo()
 {
-    if (!m_history.canRedo() || document().picture().frames.size() != 1)
+    if (m_editing || !m_history.canRedo() || !isLoaded())
         return;
-    imaging::Picture picture = document().picture();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    picture.frames.first().image = m_history.redo(picture.image());
+    const QList<QImage> next = m_history.redo(framesOf(document().picture()));
     QApplication::restoreOverrideCursor();
-    edit::refreshInfo(&picture);
-    showEditedPicture(std::move(picture));
+    replaceFrames(next);
 }
 
 void PictureDocumentView::showEditedPicture(imaging::Picture picture)
@@ -471,7 +562,7 @@ void PictureDocumentView::setOverlayChecks(bool shapes, bool checked)
 void PictureDocumentView::addText()
 {
     // The click raised by this window's own change of the frame's checks.
-    if (!isLoaded())
+    if (SHUTOFFCLICK_FLG || !isLoaded())
         return;
     setOverlayChecks(false, true);
     AddText1 dialog(*this, services(), this);

@@ -83,9 +83,8 @@ public:
 
     // Undo and redo of the operations above (Ctrl+Z and Ctrl+Shift+Z in the
     // window). The history is bounded as EditHistory says; a picture of
-    // several frames keeps none, since it records the first frame only.
-    // Undoing marks the picture changed too: it differs from what was shown
-    // before.
+    // several frames is changed, and so undone, as a whole. Undoing marks the
+    // picture changed too: it differs from what was shown before.
     void undo();
     void redo();
     const edit::EditHistory &editHistory() const { return m_history; }
@@ -106,6 +105,15 @@ public:
     void setFrameCheck(const QString &key, bool checked) override;
     QString helpFolder() const override;
 
+    // An operation on a picture of ProgressBytes or more runs beside the
+    // window: after a moment a progress window (object name "EditProgress")
+    // shows how far it is and can cancel it, which leaves the picture as it
+    // was.
+    static constexpr qint64 ProgressBytes = 64LL * 1024 * 1024;
+    // Called as the operations report their progress (from the threads that
+    // do the work); returning false cancels. For tests.
+    void setEditProgressHook(edit::EditProgress::Hook hook) { m_progressHook = std::move(hook); }
+
     void setInternetClock(viewer::InternetFetchWatch::Clock clock) override;
     bool isFetchingFromInternet() const override;
     // The 51-second rule: once the wait has run that long without the
@@ -124,6 +132,9 @@ private:
     void applySteps(const viewer::ViewSteps &steps);
     void showPanWindow();
     void runEdit(const edit::EditOperation &operation);
+    bool applyWithProgress(const edit::EditOperation &operation, imaging::Picture *picture, QString *error,
+                           bool *cancelled);
+    void replaceFrames(const QList<QImage> &frames);
     void showEditedPicture(imaging::Picture picture);
     bool isLoaded() const;
     // Sets the frame's checks of the text (or shape) commands under
@@ -133,6 +144,8 @@ private:
     viewer::ViewModes m_modes;
     viewer::InternetFetchWatch m_fetchWatch;
     edit::EditHistory m_history;
+    edit::EditProgress::Hook m_progressHook;
+    bool m_editing = false;
 
     PictureView *m_image = nullptr;
     QLabel *m_loadError = nullptr;
