@@ -336,6 +336,35 @@ private slots:
         QVERIFY(!m_window->document()->isModified());
     }
 
+    // A shape chosen while a text waits takes its place: the frame checks
+    // the shape commands only, and the release draws the shape.
+    void shapeChosenWhileTextWaits()
+    {
+        auto *view = m_window->findChild<PictureDocumentView *>();
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
+                dialog->findChild<QPushButton *>("OKBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick("ID_FontBtn");
+        QVERIFY(m_frame->commandBar()->isChecked("ID_FontBtn"));
+        m_frame->toolClick("ID_ShapesBtn");
+        answer.stop();
+        QCOMPARE(view->DRAWMENU, QStringLiteral("Shape"));
+        QVERIFY(!m_frame->commandBar()->isChecked("ID_FontBtn"));
+        QVERIFY(!m_frame->commandBar()->isChecked("ID_mnuAddTexttoPictures"));
+        QVERIFY(m_frame->commandBar()->isChecked("ID_ShapesBtn"));
+        QVERIFY(m_frame->commandBar()->isChecked("ID_mnuAddShapestoPictures"));
+        view->SHAPE_INDEX = 63; // what was chosen stays; SQUARE drawn below
+        view->SHAPE = 1000;
+        view->SHAPE_COLOR = view->SHAPEBORDER_COLOR = qRgb(0, 255, 0);
+        QTest::mouseRelease(m_window->findChild<PictureView *>()->viewport(), Qt::LeftButton, {}, QPoint(1, 1));
+        QCOMPARE(m_window->document()->picture().image().pixel(10, 10), qRgb(0, 255, 0));
+        QVERIFY(!m_frame->commandBar()->isChecked("ID_ShapesBtn"));
+    }
+
     // An operation on a large picture shows its progress and can be
     // cancelled, from the progress window or from the hook; cancelled, the
     // picture stays as it was, unmarked, with nothing to undo.

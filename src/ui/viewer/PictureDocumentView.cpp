@@ -123,6 +123,11 @@ viewer::StatusPanels PictureDocumentView::statusPanels() const
 void PictureDocumentView::activate()
 {
     applySteps(m_modes.activationChecks());
+    showPendingOverlay();
+}
+
+void PictureDocumentView::showPendingOverlay()
+{
     // The frame shows this window's own waiting text or shape.
     setOverlayChecks(false, DRAW_NOW_FLG && DRAWMENU == edit::DrawMenuText);
     setOverlayChecks(true, DRAW_NOW_FLG && DRAWMENU == edit::DrawMenuShape);
@@ -567,6 +572,8 @@ void PictureDocumentView::addText()
     setOverlayChecks(false, true);
     AddText1 dialog(*this, services(), this);
     dialog.exec();
+    // A shape that waited gives way to the text, or to nothing.
+    showPendingOverlay();
 }
 
 void PictureDocumentView::addShapes()
@@ -576,6 +583,7 @@ void PictureDocumentView::addShapes()
     setOverlayChecks(true, true);
     AddShape1 dialog(*this, services(), this);
     dialog.exec();
+    showPendingOverlay();
 }
 
 void PictureDocumentView::placeOverlay(QPointF at)

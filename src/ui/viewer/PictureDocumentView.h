@@ -140,6 +140,8 @@ private:
     // Sets the frame's checks of the text (or shape) commands under
     // SHUTOFFCLICK_FLG, so that the click this raises does not come back.
     void setOverlayChecks(bool shapes, bool checked);
+    // Checks the frame's text or shape commands as the overlay waiting says.
+    void showPendingOverlay();
 
     viewer::ViewModes m_modes;
     viewer::InternetFetchWatch m_fetchWatch;
