@@ -75,13 +75,11 @@ void paintSample(QLabel *label, QRgb colour)
 } // namespace
 
 AddShape1::AddShape1(OverlayHost &host, UiServices &services, QWidget *parent)
-    : QDialog(parent)
-    , m_host(host)
+    : OverlayDialog(host, parent)
     , m_services(services)
 {
     setObjectName(QStringLiteral("AddShape1"));
     setWindowTitle(QStringLiteral("Add Shape to Image"));
-    setModal(true);
     edit::OverlayMembers &m = m_host.overlayMembers();
 
     m_list = new QListWidget(this);
@@ -242,29 +240,12 @@ void AddShape1::OKBtn_Click()
     m_host.setPlacementPointer(true);
     m.DRAWMENU = edit::DrawMenuShape;
     m.DRAW_NOW_FLG = true;
-    m_closingByButton = true;
-    accept();
+    closeWaiting();
 }
 
 void AddShape1::CancelBtn_Click()
 {
-    edit::OverlayMembers &m = m_host.overlayMembers();
-    m.SHUTOFFCLICK_FLG = true;
-    m_host.setFrameCheck(commands::keys::mnuAddShapestoPictures, false);
-    m_host.setFrameCheck(commands::keys::ShapesBtn, false);
-    m_host.setPlacementPointer(false);
-    m.DRAW_NOW_FLG = false;
-    m.SHUTOFFCLICK_FLG = false;
-    m_closingByButton = true;
-    QDialog::reject();
-}
-
-void AddShape1::reject()
-{
-    if (m_closingByButton)
-        QDialog::reject();
-    else
-        CancelBtn_Click();
+    closeCancelled(commands::keys::mnuAddShapestoPictures, commands::keys::ShapesBtn);
 }
 
 } // namespace tarnby::ui

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDialog>
+#include "ui/edit/OverlayDialog.h"
+
 #include <QImage>
 #include <QList>
 
@@ -12,7 +13,6 @@ class QRadioButton;
 
 namespace tarnby::ui {
 
-class OverlayHost;
 struct UiServices;
 
 // The shape dialog ("Add Shape to Image"): the shape, its size in units of
@@ -21,7 +21,7 @@ struct UiServices;
 // picture window's overlay members. OK leaves the shape waiting for the
 // user to release the mouse over the picture; Cancel ends the wait and
 // clears the frame's shape checks.
-class AddShape1 : public QDialog
+class AddShape1 : public OverlayDialog
 {
     Q_OBJECT
 public:
@@ -37,19 +37,15 @@ public:
     QImage preview() const { return m_preview; }
 
     void OKBtn_Click();
-    void CancelBtn_Click();
+    void CancelBtn_Click() override;
     void ShapeClrBtn_Click();
     void BorderClrBtn_Click();
-
-protected:
-    void reject() override;
 
 private:
     void showSamples();
     void updatePreview();
     bool chooseColour(QRgb *colour);
 
-    OverlayHost &m_host;
     UiServices &m_services;
     QListWidget *m_list = nullptr;
     QList<QLineEdit *> m_sizes;
@@ -59,7 +55,6 @@ private:
     QLabel *m_borderSample = nullptr;
     QLabel *m_shapeSample = nullptr;
     QImage m_preview;
-    bool m_closingByButton = false;
 };
 
 } // namespace tarnby::ui

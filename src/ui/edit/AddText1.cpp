@@ -47,13 +47,11 @@ QRgb contrastingWith(QRgb colour)
 } // namespace
 
 AddText1::AddText1(OverlayHost &host, UiServices &services, QWidget *parent)
-    : QDialog(parent)
-    , m_host(host)
+    : OverlayDialog(host, parent)
     , m_services(services)
 {
     setObjectName(QStringLiteral("AddText1"));
     setWindowTitle(QStringLiteral("Add Text to Image"));
-    setModal(true);
     edit::OverlayMembers &m = m_host.overlayMembers();
 
     m_text = new QLineEdit(m.DRAW_TEXT, this);
@@ -207,30 +205,12 @@ void AddText1::OKBtn_Click()
     m.TEXTSTYLE_INDEX = qint16(row);
     m.DRAWMENU = edit::DrawMenuText;
     m.DRAW_NOW_FLG = true;
-    m_closingByButton = true;
-    accept();
+    closeWaiting();
 }
 
 void AddText1::CancelBtn_Click()
 {
-    edit::OverlayMembers &m = m_host.overlayMembers();
-    m.SHUTOFFCLICK_FLG = true;
-    m_host.setFrameCheck(commands::keys::mnuAddTexttoPictures, false);
-    m_host.setFrameCheck(commands::keys::FontBtn, false);
-    m_host.setPlacementPointer(false);
-    m.DRAW_NOW_FLG = false;
-    m.SHUTOFFCLICK_FLG = false;
-    m_closingByButton = true;
-    QDialog::reject();
-}
-
-// Escape and the close box cancel as the Cancel button does.
-void AddText1::reject()
-{
-    if (m_closingByButton)
-        QDialog::reject();
-    else
-        CancelBtn_Click();
+    closeCancelled(commands::keys::mnuAddTexttoPictures, commands::keys::FontBtn);
 }
 
 } // namespace tarnby::ui

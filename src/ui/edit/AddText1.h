@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QDialog>
+#include "ui/edit/OverlayDialog.h"
+
 #include <QList>
 
 class QCheckBox;
@@ -11,7 +12,6 @@ class QPushButton;
 
 namespace tarnby::ui {
 
-class OverlayHost;
 struct UiServices;
 
 // The text dialog ("Add Text to Image"): the text, its effect, font and
@@ -20,7 +20,7 @@ struct UiServices;
 // picture; Cancel ends the wait and clears the frame's text checks.
 //
 // The font and colour dialogs (CommonDialog1) go through the services.
-class AddText1 : public QDialog
+class AddText1 : public OverlayDialog
 {
     Q_OBJECT
 public:
@@ -33,27 +33,22 @@ public:
     QLabel *sample(int index) const { return m_samples.value(index); }
 
     void OKBtn_Click();
-    void CancelBtn_Click();
+    void CancelBtn_Click() override;
     void FontBtn_Click();
     void TextClrBtn_Click();
     void ShadClrBtn_Click();
     void HiLiteClrBtn_Click();
     void RectClrBtn_Click();
 
-protected:
-    void reject() override;
-
 private:
     void showSamples();
     bool chooseColour(const QString &title, QRgb *colour);
 
-    OverlayHost &m_host;
     UiServices &m_services;
     QLineEdit *m_text = nullptr;
     QListWidget *m_list = nullptr;
     QCheckBox *m_rectangle = nullptr;
     QList<QLabel *> m_samples;
-    bool m_closingByButton = false;
 };
 
 } // namespace tarnby::ui
