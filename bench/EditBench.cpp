@@ -1,6 +1,8 @@
 // The picture operations alone, in process, on one decoded picture: the
 // median of REPEAT runs of each, and the undo of a step that keeps a copy
-// and of one that runs its inverse. See bench/README.md (edit.sh).
+// and of one that runs its inverse, each as wall time and as the processor
+// time of all threads of the process (which the load of other programs on
+// the machine disturbs much less). See bench/README.md (edit.sh).
 //
 //   tarnby-bench-edit PHOTO [REPEAT]
 
@@ -14,6 +16,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <vector>
 
 using namespace tarnby;
@@ -21,19 +24,37 @@ using namespace tarnby::edit;
 
 namespace {
 
-template <typename Work>
-double medianMs(int repeat, Work work)
+double processorMs()
 {
-    std::vector<double> times;
-    for (int i = 0; i < repeat; ++i) {
+    timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
+}
+
+// Wall and processor times of runs, each kept apart; the medians.
+struct Times {
+    std::vector<double> wall, processor;
+
+    template <typename Work>
+    void time(Work work)
+    {
         QElapsedTimer timer;
+        const double start = processorMs();
         timer.start();
         work();
-        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+        wall.push_back(double(timer.nsecsElapsed()) / 1e6);
+        processor.push_back(processorMs() - start);
     }
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
+    static double median(std::vector<double> v)
+    {
+        std::sort(v.begin(), v.end());
+        return v[v.size() / 2];
+    }
+    void print(const char *name) const
+    {
+        std::printf("%-28s %8.1f ms wall %8.1f ms processor\n", name, median(wall), median(processor));
+    }
+};
 
 } // namespace
 
@@ -64,37 +85,35 @@ int main(int argc, char *argv[])
         {"rotate 17.5 enlarged", EditOperation::rotate(1750, RotateFit::Enlarge, qRgb(255, 255, 255))},
         {"resize to half, resampled", EditOperation::resize(photo.size() / 2, Resampling::Smooth)},
     };
-    std::printf("%-28s %8.1f ms\n", "copy of the picture", medianMs(repeat, [&] { (void)photo.copy(); }));
+    {
+        Times times;
+        for (int i = 0; i < repeat; ++i)
+            times.time([&] { (void)photo.copy(); });
+        times.print("copy of the picture");
+    }
     for (const auto &c : cases) {
         // Each run gets a copy of its own, handed over as the command line
         // hands over its only copy; the copy is made before the clock runs.
-        std::vector<double> times;
+        Times times;
         for (int i = 0; i < repeat; ++i) {
             QImage image = photo.copy();
-            QElapsedTimer timer;
-            timer.start();
-            image = apply(c.operation, std::move(image));
-            times.push_back(double(timer.nsecsElapsed()) / 1e6);
+            times.time([&] { image = apply(c.operation, std::move(image)); });
         }
-        std::sort(times.begin(), times.end());
-        std::printf("%-28s %8.1f ms\n", c.name, times[times.size() / 2]);
+        times.print(c.name);
     }
 
     // Undo of a step that keeps the picture (a swap) and of one that runs
     // its inverse (a flip).
     for (const auto &c : {cases[3], cases[0]}) {
-        std::vector<double> times;
+        Times times;
         for (int i = 0; i < repeat; ++i) {
             EditHistory history;
             history.record(photo, c.operation);
             const QImage after = apply(c.operation, photo);
-            QElapsedTimer timer;
-            timer.start();
-            const QImage back = history.undo(after);
-            times.push_back(double(timer.nsecsElapsed()) / 1e6);
+            QImage back;
+            times.time([&] { back = history.undo(after); });
         }
-        std::sort(times.begin(), times.end());
-        std::printf("undo of %-20s %8.1f ms\n", c.name, times[times.size() / 2]);
+        times.print((QByteArrayLiteral("undo of ") + c.name).constData());
     }
     return 0;
 }

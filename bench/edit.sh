@@ -44,21 +44,22 @@ fi
 cat "$PHOTO" > /dev/null
 OUT="$BENCH_DIR/edit-out.jpg"
 
-# Milliseconds that the command takes, once.
+# Milliseconds that the command takes, once: "wall/processor" (processor:
+# user and system time of all its threads; other helpers' load shows in the
+# first, much less in the second).
 time_ms() {
-  local start end
-  start=$(date +%s.%N)
-  "$@" > /dev/null 2>&1 || { echo "failed: $*" >&2; echo "nan"; return; }
-  end=$(date +%s.%N)
-  awk -v a="$start" -v b="$end" 'BEGIN { printf "%.0f", (b - a) * 1000 }'
+  local TIMEFORMAT='%R %U %S' times
+  times=$( { time "$@" > /dev/null 2>&1; } 2>&1 ) || { echo "failed: $*" >&2; echo "nan/nan"; return; }
+  awk -v t="$times" 'BEGIN { split(t, a, " "); printf "%.0f/%.0f", a[1] * 1000, (a[2] + a[3]) * 1000 }'
 }
 
 echo "Machine: $(nproc) cores, pinned to $CORES; load before: $(cut -d' ' -f1-3 /proc/loadavg)"
 echo "Photo: $PHOTO (${W}x${H}); JPEG out at quality 90; one run each, process start included"
-printf "%-26s %10s %10s %10s %10s %10s\n" operation tarnby-ms convert-ms vips-ms vs-convert vs-vips
+echo "Each time as wall/processor milliseconds; the ratios are of wall times, then of processor times"
+printf "%-26s %12s %12s %12s %11s %11s\n" operation tarnby-ms convert-ms vips-ms vs-convert vs-vips
 run() {
   local name=$1 tarnby=$2 magick=$3 vips=$4
-  local t m v=nan
+  local t m v=nan/nan
   # shellcheck disable=SC2086
   t=$(time_ms "$CLI" convert --quality 90 "$PHOTO" "$OUT" $tarnby)
   # shellcheck disable=SC2086
@@ -67,10 +68,13 @@ run() {
     # shellcheck disable=SC2086
     v=$(time_ms "$VIPS" $vips)
   fi
-  awk -v n="$name" -v t="$t" -v m="$m" -v v="$v" 'BEGIN {
-    rm = (m == "nan" || m == 0) ? "-" : sprintf("%.2f", t / m)
-    rv = (v == "nan" || v == 0) ? "-" : sprintf("%.2f", t / v)
-    printf "%-26s %10s %10s %10s %10s %10s\n", n, t, m, v, rm, rv }'
+  awk -v n="$name" -v t="$t" -v m="$m" -v v="$v" '
+    function ratio(a, b,  x, y) {
+      split(a, x, "/"); split(b, y, "/")
+      if (x[1] == "nan" || y[1] == "nan" || y[1] == 0 || y[2] == 0) return "-"
+      return sprintf("%.2f/%.2f", x[1] / y[1], x[2] / y[2])
+    }
+    BEGIN { printf "%-26s %12s %12s %12s %11s %11s\n", n, t, m, v, ratio(t, m), ratio(t, v) }'
 }
 run "flip"                      "--flip"                      "-flip"                          "flip $PHOTO $OUT[Q=90] vertical"
 run "invert"                    "--invert"                    "-negate"                        "invert $PHOTO $OUT[Q=90]"

@@ -4,6 +4,8 @@
 
 using namespace tarnby::edit;
 
+Q_DECLARE_METATYPE(tarnby::edit::EditOperation)
+
 namespace {
 
 QImage picture(int seed, QSize size = QSize(64, 48))
@@ -29,6 +31,35 @@ class TestEditHistory : public QObject
     Q_OBJECT
 
 private slots:
+    // A picture of several frames is undone as a whole, whether the step
+    // holds the frames or only the operation; when one frame's format has
+    // no exact inverse, the step keeps a copy of all of them.
+    void severalFramesUndoneTogether_data()
+    {
+        QTest::addColumn<EditOperation>("operation");
+        QTest::addColumn<bool>("secondFrameRgb888");
+        QTest::addColumn<qint64>("bytesHeld");
+        const qint64 frameBytes = picture(0).sizeInBytes();
+        const qint64 rgb888Bytes = picture(0).convertToFormat(QImage::Format_RGB888).sizeInBytes();
+        QTest::newRow("flip, by operation") << EditOperation::flip() << false << qint64(0);
+        QTest::newRow("rotate 17.5, copies") << EditOperation::rotate(1750, RotateFit::Enlarge, 0) << false << 2 * frameBytes;
+        QTest::newRow("invert, mixed formats") << EditOperation::invert() << true << frameBytes + rgb888Bytes;
+    }
+    void severalFramesUndoneTogether()
+    {
+        QFETCH(EditOperation, operation);
+        QFETCH(bool, secondFrameRgb888);
+        QFETCH(qint64, bytesHeld);
+        EditHistory history;
+        const QList<QImage> before{picture(1),
+                                   secondFrameRgb888 ? picture(2).convertToFormat(QImage::Format_RGB888) : picture(2)};
+        history.record(before, operation);
+        const QList<QImage> after{apply(operation, before.at(0)), apply(operation, before.at(1))};
+        QCOMPARE(history.bytesHeld(), bytesHeld);
+        QCOMPARE(history.undo(after), before);
+        QCOMPARE(history.redo(before), after);
+    }
+
     void undoAndRedoRestoreExactPixels()
     {
         EditHistory history;

@@ -1,9 +1,12 @@
+#include "Fixtures.h"
 #include "UiFixture.h"
 #include "core/catalogue/FileCatalogue.h"
 #include "core/edit/PictureEdits.h"
 #include "core/viewer/Document.h"
 #include "ui/frame/ChildFrm1.h"
 #include "ui/frame/MDIForm1.h"
+#include "ui/edit/AddShape1.h"
+#include "ui/edit/AddText1.h"
 #include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/frame/CommandBar.h"
@@ -14,10 +17,16 @@
 #include <QDoubleSpinBox>
 #include <QSpinBox>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPointer>
+#include <QMutex>
+#include <QProgressDialog>
+#include <QThread>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTimer>
 #include <QSignalSpy>
+#include <QFontMetricsF>
 #include <QTest>
 
 using namespace tarnby;
@@ -209,6 +218,256 @@ private slots:
         QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Do You want to Save Changes to the Picture - edit.png ?"});
         QCOMPARE(QImage(target).convertToFormat(QImage::Format_RGB32), edit::reverse(pattern()));
         QTRY_VERIFY(!guard);
+    }
+
+    // The Image menu's text and shape commands: the dialog opens with the
+    // frame's commands checked; OK leaves the overlay waiting; the release of
+    // the mouse over the picture draws it there, marks the picture changed,
+    // clears the checks and can be undone.
+    void overlayPlacedOnRelease_data()
+    {
+        QTest::addColumn<bool>("shape");
+        QTest::newRow("text") << false;
+        QTest::newRow("shape") << true;
+    }
+    void overlayPlacedOnRelease()
+    {
+        QFETCH(bool, shape);
+        const QString menuKey = shape ? "ID_mnuAddShapestoPictures" : "ID_mnuAddTexttoPictures";
+        const QString buttonKey = shape ? "ID_ShapesBtn" : "ID_FontBtn";
+        auto *view = m_window->findChild<PictureDocumentView *>();
+        auto *pictureView = m_window->findChild<PictureView *>();
+        QVERIFY(view && pictureView);
+        const QImage original = m_window->document()->picture().image();
+        int opened = 0;
+        bool checkedWhileOpen = false;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            QDialog *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            ++opened;
+            checkedWhileOpen = m_frame->commandBar()->isChecked(menuKey) && m_frame->commandBar()->isChecked(buttonKey);
+            if (auto *text = qobject_cast<AddText1 *>(dialog)) {
+                text->text()->setText(QString());
+                text->styles()->setCurrentRow(7); // TEXTSTYLE_NORMAL
+                text->findChild<QCheckBox *>("CHKRECTANGLE")->setChecked(true);
+            } else if (auto *shapes = qobject_cast<AddShape1 *>(dialog)) {
+                shapes->shapes()->setCurrentRow(63); // SQUARE
+                shapes->sizeBox(0)->setText("4");   // 14 by 14
+                shapes->sizeBox(1)->setText("4");
+                shapes->outerOption(2)->setChecked(true);
+                shapes->innerOption(2)->setChecked(true);
+            }
+            dialog->findChild<QPushButton *>("OKBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick(menuKey);
+        answer.stop();
+        QCOMPARE(opened, 1);
+        QVERIFY(checkedWhileOpen);
+        QVERIFY(view->DRAW_NOW_FLG);
+        QCOMPARE(pictureView->viewport()->cursor().shape(), Qt::CrossCursor);
+        QCOMPARE(m_window->document()->picture().image(), original); // nothing drawn yet
+        view->TEXTRECTANGLE_COLOR = qRgb(255, 0, 255);
+        view->SHAPE_COLOR = qRgb(0, 0, 255);
+        view->SHAPEBORDER_COLOR = qRgb(0, 0, 255);
+
+        // A release over the picture places it, its top left at the point.
+        QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(3, 2));
+        const QImage drawn = m_window->document()->picture().image();
+        QVERIFY(m_window->document()->isModified());
+        QVERIFY(!view->DRAW_NOW_FLG);
+        QVERIFY(!view->PLACETEXT_FLG && !view->PLACEOBJECT_FLG);
+        QVERIFY(!m_frame->commandBar()->isChecked(menuKey));
+        QVERIFY(!m_frame->commandBar()->isChecked(buttonKey));
+        QVERIFY(pictureView->viewport()->cursor().shape() != Qt::CrossCursor);
+        if (shape) {
+            QCOMPARE(drawn.pixel(10, 9), qRgb(0, 0, 255)); // inside the 14-pixel square
+            QCOMPARE(drawn.pixel(30, 25), original.pixel(30, 25));
+            QCOMPARE(drawn.pixel(1, 1), original.pixel(1, 1));
+        } else {
+            // An empty text: a rectangle 100 wide (past the picture's edge)
+            // and the font's height plus 50 tall.
+            const int height = int(QFontMetricsF(view->textFont()).height()) + 50;
+            QCOMPARE(drawn.pixel(44, 2), qRgb(255, 0, 255));
+            QCOMPARE(drawn.pixel(3, std::min(30, height)), qRgb(255, 0, 255));
+            QCOMPARE(drawn.pixel(2, 1), original.pixel(2, 1));
+        }
+        // A second release draws nothing more.
+        QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(30, 20));
+        QCOMPARE(m_window->document()->picture().image(), drawn);
+        view->undo();
+        QCOMPARE(m_window->document()->picture().image(), original);
+        view->redo();
+        QCOMPARE(m_window->document()->picture().image(), drawn);
+    }
+
+    // Cancel clears the frame's checks without the click this raises
+    // opening the dialog again; a release afterwards draws nothing.
+    void overlayCancelled_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::newRow("text") << "ID_FontBtn";
+        QTest::newRow("shape") << "ID_ShapesBtn";
+    }
+    void overlayCancelled()
+    {
+        QFETCH(QString, key);
+        int opened = 0;
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
+                ++opened;
+                dialog->findChild<QPushButton *>("CancelBtn")->click();
+            }
+        });
+        answer.start();
+        m_frame->toolClick(key);
+        QTest::qWait(100);
+        answer.stop();
+        QCOMPARE(opened, 1);
+        QVERIFY(!m_frame->commandBar()->isChecked(key));
+        auto *pictureView = m_window->findChild<PictureView *>();
+        QTest::mouseRelease(pictureView->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
+        QCOMPARE(m_window->document()->picture().image(), pattern());
+        QVERIFY(!m_window->document()->isModified());
+    }
+
+    // A shape chosen while a text waits takes its place: the frame checks
+    // the shape commands only, and the release draws the shape.
+    void shapeChosenWhileTextWaits()
+    {
+        auto *view = m_window->findChild<PictureDocumentView *>();
+        QTimer answer;
+        answer.setInterval(20);
+        connect(&answer, &QTimer::timeout, this, [&] {
+            if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget()))
+                dialog->findChild<QPushButton *>("OKBtn")->click();
+        });
+        answer.start();
+        m_frame->toolClick("ID_FontBtn");
+        QVERIFY(m_frame->commandBar()->isChecked("ID_FontBtn"));
+        m_frame->toolClick("ID_ShapesBtn");
+        answer.stop();
+        QCOMPARE(view->DRAWMENU, QStringLiteral("Shape"));
+        QVERIFY(!m_frame->commandBar()->isChecked("ID_FontBtn"));
+        QVERIFY(!m_frame->commandBar()->isChecked("ID_mnuAddTexttoPictures"));
+        QVERIFY(m_frame->commandBar()->isChecked("ID_ShapesBtn"));
+        QVERIFY(m_frame->commandBar()->isChecked("ID_mnuAddShapestoPictures"));
+        view->SHAPE_INDEX = 63; // what was chosen stays; SQUARE drawn below
+        view->SHAPE = 1000;
+        view->SHAPE_COLOR = view->SHAPEBORDER_COLOR = qRgb(0, 255, 0);
+        QTest::mouseRelease(m_window->findChild<PictureView *>()->viewport(), Qt::LeftButton, {}, QPoint(1, 1));
+        QCOMPARE(m_window->document()->picture().image().pixel(10, 10), qRgb(0, 255, 0));
+        QVERIFY(!m_frame->commandBar()->isChecked("ID_ShapesBtn"));
+    }
+
+    // An operation on a large picture shows its progress and can be
+    // cancelled, from the progress window or from the hook; cancelled, the
+    // picture stays as it was, unmarked, with nothing to undo.
+    void largePictureProgress_data()
+    {
+        QTest::addColumn<QString>("cancel");
+        QTest::newRow("runs to the end") << "none";
+        QTest::newRow("Cancel in the progress window") << "button";
+        QTest::newRow("cancel from the hook") << "hook";
+    }
+    void largePictureProgress()
+    {
+        QFETCH(QString, cancel);
+        // 5000 by 3600 at 32 bits: 72 MB, over the progress bound.
+        QImage large(5000, 3600, QImage::Format_RGB32);
+        for (int y = 0; y < large.height(); ++y) {
+            auto *row = reinterpret_cast<QRgb *>(large.scanLine(y));
+            for (int x = 0; x < large.width(); ++x)
+                row[x] = qRgb(x & 0xff, y & 0xff, (x + y) & 0xff);
+        }
+        QVERIFY(large.sizeInBytes() >= PictureDocumentView::ProgressBytes);
+        const QString path = m_ui->home.filePath(QStringLiteral("large.bmp"));
+        QVERIFY(large.save(path));
+        auto *window = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(path, viewer::kindOf(catalogue::GetFileTypeFlag(path))));
+        QVERIFY(window);
+        QSignalSpy shown(window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(60000));
+        auto *view = window->findChild<PictureDocumentView *>();
+        const QImage original = window->document()->picture().image();
+        QCOMPARE(original.convertToFormat(QImage::Format_RGB32), large);
+
+        std::atomic<int> reports{0};
+        std::atomic<int> highest{0};
+        // Slowed, one band at a time whatever the number of threads, so that
+        // the progress window shows well before the end.
+        QMutex slow;
+        view->setEditProgressHook([&](int permille) {
+            QMutexLocker lock(&slow);
+            ++reports;
+            highest = std::max(highest.load(), permille);
+            QThread::msleep(80);
+            return cancel != QLatin1String("hook") || reports < 3;
+        });
+        int progressSeen = 0;
+        QTimer watch;
+        watch.setInterval(20);
+        connect(&watch, &QTimer::timeout, this, [&] {
+            auto *dialog = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
+            if (!dialog || dialog->objectName() != QLatin1String("EditProgress"))
+                return;
+            ++progressSeen;
+            if (cancel == QLatin1String("button") && dialog->value() > 0)
+                dialog->findChild<QPushButton *>()->click();
+        });
+        watch.start();
+        m_frame->toolClick("ID_mnuColorInvert");
+        watch.stop();
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList());
+        const QImage now = window->document()->picture().image();
+        if (cancel == QLatin1String("none")) {
+            QVERIFY(progressSeen > 0);
+            QCOMPARE(now, edit::invert(original));
+            QVERIFY(window->document()->isModified());
+            QCOMPARE(view->editHistory().undoCount(), 1);
+            QVERIFY(highest >= 990);
+        } else {
+            if (cancel == QLatin1String("button"))
+                QVERIFY(progressSeen > 0);
+            else
+                // Bands already under way on other threads still report.
+                QVERIFY2(reports >= 3 && reports < 3 + QThread::idealThreadCount(), qPrintable(QString::number(reports)));
+            QCOMPARE(now, original);
+            QVERIFY(!window->document()->isModified());
+            QCOMPARE(view->editHistory().undoCount(), 0);
+            QVERIFY2(highest < 990, qPrintable(QStringLiteral("%1 reports, up to %2, progress seen %3 times").arg(reports.load()).arg(highest.load()).arg(progressSeen)));
+        }
+    }
+
+    // A picture of several frames (an animated cursor) is changed as a whole:
+    // every frame, and undo gives every frame back.
+    void severalFramesChangedTogether()
+    {
+        REQUIRE_FIXTURES();
+        const QString path = fixtures::path(QStringLiteral("ANI/test.ani"));
+        auto *window = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(path, viewer::kindOf(catalogue::GetFileTypeFlag(path))));
+        QVERIFY(window);
+        QSignalSpy shown(window, &ChildFrm1::documentShown);
+        QVERIFY(shown.wait(60000));
+        auto *view = window->findChild<PictureDocumentView *>();
+        const imaging::Picture original = window->document()->picture();
+        QVERIFY2(original.frames.size() > 1, qPrintable(QString::number(original.frames.size())));
+        m_frame->toolClick("ID_mnuReverse");
+        const imaging::Picture reversed = window->document()->picture();
+        QCOMPARE(reversed.frames.size(), original.frames.size());
+        for (qsizetype i = 0; i < original.frames.size(); ++i) {
+            QCOMPARE(reversed.frames.at(i).image, edit::reverse(original.frames.at(i).image));
+            QCOMPARE(reversed.frames.at(i).delayMs, original.frames.at(i).delayMs);
+        }
+        view->undo();
+        for (qsizetype i = 0; i < original.frames.size(); ++i)
+            QCOMPARE(window->document()->picture().frames.at(i).image, original.frames.at(i).image);
+        view->redo();
+        QCOMPARE(window->document()->picture().frames.constLast().image, reversed.frames.constLast().image);
     }
 
 private:

@@ -322,8 +322,8 @@ void TestChildFrm1::commandsOutsideTheirKind_data()
     QTest::newRow("view modes in a text window do nothing") << "TXT/testTXT.txt" << viewModes << QStringList();
     QTest::newRow("view modes in a web window do nothing") << "HTML/testHTML.html" << viewModes << QStringList();
     QTest::newRow("view modes in a table window do nothing") << "DBF/dbase_03.dbf" << viewModes << QStringList();
-    QTest::newRow("shapes in a picture window are not available yet")
-        << "PNG/hopper.png" << QStringList{"ID_mnuAddShapestoPictures"}
+    QTest::newRow("shapes in a text window are not available")
+        << "TXT/testTXT.txt" << QStringList{"ID_mnuAddShapestoPictures"}
         << QStringList{"Adding shapes to pictures is not available in this version of Tarnby."};
 }
 

@@ -7,17 +7,42 @@ EditHistory::EditHistory(qint64 byteBound)
 {
 }
 
-void EditHistory::record(const QImage &before, const EditOperation &operation)
+void EditHistory::record(const QList<QImage> &before, const EditOperation &operation)
 {
     m_redo.clear();
-    if (const std::optional<EditOperation> inverse = exactInverse(operation, before))
-        m_undo.push_back({QImage(), operation, *inverse, true});
+    // One operation undoes every frame only if it undoes each of them.
+    std::optional<EditOperation> inverse;
+    for (const QImage &frame : before) {
+        inverse = exactInverse(operation, frame);
+        if (!inverse)
+            break;
+    }
+    if (inverse && !before.isEmpty())
+        m_undo.push_back({{}, operation, *inverse, true});
     else
         m_undo.push_back({before, operation, operation, false});
     trim();
 }
 
-void EditHistory::recordChange(const QImage &before)
+qint64 EditHistory::bytesOf(const Step &step)
+{
+    qint64 bytes = 0;
+    if (!step.byOperation)
+        for (const QImage &frame : step.picture)
+            bytes += frame.sizeInBytes();
+    return bytes;
+}
+
+QList<QImage> EditHistory::applyToAll(const EditOperation &operation, const QList<QImage> &frames)
+{
+    QList<QImage> changed;
+    changed.reserve(frames.size());
+    for (const QImage &frame : frames)
+        changed.append(apply(operation, frame));
+    return changed;
+}
+
+void EditHistory::recordChange(const QList<QImage> &before)
 {
     m_redo.clear();
     m_undo.push_back({before, {}, {}, false});
@@ -34,15 +59,15 @@ qint64 EditHistory::bytesHeld() const
     return total;
 }
 
-QImage EditHistory::undo(const QImage &current)
+QList<QImage> EditHistory::undo(const QList<QImage> &current)
 {
     if (m_undo.empty())
-        return QImage();
+        return {};
     Step step = std::move(m_undo.back());
     m_undo.pop_back();
-    QImage previous;
+    QList<QImage> previous;
     if (step.byOperation) {
-        previous = apply(step.backward, current);
+        previous = applyToAll(step.backward, current);
     } else {
         previous = step.picture;
         step.picture = current;
@@ -52,15 +77,15 @@ QImage EditHistory::undo(const QImage &current)
     return previous;
 }
 
-QImage EditHistory::redo(const QImage &current)
+QList<QImage> EditHistory::redo(const QList<QImage> &current)
 {
     if (m_redo.empty())
-        return QImage();
+        return {};
     Step step = std::move(m_redo.back());
     m_redo.pop_back();
-    QImage next;
+    QList<QImage> next;
     if (step.byOperation) {
-        next = apply(step.forward, current);
+        next = applyToAll(step.forward, current);
     } else {
         next = step.picture;
         step.picture = current;

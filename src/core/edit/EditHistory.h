@@ -3,6 +3,7 @@
 #include "core/edit/EditOperation.h"
 
 #include <QImage>
+#include <QList>
 
 #include <deque>
 
@@ -22,6 +23,10 @@
 // cannot be undone. Steps that hold only an operation are kept up to
 // MaxSteps.
 //
+// A picture of several frames (an animation, the pages of a TIFF) is changed
+// as a whole, so a step holds all its frames; the QImage forms below are the
+// same for a picture of one frame.
+//
 // Not thread-safe: the window's thread owns it.
 namespace tarnby::edit {
 
@@ -35,9 +40,11 @@ public:
 
     // Records that operation turned before into the current picture; the
     // redo steps are dropped.
-    void record(const QImage &before, const EditOperation &operation);
+    void record(const QList<QImage> &before, const EditOperation &operation);
+    void record(const QImage &before, const EditOperation &operation) { record(QList<QImage>{before}, operation); }
     // Records a change that no operation describes (a drawing): before is kept.
-    void recordChange(const QImage &before);
+    void recordChange(const QList<QImage> &before);
+    void recordChange(const QImage &before) { recordChange(QList<QImage>{before}); }
 
     bool canUndo() const { return !m_undo.empty(); }
     bool canRedo() const { return !m_redo.empty(); }
@@ -46,22 +53,26 @@ public:
     qint64 bytesHeld() const;
 
     // The picture before the last step, given the picture now; current is
-    // kept for redo. Null when there is nothing to undo.
-    QImage undo(const QImage &current);
+    // kept for redo. Empty (null) when there is nothing to undo.
+    QList<QImage> undo(const QList<QImage> &current);
+    QImage undo(const QImage &current) { return firstOf(undo(QList<QImage>{current})); }
     // The picture after the next undone step, given the picture now.
-    QImage redo(const QImage &current);
+    QList<QImage> redo(const QList<QImage> &current);
+    QImage redo(const QImage &current) { return firstOf(redo(QList<QImage>{current})); }
 
     void clear();
 
 private:
     struct Step {
-        QImage picture;              // the other side of the step; null when the operations do it
+        QList<QImage> picture;       // the other side of the step; empty when the operations do it
         EditOperation forward;       // used when picture is null
         EditOperation backward;      // used when picture is null
         bool byOperation = false;
     };
 
-    static qint64 bytesOf(const Step &step) { return step.byOperation ? 0 : step.picture.sizeInBytes(); }
+    static qint64 bytesOf(const Step &step);
+    static QImage firstOf(const QList<QImage> &frames) { return frames.isEmpty() ? QImage() : frames.constFirst(); }
+    static QList<QImage> applyToAll(const EditOperation &operation, const QList<QImage> &frames);
     void trim();
 
     qint64 m_byteBound;

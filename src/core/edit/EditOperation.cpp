@@ -82,17 +82,33 @@ void refreshInfo(imaging::Picture *picture)
     info.sizeInMemory = (qint64(info.width) * info.bitsPerPixel + 31) / 32 * 4 * info.height;
 }
 
-bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, QString *errorString)
+namespace {
+
+// The banded passes one frame takes (see PictureEdits.cpp): the stretch
+// first finds each channel's range.
+int passesPerFrame(EditOperation::Kind kind)
+{
+    return kind == EditOperation::Kind::Stretch ? 2 : 1;
+}
+
+} // namespace
+
+bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, QString *errorString,
+                    EditProgress *progress)
 {
     if (picture->isNull()) {
         *errorString = QStringLiteral("There is no picture to change.");
         return false;
     }
+    const ProgressScope scope(progress);
+    if (progress)
+        progress->setExpectedPasses(int(picture->frames.size()) * passesPerFrame(operation.kind));
     // Only a change of size can fail. The others work on the frames in
-    // place: the image is handed over, so that it is not copied.
+    // place: the image is handed over, so that it is not copied. Work that
+    // can be cancelled leaves the frames alone until it is done.
     const bool mayFail = operation.kind == EditOperation::Kind::Rotate || operation.kind == EditOperation::Kind::Resize
                          || operation.kind == EditOperation::Kind::Shape || operation.kind == EditOperation::Kind::Text;
-    if (!mayFail) {
+    if (!mayFail && !progress) {
         for (imaging::PictureFrame &frame : picture->frames)
             frame.image = apply(operation, std::move(frame.image));
         refreshInfo(picture);
@@ -103,6 +119,10 @@ bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, Q
     for (const imaging::PictureFrame &frame : std::as_const(picture->frames)) {
         imaging::PictureFrame changed = frame;
         changed.image = apply(operation, frame.image);
+        if (progress && progress->isCancelled()) {
+            *errorString = QStringLiteral("Cancelled.");
+            return false;
+        }
         if (changed.image.isNull()) {
             *errorString = operation.kind == EditOperation::Kind::Shape
                                ? QStringLiteral("There is no shape with the code %1.").arg(operation.shape.code)
@@ -117,6 +137,8 @@ bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, Q
     }
     picture->frames = frames;
     refreshInfo(picture);
+    if (progress)
+        progress->finish();
     return true;
 }
 

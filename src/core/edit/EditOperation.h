@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/edit/EditProgress.h"
 #include "core/edit/PictureEdits.h"
 #include "core/edit/ShapeDrawing.h"
 #include "core/edit/TextDrawing.h"
@@ -87,7 +88,18 @@ std::optional<EditOperation> exactInverse(const EditOperation &operation, const 
 // (info.bitsPerPixel) stays the file's; the colour count stays the loaded
 // picture's (counting costs a pass over every pixel). On failure picture is untouched,
 // errorString says why, and the result is false.
-bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, QString *errorString);
+//
+// Every frame: the frames of an animation or the pages of a document are one
+// picture, and a turn, a new size or a stamp on some of them only would
+// break it apart.
+//
+// With progress, the work reports to it (its expected passes are set here)
+// and stops when it is cancelled: the result is then false, picture is
+// untouched and errorString says "Cancelled.". The frames are then worked on
+// copies, which costs nothing when the caller keeps the picture anyway (to
+// undo).
+bool applyToPicture(const EditOperation &operation, imaging::Picture *picture, QString *errorString,
+                    EditProgress *progress = nullptr);
 
 // Brings picture.info's width, height and memory size up to date after its
 // first frame changed.

@@ -1,8 +1,11 @@
 #include "PictureEdits.h"
 
+#include "EditProgress.h"
+
 #include <QColorSpace>
 #include <QList>
 #include <QThread>
+#include <QThreadPool>
 #include <QTransform>
 #include <QtConcurrent/QtConcurrentMap>
 
@@ -25,13 +28,18 @@ struct Band {
     int index = 0;
 };
 
+// A band holds at most about this many bytes, so that a large picture
+// reports its progress and notices a cancel often.
+constexpr qint64 BandBytes = 4 * 1024 * 1024;
+
 // Splits rows into bands: several per core, so that a core that finishes
-// early takes another band instead of idling.
+// early takes another band instead of idling, and more for a large picture.
 QList<Band> splitRows(int rows, qint64 bytesPerRow)
 {
     int count = 1;
-    if (rows > 1 && qint64(rows) * bytesPerRow >= SerialBytes)
-        count = qBound(1, QThread::idealThreadCount() * 4, rows);
+    const qint64 bytes = qint64(rows) * bytesPerRow;
+    if (rows > 1 && bytes >= SerialBytes)
+        count = int(std::clamp<qint64>(std::max<qint64>(QThread::idealThreadCount() * 4, bytes / BandBytes), 1, rows));
     QList<Band> bands;
     bands.reserve(count);
     for (int i = 0; i < count; ++i)
@@ -39,13 +47,46 @@ QList<Band> splitRows(int rows, qint64 bytesPerRow)
     return bands;
 }
 
+// The bands run on a pool of their own: Qt paints large areas on the global
+// pool, and a window must not wait for a long operation to be able to paint
+// its progress.
+QThreadPool *bandPool()
+{
+    static QThreadPool pool;
+    static const bool sized = [] {
+        pool.setMaxThreadCount(QThread::idealThreadCount());
+        return true;
+    }();
+    Q_UNUSED(sized)
+    return &pool;
+}
+
+// Runs work on each band, on the pool when there are several. With a
+// progress current on the calling thread, each band done is reported and,
+// once it is cancelled, the bands not yet begun are skipped.
 template <typename Work>
 void forEachBand(QList<Band> bands, Work work)
 {
+    EditProgress *progress = ProgressScope::current();
+    if (!progress) {
+        if (bands.size() == 1)
+            work(bands.constFirst());
+        else
+            QtConcurrent::blockingMap(bandPool(), bands, [&work](const Band &band) { work(band); });
+        return;
+    }
+    progress->beginPass(int(bands.size()));
+    const auto tracked = [&work, progress](const Band &band) {
+        if (progress->isCancelled())
+            return;
+        work(band);
+        progress->bandDone();
+    };
     if (bands.size() == 1)
-        work(bands.constFirst());
+        tracked(bands.constFirst());
     else
-        QtConcurrent::blockingMap(bands, [&work](const Band &band) { work(band); });
+        QtConcurrent::blockingMap(bandPool(), bands, tracked);
+    progress->endPass();
 }
 
 QImage::Format directFormat(const QImage &image)

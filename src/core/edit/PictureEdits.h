@@ -22,9 +22,10 @@
 // ARGB32 keep their format; other direct formats (RGB888, 16-bit greyscale,
 // 64-bit colour, ...) are worked at 8 bits a channel and converted back.
 //
-// Large pictures are processed in bands of rows on every core of the global
-// thread pool; the functions may be called from any thread, including a pool
-// thread (the calling thread takes part in the work).
+// Large pictures are processed in bands of rows on every core, on a thread
+// pool of their own (not the global one, which Qt uses to paint); the
+// functions may be called from any thread, including a pool thread (the
+// calling thread takes part in the work).
 //
 // A null picture gives a null picture. Rotate and resize give a null picture
 // when the result would exceed MaxResultPixels or a side would exceed

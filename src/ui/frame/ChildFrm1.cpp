@@ -150,6 +150,11 @@ bool ChildFrm1::fileStillThere()
     return false;
 }
 
+QString ChildFrm1::helpFolder() const
+{
+    return m_state.helpFolder();
+}
+
 void ChildFrm1::fileWritten(const QString &path)
 {
     Q_UNUSED(path)

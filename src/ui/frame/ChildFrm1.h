@@ -88,6 +88,7 @@ private:
     void setFrameEnabled(const QString &key, bool enabled) override;
     void copyFileAs() override;
     void fileWritten(const QString &path) override;
+    QString helpFolder() const override;
 
     void loadDocument();
     void onLoaded();

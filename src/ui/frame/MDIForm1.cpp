@@ -55,6 +55,10 @@ MDIForm1::MDIForm1(AppState &state, UiServices &services, QWidget *parent)
     m_bar->makeCheckable({commands::keys::NormalBtn, commands::keys::StretchBtn}, true);
     m_bar->makeCheckable({commands::keys::mnuNormalImageView, commands::keys::mnuStretchImageView}, true);
     m_bar->makeCheckable({commands::keys::mnuPanImage, commands::keys::mnuMagnifyingGlass}, false);
+    // Checked while a text or shape waits to be placed in the picture.
+    m_bar->makeCheckable({commands::keys::FontBtn, commands::keys::mnuAddTexttoPictures, commands::keys::ShapesBtn,
+                          commands::keys::mnuAddShapestoPictures},
+                         false);
     // The table window checks its table and index lists and its memo box.
     m_bar->makeCheckable({commands::keys::TableBtn, commands::keys::IndexBtn, commands::keys::mnuSetDatabaseTable,
                           commands::keys::mnuSetDatabaseTableIndex, commands::keys::mnuSetTableComments},

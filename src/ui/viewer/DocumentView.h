@@ -32,6 +32,9 @@ public:
     virtual void copyFileAs() = 0;
     // The view wrote a file at path (a picture saved under a new name).
     virtual void fileWritten(const QString &path) = 0;
+    // The folder of the help pages, for the Help buttons of the view's
+    // dialogs (empty: none).
+    virtual QString helpFolder() const { return {}; }
 
 protected:
     ~DocumentViewHost() = default;

@@ -5,6 +5,9 @@
 #include "core/viewer/Document.h"
 #include "core/viewer/InternetDownload.h"
 #include "core/viewer/SaveChoices.h"
+#include "core/catalogue/CommandKeys.h"
+#include "ui/edit/AddShape1.h"
+#include "ui/edit/AddText1.h"
 #include "ui/edit/AdjustDialog.h"
 #include "ui/edit/NewSize1.h"
 #include "ui/services/UiServices.h"
@@ -21,8 +24,12 @@
 #include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QEventLoop>
+#include <QThread>
+#include <QProgressDialog>
 
 #include <cmath>
+#include <memory>
 
 namespace tarnby::ui {
 
@@ -35,6 +42,10 @@ PictureDocumentView::PictureDocumentView(viewer::Document &document, UiServices 
     m_image = new PictureView(this);
     m_image->setFrameShape(QFrame::NoFrame);
     m_image->hide();
+    connect(m_image, &PictureView::releasedOnPicture, this, &PictureDocumentView::placeOverlay);
+    // A fresh window writes in the application's font.
+    TEXT_FONT = QApplication::font().family();
+    TEXT_FONT_SIZE = float(QApplication::font().pointSizeF());
 
     m_timer = new QTimer(this);
     m_timer->setObjectName(QStringLiteral("Timer1"));
@@ -112,6 +123,14 @@ viewer::StatusPanels PictureDocumentView::statusPanels() const
 void PictureDocumentView::activate()
 {
     applySteps(m_modes.activationChecks());
+    showPendingOverlay();
+}
+
+void PictureDocumentView::showPendingOverlay()
+{
+    // The frame shows this window's own waiting text or shape.
+    setOverlayChecks(false, DRAW_NOW_FLG && DRAWMENU == edit::DrawMenuText);
+    setOverlayChecks(true, DRAW_NOW_FLG && DRAWMENU == edit::DrawMenuShape);
 }
 
 void PictureDocumentView::closing()
@@ -370,49 +389,136 @@ void PictureDocumentView::resizePicture()
     viewNormal();
 }
 
+namespace {
+
+QList<QImage> framesOf(const imaging::Picture &picture)
+{
+    QList<QImage> frames;
+    frames.reserve(picture.frames.size());
+    for (const imaging::PictureFrame &frame : picture.frames)
+        frames.append(frame.image);
+    return frames;
+}
+
+qint64 bytesOf(const imaging::Picture &picture)
+{
+    qint64 bytes = 0;
+    for (const imaging::PictureFrame &frame : picture.frames)
+        bytes += frame.image.sizeInBytes();
+    return bytes;
+}
+
+// How long a large operation runs before its progress window shows.
+constexpr int ProgressDelayMs = 400;
+
+} // namespace
+
+bool PictureDocumentView::applyWithProgress(const edit::EditOperation &operation, imaging::Picture *picture,
+                                            QString *error, bool *cancelled)
+{
+    edit::EditProgress progress;
+    if (m_progressHook)
+        progress.setHook(m_progressHook);
+    if (bytesOf(*picture) < ProgressBytes) {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        const bool done = edit::applyToPicture(operation, picture, error, &progress);
+        QApplication::restoreOverrideCursor();
+        *cancelled = progress.isCancelled();
+        return done;
+    }
+
+    // The work runs on a thread of its own (the global pool stays free for
+    // painting) while this one keeps the windows painted.
+    bool done = false;
+    std::unique_ptr<QThread> worker(
+        QThread::create([&] { done = edit::applyToPicture(operation, picture, error, &progress); }));
+    QEventLoop loop;
+    connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    worker->start();
+    // A quick one ends before anything shows; until the progress window
+    // blocks the others, the user's input waits.
+    QTimer::singleShot(ProgressDelayMs, &loop, &QEventLoop::quit);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (!worker->isFinished()) {
+        QProgressDialog dialog(QStringLiteral("Changing the picture..."), QStringLiteral("Cancel"), 0, 1000, this);
+        dialog.setObjectName(QStringLiteral("EditProgress"));
+        dialog.setWindowTitle(QStringLiteral("Please Wait"));
+        dialog.setWindowModality(Qt::ApplicationModal);
+        dialog.setMinimumDuration(0);
+        dialog.setAutoClose(false);
+        dialog.setAutoReset(false);
+        connect(&dialog, &QProgressDialog::canceled, &dialog, [&progress, &dialog] {
+            progress.cancel();
+            dialog.setLabelText(QStringLiteral("Cancelling..."));
+        });
+        QTimer poll;
+        connect(&poll, &QTimer::timeout, &dialog, [&] { dialog.setValue(progress.permille()); });
+        poll.start(50);
+        dialog.setValue(progress.permille());
+        dialog.show();
+        QApplication::restoreOverrideCursor();
+        if (!worker->isFinished())
+            loop.exec();
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    }
+    worker->wait();
+    QApplication::restoreOverrideCursor();
+    *cancelled = progress.isCancelled();
+    return done;
+}
+
 void PictureDocumentView::runEdit(const edit::EditOperation &operation)
 {
-    if (document().loadingState() != viewer::Document::LoadingState::Loaded || document().picture().isNull())
+    if (m_editing || !isLoaded())
         return;
+    m_editing = true;
     imaging::Picture picture = document().picture();
-    const QImage before = picture.image();
+    const QList<QImage> before = framesOf(picture);
     QString error;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool done = edit::applyToPicture(operation, &picture, &error);
-    QApplication::restoreOverrideCursor();
+    bool cancelled = false;
+    const bool done = applyWithProgress(operation, &picture, &error, &cancelled);
+    m_editing = false;
+    // A cancelled operation leaves the picture as it was, unmarked.
+    if (cancelled)
+        return;
     if (!done) {
         services().messages.inform(error, this);
         return;
     }
-    if (picture.frames.size() == 1)
-        m_history.record(before, operation);
-    else
-        m_history.clear();
+    m_history.record(before, operation);
+    showEditedPicture(std::move(picture));
+}
+
+void PictureDocumentView::replaceFrames(const QList<QImage> &frames)
+{
+    imaging::Picture picture = document().picture();
+    if (frames.size() != picture.frames.size())
+        return;
+    for (qsizetype i = 0; i < frames.size(); ++i)
+        picture.frames[i].image = frames.at(i);
+    edit::refreshInfo(&picture);
     showEditedPicture(std::move(picture));
 }
 
 void PictureDocumentView::undo()
 {
-    if (!m_history.canUndo() || document().picture().frames.size() != 1)
+    if (m_editing || !m_history.canUndo() || !isLoaded())
         return;
-    imaging::Picture picture = document().picture();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    picture.frames.first().image = m_history.undo(picture.image());
+    const QList<QImage> previous = m_history.undo(framesOf(document().picture()));
     QApplication::restoreOverrideCursor();
-    edit::refreshInfo(&picture);
-    showEditedPicture(std::move(picture));
+    replaceFrames(previous);
 }
 
 void PictureDocumentView::redo()
 {
-    if (!m_history.canRedo() || document().picture().frames.size() != 1)
+    if (m_editing || !m_history.canRedo() || !isLoaded())
         return;
-    imaging::Picture picture = document().picture();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    picture.frames.first().image = m_history.redo(picture.image());
+    const QList<QImage> next = m_history.redo(framesOf(document().picture()));
     QApplication::restoreOverrideCursor();
-    edit::refreshInfo(&picture);
-    showEditedPicture(std::move(picture));
+    replaceFrames(next);
 }
 
 void PictureDocumentView::showEditedPicture(imaging::Picture picture)
@@ -425,6 +531,88 @@ void PictureDocumentView::showEditedPicture(imaging::Picture picture)
         viewNormal();
     if (m_pan && m_pan->isVisible())
         m_pan->setOverview(document().overview(), m_image->pictureSize());
+}
+
+// ---------------------------------------------------------------- text and shapes
+
+bool PictureDocumentView::isLoaded() const
+{
+    return document().loadingState() == viewer::Document::LoadingState::Loaded && !document().picture().isNull();
+}
+
+void PictureDocumentView::setPlacementPointer(bool waiting)
+{
+    m_image->setPlacementPointer(waiting);
+}
+
+void PictureDocumentView::setFrameCheck(const QString &key, bool checked)
+{
+    host().setFrameCheck(key, checked);
+}
+
+QString PictureDocumentView::helpFolder() const
+{
+    return host().helpFolder();
+}
+
+void PictureDocumentView::setOverlayChecks(bool shapes, bool checked)
+{
+    const bool wasShutOff = SHUTOFFCLICK_FLG;
+    SHUTOFFCLICK_FLG = true;
+    setFrameCheck(shapes ? commands::keys::mnuAddShapestoPictures : commands::keys::mnuAddTexttoPictures, checked);
+    setFrameCheck(shapes ? commands::keys::ShapesBtn : commands::keys::FontBtn, checked);
+    SHUTOFFCLICK_FLG = wasShutOff;
+}
+
+void PictureDocumentView::addText()
+{
+    // The click raised by this window's own change of the frame's checks.
+    if (SHUTOFFCLICK_FLG || !isLoaded())
+        return;
+    setOverlayChecks(false, true);
+    AddText1 dialog(*this, services(), this);
+    dialog.exec();
+    // A shape that waited gives way to the text, or to nothing.
+    showPendingOverlay();
+}
+
+void PictureDocumentView::addShapes()
+{
+    if (SHUTOFFCLICK_FLG || !isLoaded())
+        return;
+    setOverlayChecks(true, true);
+    AddShape1 dialog(*this, services(), this);
+    dialog.exec();
+    showPendingOverlay();
+}
+
+void PictureDocumentView::placeOverlay(QPointF at)
+{
+    if (!DRAW_NOW_FLG || !isLoaded())
+        return;
+    const bool shape = DRAWMENU == edit::DrawMenuShape;
+    if (!shape && DRAWMENU != edit::DrawMenuText)
+        return;
+    // The glass would show the picture as it was.
+    if (m_modes.isMagnifierOn())
+        applySteps(m_modes.toggleMagnifier());
+    if (shape) {
+        // Sizes typed into the dialog can be anything; a shape far larger
+        // than any picture draws the same as one just larger.
+        constexpr double Largest = 1 << 20;
+        QRectF place = shapeRect(at);
+        place.setSize(place.size().boundedTo(QSizeF(Largest, Largest)));
+        // A size of 0 (an empty or non-numeric box) leaves nothing to draw.
+        if (place.width() > 0 && place.height() > 0)
+            runEdit(edit::EditOperation::stamp(shapeStyle(), place));
+        PLACEOBJECT_FLG = false;
+    } else {
+        runEdit(edit::EditOperation::write(textOverlay(), at));
+        PLACETEXT_FLG = false;
+    }
+    DRAW_NOW_FLG = false;
+    setPlacementPointer(false);
+    setOverlayChecks(shape, false);
 }
 
 // ---------------------------------------------------------------- operations

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "core/edit/EditHistory.h"
+#include "core/edit/OverlayMembers.h"
 #include "core/viewer/DocumentRules.h"
 #include "core/viewer/ViewModes.h"
+#include "ui/edit/OverlayHost.h"
 #include "ui/viewer/DocumentView.h"
 
 class QFrame;
@@ -21,9 +23,14 @@ class PictureView;
 
 // The view of a picture window: the picture view with its view modes (normal
 // or stretched, the pan window and the magnifying glass), Save As in a picture
-// format, and the wait for a picture named by Internet address. The window is
-// sized to the picture once it has loaded.
-class PictureDocumentView : public DocumentView
+// format, the picture operations with their undo, text and shapes drawn into
+// the picture, and the wait for a picture named by Internet address. The
+// window is sized to the picture once it has loaded.
+//
+// The text and shape settings are the view's public overlay members
+// (OverlayMembers), set by AddText1 and AddShape1 and read when the mouse is
+// released over the picture.
+class PictureDocumentView : public DocumentView, public edit::OverlayMembers, public OverlayHost
 {
     Q_OBJECT
 public:
@@ -76,12 +83,36 @@ public:
 
     // Undo and redo of the operations above (Ctrl+Z and Ctrl+Shift+Z in the
     // window). The history is bounded as EditHistory says; a picture of
-    // several frames keeps none, since it records the first frame only.
-    // Undoing marks the picture changed too: it differs from what was shown
-    // before.
+    // several frames is changed, and so undone, as a whole. Undoing marks the
+    // picture changed too: it differs from what was shown before.
     void undo();
     void redo();
     const edit::EditHistory &editHistory() const { return m_history; }
+
+    // Open AddText1 or AddShape1 and check the frame's text or shape
+    // commands; after OK, the next release of the left button over the
+    // picture draws the text or shape there (placeOverlay).
+    void addText() override;
+    void addShapes() override;
+    // Draws the pending text or shape with its top left at the picture point
+    // at, as an operation that can be undone, and ends the wait. Nothing
+    // happens unless DRAW_NOW_FLG is set.
+    void placeOverlay(QPointF at);
+
+    // OverlayHost
+    edit::OverlayMembers &overlayMembers() override { return *this; }
+    void setPlacementPointer(bool waiting) override;
+    void setFrameCheck(const QString &key, bool checked) override;
+    QString helpFolder() const override;
+
+    // An operation on a picture of ProgressBytes or more runs beside the
+    // window: after a moment a progress window (object name "EditProgress")
+    // shows how far it is and can cancel it, which leaves the picture as it
+    // was.
+    static constexpr qint64 ProgressBytes = 64LL * 1024 * 1024;
+    // Called as the operations report their progress (from the threads that
+    // do the work); returning false cancels. For tests.
+    void setEditProgressHook(edit::EditProgress::Hook hook) { m_progressHook = std::move(hook); }
 
     void setInternetClock(viewer::InternetFetchWatch::Clock clock) override;
     bool isFetchingFromInternet() const override;
@@ -101,11 +132,22 @@ private:
     void applySteps(const viewer::ViewSteps &steps);
     void showPanWindow();
     void runEdit(const edit::EditOperation &operation);
+    bool applyWithProgress(const edit::EditOperation &operation, imaging::Picture *picture, QString *error,
+                           bool *cancelled);
+    void replaceFrames(const QList<QImage> &frames);
     void showEditedPicture(imaging::Picture picture);
+    bool isLoaded() const;
+    // Sets the frame's checks of the text (or shape) commands under
+    // SHUTOFFCLICK_FLG, so that the click this raises does not come back.
+    void setOverlayChecks(bool shapes, bool checked);
+    // Checks the frame's text or shape commands as the overlay waiting says.
+    void showPendingOverlay();
 
     viewer::ViewModes m_modes;
     viewer::InternetFetchWatch m_fetchWatch;
     edit::EditHistory m_history;
+    edit::EditProgress::Hook m_progressHook;
+    bool m_editing = false;
 
     PictureView *m_image = nullptr;
     QLabel *m_loadError = nullptr;

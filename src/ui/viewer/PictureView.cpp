@@ -141,12 +141,22 @@ QPointF PictureView::mapToPicture(QPoint viewportPos) const
     return QPointF(viewportPos) + QPointF(horizontalScrollBar()->value(), verticalScrollBar()->value());
 }
 
+void PictureView::setPlacementPointer(bool waiting)
+{
+    m_placing = waiting;
+    if (waiting || m_magnifierOn)
+        viewport()->setCursor(Qt::CrossCursor);
+    else
+        viewport()->unsetCursor();
+}
+
 void PictureView::setMagnifierOn(bool on)
 {
     m_magnifierOn = on;
     if (!on) {
         m_magnifier->hide();
-        viewport()->unsetCursor();
+        if (!m_placing)
+            viewport()->unsetCursor();
         return;
     }
     viewport()->setCursor(Qt::CrossCursor);
@@ -204,6 +214,15 @@ void PictureView::scrollContentsBy(int, int)
 
 bool PictureView::viewportEvent(QEvent *event)
 {
+    if (event->type() == QEvent::MouseButtonRelease) {
+        const auto *mouse = static_cast<QMouseEvent *>(event);
+        const QPoint pos = mouse->position().toPoint();
+        const QPointF point = mapToPicture(pos);
+        const QSize pic = pictureSize();
+        if (mouse->button() == Qt::LeftButton && !pic.isEmpty() && point.x() >= 0 && point.y() >= 0
+            && point.x() < pic.width() && point.y() < pic.height())
+            emit releasedOnPicture(point);
+    }
     if (m_magnifierOn) {
         if (event->type() == QEvent::MouseMove) {
             const QPoint pos = static_cast<QMouseEvent *>(event)->position().toPoint();

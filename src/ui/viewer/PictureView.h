@@ -46,6 +46,10 @@ public:
     void centreOn(QPointF picturePoint);
     QPointF mapToPicture(QPoint viewportPos) const;
 
+    // The cross pointer over the picture while a text or shape waits to be
+    // placed; off, the pointer of the view mode comes back.
+    void setPlacementPointer(bool waiting);
+
     void setMagnifierOn(bool on);
     bool isMagnifierOn() const { return m_magnifierOn; }
     Magnifier *magnifier() const { return m_magnifier; }
@@ -53,6 +57,9 @@ public:
 signals:
     // The visible part changed (scroll, resize, paint mode).
     void visibleRectChanged(const QRectF &pictureRect);
+    // The left mouse button was released over the picture, at that picture
+    // point.
+    void releasedOnPicture(QPointF picturePoint);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -76,6 +83,7 @@ private:
     QImage m_stretchCache;
     int m_stretchCacheFrame = -1;
     bool m_magnifierOn = false;
+    bool m_placing = false;
     Magnifier *m_magnifier = nullptr;
 };
 
