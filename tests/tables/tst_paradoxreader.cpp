@@ -20,6 +20,7 @@ using Opened = OpenedTable;
 } // namespace
 
 using paradoxsamples::Sample;
+using paradoxsamples::paradoxBcd;
 using paradoxsamples::paradoxTable;
 
 class TestParadoxReader : public QObject
@@ -32,6 +33,9 @@ private slots:
     void encryptedTablesRefused_data();
     void encryptedTablesRefused();
     void generatedTableInPages();
+    void bcdValues_data();
+    void bcdValues();
+    void bcdDecimalsBeyondDigits();
     void blockChains_data();
     void blockChains();
     void hostileHeaders_data();
@@ -147,6 +151,61 @@ void TestParadoxReader::generatedTableInPages()
             }
         }
     }
+}
+
+void TestParadoxReader::bcdValues_data()
+{
+    QTest::addColumn<QByteArray>("cell");
+    QTest::addColumn<int>("decimals");
+    QTest::addColumn<QVariant>("expected");
+    QTest::newRow("positive with decimals") << paradoxBcd("123.45", 2) << 2 << QVariant(123.45);
+    QTest::newRow("negative digits complemented") << paradoxBcd("-123.45", 2) << 2 << QVariant(-123.45);
+    QTest::newRow("negative below one") << paradoxBcd("-0.5", 2) << 2 << QVariant(-0.5);
+    QTest::newRow("no decimals") << paradoxBcd("987654321", 0) << 0 << QVariant(987654321.0);
+    QTest::newRow("six decimals") << paradoxBcd("7.000001", 6) << 6 << QVariant(7.000001);
+    QTest::newRow("all thirty-two digits whole") << paradoxBcd("12345678901234567890123456789012", 0) << 0
+                                                 << QVariant(12345678901234567890123456789012.0);
+    QTest::newRow("zero") << paradoxBcd("0", 2) << 2 << QVariant(0.0);
+    QTest::newRow("null") << QByteArray(17, '\0') << 2 << QVariant();
+    QByteArray badDigit = paradoxBcd("1", 2);
+    badDigit[16] = char(0xAA);
+    QTest::newRow("half byte above nine is no number") << badDigit << 2 << QVariant();
+}
+
+void TestParadoxReader::bcdValues()
+{
+    QFETCH(QByteArray, cell);
+    QFETCH(int, decimals);
+    QFETCH(QVariant, expected);
+    Sample s;
+    s.records = 3;
+    s.bcd = {cell};
+    s.bcdDecimals = decimals;
+    TestDir dir;
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("amounts.db"), paradoxTable(s)));
+    QVERIFY2(o.table, qPrintable(o.error));
+    const Field amount = o.table->fields().value(2);
+    QCOMPARE(amount.name, QStringLiteral("Amount"));
+    QCOMPARE(amount.type, FieldType::Decimal);
+    const QList<Row> rows = allRows(*o.table);
+    QCOMPARE(rows.size(), 3);
+    for (const Row &row : rows) {
+        QCOMPARE(row.value(1).toString().left(4), QStringLiteral("row "));
+        QCOMPARE(row.value(2).isValid(), expected.isValid());
+        if (expected.isValid())
+            QVERIFY2(qFuzzyCompare(row.value(2).toDouble(), expected.toDouble()), qPrintable(row.value(2).toString()));
+    }
+}
+
+void TestParadoxReader::bcdDecimalsBeyondDigits()
+{
+    Sample s;
+    s.bcd = {paradoxBcd("1", 2)};
+    s.bcdDecimals = 33;
+    TestDir dir;
+    const OpenResult r = openTableFile(dir.createFile(QStringLiteral("amounts.db"), paradoxTable(s)));
+    QCOMPARE(r.status, OpenStatus::Failed);
+    QCOMPARE(r.errorString, QStringLiteral("The Paradox table \"amounts\" is damaged: field 3 has 33 decimal places."));
 }
 
 void TestParadoxReader::blockChains_data()

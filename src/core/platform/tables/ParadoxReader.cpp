@@ -99,6 +99,39 @@ bool knownType(quint8 type)
     return fieldTypeNumber(type) != 0;
 }
 
+// A BCD number (Paradox 5 and later): 17 bytes, the first one the sign (bit
+// 7 set for positive numbers, clear for negative ones, whose digits are then
+// stored as their complements to 15) and in bits 0 to 5 the digits after
+// the point; then 32 digits, one per half byte, high half first, the last
+// of them after the point. A first byte of zero is a null.
+constexpr int bcdDigits = 32;
+
+QVariant bcdValue(const uchar *cell)
+{
+    if (cell[0] == 0)
+        return {};
+    const bool positive = cell[0] & 0x80;
+    const int decimals = cell[0] & 0x3F;
+    if (decimals > bcdDigits)
+        return {};
+    const uchar flip = positive ? 0x0 : 0xF;
+    QByteArray text;
+    text.reserve(bcdDigits + 2);
+    if (!positive)
+        text += '-';
+    for (int i = 0; i < bcdDigits; ++i) {
+        const uchar nibble = ((i % 2 ? cell[1 + i / 2] : cell[1 + i / 2] >> 4) & 0xF) ^ flip;
+        if (nibble > 9)
+            return {};
+        if (i == bcdDigits - decimals)
+            text += '.';
+        text += char('0' + nibble);
+    }
+    bool ok = false;
+    const double value = text.toDouble(&ok);
+    return ok ? QVariant(value) : QVariant();
+}
+
 // Integers are stored big-endian with the sign bit flipped, so that they
 // sort as bytes; all zero bytes are a null.
 bool signFlipped(const uchar *p, int size, qint64 *value)
@@ -291,8 +324,7 @@ private:
         case Bytes:
             return QByteArray(reinterpret_cast<const char *>(cell), field.size);
         case Bcd:
-            // FIXME: BCD numbers are shown as null until they are decoded.
-            return {};
+            return bcdValue(cell);
         default:
             return isBlob(field.type) ? blobCell(field, cell) : QVariant();
         }
@@ -462,6 +494,13 @@ OpenResult openParadox(ParadoxSources sources)
         field.type = quint8(header[at]);
         field.size = quint8(header[at + 1]);
         field.offset = offset;
+        if (field.type == Bcd) {
+            // The header gives a BCD field's digits after the point; every
+            // value takes 17 bytes.
+            if (field.size > bcdDigits)
+                return damaged(QStringLiteral("field %1 has %2 decimal places.").arg(i + 1).arg(field.size));
+            field.size = 17;
+        }
         if (!knownType(field.type))
             return damaged(QStringLiteral("field %1 has the unknown type %2.").arg(i + 1).arg(field.type));
         const int required = requiredSize(field.type);
