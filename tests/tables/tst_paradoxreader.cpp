@@ -3,6 +3,7 @@
 #include "ParadoxSamples.h"
 #include "TestDir.h"
 
+#include "core/platform/tables/ParadoxCipher.h"
 #include "core/platform/tables/ParadoxReader.h"
 #include "core/platform/tables/TableReader.h"
 
@@ -30,8 +31,12 @@ private slots:
     void fixtures_data();
     void fixtures();
     void fixtureValues();
-    void encryptedTablesRefused_data();
-    void encryptedTablesRefused();
+    void protectedFixtures_data();
+    void protectedFixtures();
+    void protectedGeneratedTable_data();
+    void protectedGeneratedTable();
+    void passwordChecksum_data();
+    void passwordChecksum();
     void generatedTableInPages();
     void bcdValues_data();
     void bcdValues();
@@ -114,22 +119,111 @@ void TestParadoxReader::fixtureValues()
     }
 }
 
-void TestParadoxReader::encryptedTablesRefused_data()
+void TestParadoxReader::protectedFixtures_data()
 {
+    // The three tables share the password "123" (found by trying common
+    // ones against their header checksums).
     QTest::addColumn<QString>("file");
-    QTest::newRow("paradox 5") << "DB/encrypted.db";
-    QTest::newRow("paradox 3.5") << "DB/encrypted35.db";
-    QTest::newRow("paradox 4 with memo") << "DB/encryptedmemo.db";
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<int>("status"); // an OpenStatus
+    QTest::addColumn<QString>("firstRow");
+    QTest::addColumn<QString>("lastRow");
+    const int ok = int(OpenStatus::Ok);
+    QTest::newRow("paradox 5") << "DB/encrypted.db" << "123" << ok << "1|Value 1" << "4|Last one";
+    QTest::newRow("paradox 3.5") << "DB/encrypted35.db" << "123" << ok << "1|Test 1" << "2|Test2";
+    QTest::newRow("paradox 4 memos decrypted") << "DB/encryptedmemo.db" << "123" << ok
+                                               << " The PARADOX File Structure" << "(This is stale";
+    QTest::newRow("no password") << "DB/encrypted.db" << "" << int(OpenStatus::PasswordRequired) << "" << "";
+    QTest::newRow("wrong password") << "DB/encrypted.db" << "124" << int(OpenStatus::WrongPassword) << "" << "";
 }
 
-void TestParadoxReader::encryptedTablesRefused()
+void TestParadoxReader::protectedFixtures()
 {
     REQUIRE_FIXTURES();
     QFETCH(QString, file);
-    const OpenResult r = openTableFile(fixtures::path(file));
-    QVERIFY(!r.ok());
-    QCOMPARE(r.status, OpenStatus::Unsupported);
-    QVERIFY2(r.errorString.endsWith(QStringLiteral("is encrypted, which Tarnby cannot read.")), qPrintable(r.errorString));
+    QFETCH(QString, password);
+    QFETCH(int, status);
+    QFETCH(QString, firstRow);
+    QFETCH(QString, lastRow);
+    const OpenResult r = openTableFile(fixtures::path(file), password);
+    QCOMPARE(int(r.status), status);
+    if (!r.ok())
+        return;
+    Result<std::unique_ptr<Table>> t = r.file->openTable(r.file->tableNames().value(0));
+    QVERIFY(t.ok());
+    const QList<Row> rows = allRows(*t.value);
+    QVERIFY(!rows.isEmpty());
+    auto joined = [](const Row &row) {
+        QStringList cells;
+        for (const QVariant &v : row)
+            cells << v.toString();
+        return cells.join(u'|');
+    };
+    QVERIFY2(joined(rows.first()).startsWith(firstRow), qPrintable(joined(rows.first()).left(80)));
+    QVERIFY2(joined(rows.last()).startsWith(lastRow), qPrintable(joined(rows.last()).left(80)));
+    // Memos come whole, with no stray bytes from a wrongly keyed chunk.
+    for (const Row &row : rows) {
+        const QString text = row.value(row.size() - 1).toString();
+        QVERIFY(std::none_of(text.cbegin(), text.cend(), [](QChar c) { return c < u' ' && c != u'\n' && c != u'\r' && c != u'\t' && c != u'\f'; }));
+    }
+}
+
+void TestParadoxReader::protectedGeneratedTable_data()
+{
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<int>("status");
+    QTest::newRow("right password") << "Secret" << int(OpenStatus::Ok);
+    QTest::newRow("password case matters") << "secret" << int(OpenStatus::WrongPassword);
+    QTest::newRow("no password") << "" << int(OpenStatus::PasswordRequired);
+}
+
+void TestParadoxReader::protectedGeneratedTable()
+{
+    QFETCH(QString, password);
+    QFETCH(int, status);
+    // Eleven 1 KB blocks of four chunks each, encrypted here chunk by chunk
+    // with each chunk's place in its block and its block's number.
+    Sample s;
+    s.records = 31;
+    s.perBlock = 3;
+    QByteArray bytes = paradoxTable(s);
+    const quint32 checksum = paradoxPasswordChecksum("Secret");
+    qToLittleEndian(checksum, bytes.data() + 0x5C);
+    constexpr int headerSize = 2048;
+    constexpr int blockSize = 1024;
+    for (qsizetype at = headerSize; at < bytes.size(); at += 256) {
+        const qsizetype block = (at - headerSize) / blockSize + 1;
+        const qsizetype chunk = (at - headerSize) % blockSize / 256;
+        encryptParadoxChunk(reinterpret_cast<uchar *>(bytes.data()) + at, checksum, int(chunk), int(block));
+    }
+    QVERIFY(!bytes.contains("row 7"));
+    TestDir dir;
+    const OpenResult r = openTableFile(dir.createFile(QStringLiteral("locked.db"), bytes), password);
+    QCOMPARE(int(r.status), status);
+    if (!r.ok())
+        return;
+    Result<std::unique_ptr<Table>> t = r.file->openTable(r.file->tableNames().value(0));
+    QVERIFY(t.ok());
+    QCOMPARE(t.value->rowCount(), 31);
+    const QList<Row> rows = allRows(*t.value);
+    for (int i = 0; i < rows.size(); ++i)
+        QCOMPARE(rows[i], (Row{qlonglong(i), QStringLiteral("row %1").arg(i)}));
+}
+
+void TestParadoxReader::passwordChecksum_data()
+{
+    QTest::addColumn<QByteArray>("password");
+    QTest::addColumn<quint32>("checksum");
+    // As kept in the headers of the protected fixtures (password "123").
+    QTest::newRow("fixture password") << QByteArray("123") << quint32(0x0A25E09A);
+    QTest::newRow("empty password") << QByteArray() << quint32(0);
+}
+
+void TestParadoxReader::passwordChecksum()
+{
+    QFETCH(QByteArray, password);
+    QFETCH(quint32, checksum);
+    QCOMPARE(paradoxPasswordChecksum(password), checksum);
 }
 
 void TestParadoxReader::generatedTableInPages()
