@@ -4,7 +4,10 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QHash>
+#include <QMutex>
 #include <QSqlDatabase>
+#include <QThread>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -16,40 +19,63 @@ namespace tarnby::tables {
 
 namespace {
 
-// One QtSql connection per open file, named uniquely, removed when the file
-// and the last of its tables are gone.
+// QtSql connections per open file, named uniquely, removed when the file
+// and the last of its tables are gone. A connection serves only the thread
+// that made it, and a file may be opened on a worker and read on the
+// interface thread: each thread that reads the file gets a connection of
+// its own.
 class Connection
 {
 public:
     explicit Connection(const QString &path)
-        : m_name(QStringLiteral("tarnby-table-%1").arg(s_next.fetch_add(1)))
+        : m_path(path)
+        , m_base(QStringLiteral("tarnby-table-%1").arg(s_next.fetch_add(1)))
     {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
-        db.setDatabaseName(path);
-        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
-        m_open = db.open();
-        if (!m_open)
-            m_error = db.lastError().text();
+        m_open = connect(m_base, &m_error);
+        m_names.insert(QThread::currentThread(), m_base);
     }
 
     ~Connection()
     {
-        {
-            QSqlDatabase db = QSqlDatabase::database(m_name, false);
-            db.close();
-        }
-        QSqlDatabase::removeDatabase(m_name);
+        for (const QString &name : std::as_const(m_names))
+            QSqlDatabase::removeDatabase(name);
     }
 
     bool isOpen() const { return m_open; }
     QString error() const { return m_error; }
-    QSqlDatabase database() const { return QSqlDatabase::database(m_name, false); }
+    QSqlDatabase database() const
+    {
+        QMutexLocker lock(&m_mutex);
+        QThread *thread = QThread::currentThread();
+        auto name = m_names.constFind(thread);
+        if (name == m_names.cend()) {
+            const QString added = m_base + QStringLiteral("-%1").arg(m_names.size());
+            QString ignored;
+            connect(added, &ignored);
+            name = m_names.insert(thread, added);
+        }
+        return QSqlDatabase::database(*name, false);
+    }
 
 private:
+    bool connect(const QString &name, QString *error) const
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(m_path);
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (db.open())
+            return true;
+        *error = db.lastError().text();
+        return false;
+    }
+
     static inline std::atomic<int> s_next{0};
-    QString m_name;
+    QString m_path;
+    QString m_base;
     bool m_open = false;
     QString m_error;
+    mutable QMutex m_mutex;
+    mutable QHash<QThread *, QString> m_names;
 };
 
 QString quoted(const QString &identifier)
