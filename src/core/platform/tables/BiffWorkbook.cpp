@@ -1,5 +1,7 @@
 #include "BiffWorkbook.h"
 
+#include "ReaderSupport.h"
+
 #include <QDate>
 #include <QDateTime>
 #include <QHash>
@@ -154,35 +156,6 @@ QVariant serialValue(double serial, Shown shown, bool system1904)
         return time;
     default:
         return QDateTime(date, time);
-    }
-}
-
-// The name QStringDecoder knows a Windows code page number by.
-QByteArray codePageName(int codePage)
-{
-    switch (codePage) {
-    case 367:
-        return "US-ASCII";
-    case 932:
-        return "Shift_JIS";
-    case 936:
-        return "GBK";
-    case 949:
-        return "windows-949";
-    case 950:
-        return "Big5";
-    case 10000:
-    case 32768:
-        return "macintosh";
-    case 1200:
-    case 32769:
-        return "windows-1252";
-    default:
-        if ((codePage >= 1250 && codePage <= 1258) || codePage == 874)
-            return "windows-" + QByteArray::number(codePage);
-        if (codePage >= 437 && codePage <= 869)
-            return "IBM" + QByteArray::number(codePage);
-        return "windows-1252";
     }
 }
 
@@ -452,7 +425,10 @@ struct BiffWorkbook::State {
             return true;
         case Rec::CodePage:
             if (r.size >= 2) {
-                QStringDecoder decoder(codePageName(u16(r.data)).constData(), QStringConverter::Flag::Stateless);
+                // 1200 (UTF-16) names BIFF 8 strings, which carry their own
+                // encoding; 8-bit strings then stay in Windows-1252.
+                const int number = u16(r.data);
+                QStringDecoder decoder = codePageDecoder(number == 1200 ? 1252 : number);
                 if (decoder.isValid())
                     codePage = std::move(decoder);
             }

@@ -170,22 +170,11 @@ bool paradoxDouble(const uchar *p, double *value)
     return true;
 }
 
+// Text in the code page the header names; tables that name none are in
+// code page 437.
 QStringDecoder decoderForCodePage(int codePage)
 {
-    QByteArray name;
-    if ((codePage >= 1250 && codePage <= 1258) || codePage == 874 || codePage == 949)
-        name = "windows-" + QByteArray::number(codePage);
-    else if (codePage == 932)
-        name = "Shift_JIS";
-    else if (codePage == 936)
-        name = "GBK";
-    else if (codePage == 950)
-        name = "Big5";
-    else if (codePage > 0)
-        name = "IBM" + QByteArray::number(codePage);
-    else
-        name = "IBM437";
-    QStringDecoder decoder(name.constData(), QStringConverter::Flag::Stateless);
+    QStringDecoder decoder = codePageDecoder(codePage > 0 ? codePage : 437);
     if (!decoder.isValid())
         decoder = QStringDecoder(QStringConverter::Latin1);
     return decoder;
