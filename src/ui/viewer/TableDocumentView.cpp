@@ -190,6 +190,11 @@ void TableDocumentView::showTable()
     m_switchable = !m_oneTableFile;
     m_databaseName = m_oneTableFile ? m_folder : info.absoluteFilePath();
     m_recordSource = m_oneTableFile ? m_fileName : QString();
+    // The grid and the record bar are there at once, the bar saying that
+    // the file is being opened.
+    layoutGrid();
+    m_grid->show();
+    m_data1->show();
     startOpening();
 }
 
