@@ -30,7 +30,7 @@ constexpr quint16 Sst = 0x00FC, Continue = 0x003C;
 constexpr quint16 Format2 = 0x001E, Format = 0x041E;
 constexpr quint16 Xf2 = 0x0043, Xf3 = 0x0243, Xf4 = 0x0443, Xf = 0x00E0;
 constexpr quint16 Integer2 = 0x0002, Number2 = 0x0003, Label2 = 0x0004, BoolErr2 = 0x0005;
-constexpr quint16 Formula2 = 0x0006, String2 = 0x0007;
+constexpr quint16 String2 = 0x0007;
 constexpr quint16 Number = 0x0203, Label = 0x0204, BoolErr = 0x0205, String = 0x0207;
 constexpr quint16 Formula = 0x0006, Formula3 = 0x0206, Formula4 = 0x0406;
 constexpr quint16 Dimensions2 = 0x0000, Dimensions = 0x0200;
