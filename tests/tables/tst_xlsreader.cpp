@@ -325,6 +325,12 @@ void TestXlsReader::hostileWorkbooks_data()
     QByteArray away = workbookStream(lost);
     patch32(away, away.indexOf(QByteArray::fromHex("8500")) + 4, 0x7FFFFFF0);
     QTest::newRow("sheet offset outside the stream") << away << qint64(-1) << 0;
+    Workbook globals;
+    globals.sst = {QStringLiteral("s")};
+    globals.sheets << Sheet{QStringLiteral("A"), {labelSst(0, 0, 0)}};
+    QByteArray back = workbookStream(globals);
+    patch32(back, back.indexOf(QByteArray::fromHex("8500")) + 4, 0);
+    QTest::newRow("sheet offset back at the globals") << back << qint64(-1) << 0;
     QByteArray cut = workbookStream(oneSheet({number(0, 0, 0, 1), number(1, 0, 0, 2)}));
     cut.chop(20);
     QTest::newRow("stream cut inside a record") << cut << qint64(1) << 1;

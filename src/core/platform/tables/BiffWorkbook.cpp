@@ -487,11 +487,13 @@ struct BiffWorkbook::State {
                     break;
                 continue;
             }
-            if (depth > 1 || readCommon(r))
+            // From BIFF 5 on, formats and shared strings belong to the
+            // workbook's globals: a worksheet's copies are not read again.
+            if (depth > 1 || ((!sheet || version < 5) && readCommon(r)))
                 continue;
             if (encrypted)
                 break;
-            if (r.type == Rec::Sst) {
+            if (r.type == Rec::Sst && !sheet) {
                 readSst(r, &pos);
                 continue;
             }
@@ -737,7 +739,8 @@ BiffSheet BiffWorkbook::readSheet(int index) const
             d->xfFormats.clear();
         }
         Record bof;
-        if (!d->recordAt(entry.bof, &bof) || !isBof(bof.type)) {
+        // The record there must start a worksheet (not the globals again).
+        if (!d->recordAt(entry.bof, &bof) || !isBof(bof.type) || bof.size < 4 || u16(bof.data + 2) != worksheetType) {
             sheet.errorString = QStringLiteral("the worksheet's records are not where the workbook says");
             return sheet;
         }
