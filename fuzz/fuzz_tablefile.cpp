@@ -1,5 +1,5 @@
 // Feeds arbitrary bytes to the table readers that go through outside
-// libraries (libmdb for Access, FreeXL for Excel, libwps for Lotus, SQLite):
+// libraries (libmdb for Access, libwps for Lotus, SQLite) and our Excel reader:
 // the first byte picks the file's extension, the rest is written to a
 // temporary file that openTableFile opens as a user's file would be; every
 // table is opened and its first rows read. Any fault is a finding.

@@ -7,6 +7,7 @@
 #include "FlashPixSamples.h"
 #include "FuzzTables.h"
 #include "ParadoxSamples.h"
+#include "XlsSamples.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -80,6 +81,33 @@ void saveParadoxSeeds(const QString &folder)
     shuffled.records = 9;
     shuffled.chain = {3, 1, 5, 2, 4};
     save(folder, "shuffled.bin", fuzztables::pack(0, false, paradoxsamples::paradoxTable(shuffled), mb));
+    paradoxsamples::Sample amounts;
+    amounts.bcd = {paradoxsamples::paradoxBcd("123.45", 2), paradoxsamples::paradoxBcd("-0.5", 2)};
+    save(folder, "bcd.bin", fuzztables::pack(0, false, paradoxsamples::paradoxTable(amounts), {}));
+}
+
+// Excel workbooks for fuzz_tablefile (selector 1: ".xls"): BIFF 8 with
+// shared strings split across CONTINUE records, dates and formulas, and
+// BIFF 5 with 8-bit text.
+void saveTableFileSeeds(const QString &folder)
+{
+    using namespace xlssamples;
+    Workbook biff8;
+    biff8.sst = {QStringLiteral("Name"), QStringLiteral("Born"), QStringLiteral("Ωmega and a long text that goes on")};
+    biff8.sstPiece = 24;
+    biff8.richStrings = 2;
+    biff8.xfFormats = {0, 14, 22};
+    biff8.formats << qMakePair(quint16(164), QStringLiteral("dd/mm/yyyy"));
+    Sheet data{QStringLiteral("Data"), {labelSst(0, 0, 0), labelSst(0, 1, 1)}};
+    for (quint16 r = 1; r < 8; ++r)
+        data.records << labelSst(r, 0, 2) << rk(r, 1, 1, (quint32(36526 + r) << 2) | 2) << mulRk(r, 2, {0x3FF80000, 7})
+                     << formulaText(r, 4, QStringLiteral("text")) << boolErr(r, 5, 1, false);
+    biff8.sheets << data << Sheet{QStringLiteral("Chart"), {}, 2};
+    save(folder, "biff8.bin", QByteArray(1, '\x01') + xlsFile(biff8));
+    Workbook biff5;
+    biff5.version = 5;
+    biff5.sheets << Sheet{QStringLiteral("Old"), {label5(0, 0, "Caf\xE9"), number(1, 0, 0, 2.5)}};
+    save(folder, "biff5.bin", QByteArray(1, '\x01') + xlsFile(biff5));
 }
 
 } // namespace
@@ -174,5 +202,6 @@ int main(int argc, char **argv)
     }
     saveDbfSeeds(root + "/dbf");
     saveParadoxSeeds(root + "/paradox");
+    saveTableFileSeeds(root + "/tablefile");
     return 0;
 }

@@ -14,7 +14,7 @@ PACKAGES=(
   libjpeg62-turbo-dev libpng-dev libmagick++-dev libgs-dev libemf2svg-dev libdxflib-dev libgsf-1-dev
   libtiff-dev
   # tables, documents, archives, mail
-  mdbtools-dev libfreexl-dev libwps-dev librevenge-dev libarchive-dev libvmime-dev
+  mdbtools-dev libwps-dev librevenge-dev libarchive-dev libvmime-dev
   qtkeychain-qt6-dev antiword catdoc
   # sound and video
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad

@@ -11,9 +11,30 @@ QByteArray paradoxLong(qint32 value)
     return b;
 }
 
+QByteArray paradoxBcd(const QByteArray &number, int decimals)
+{
+    const bool negative = number.startsWith('-');
+    QByteArray digits = number.mid(negative ? 1 : 0);
+    const qsizetype point = digits.indexOf('.');
+    QByteArray whole = point < 0 ? digits : digits.left(point);
+    QByteArray fraction = point < 0 ? QByteArray() : digits.mid(point + 1);
+    fraction = fraction.leftJustified(decimals, '0');
+    const QByteArray all = whole.rightJustified(32 - decimals, '0') + fraction;
+    QByteArray b(17, '\0');
+    b[0] = char((negative ? 0x00 : 0x80) | decimals);
+    for (int i = 0; i < 32; ++i) {
+        int nibble = all[i] - '0';
+        if (negative)
+            nibble ^= 0xF;
+        b[1 + i / 2] = char(uchar(b[1 + i / 2]) | (i % 2 ? nibble : nibble << 4));
+    }
+    return b;
+}
+
 QByteArray paradoxTable(const Sample &s)
 {
-    constexpr int recordSize = 12;
+    const bool withBcd = !s.bcd.isEmpty();
+    const int recordSize = withBcd ? 29 : 12;
     constexpr int headerSize = 2048;
     constexpr int blockSize = 1024;
     const int blocks = (s.records + s.perBlock - 1) / s.perBlock;
@@ -32,7 +53,7 @@ QByteArray paradoxTable(const Sample &s)
     }
     qToLittleEndian(quint16(chain.value(0)), h.data() + 0x0E);
     qToLittleEndian(quint16(chain.value(chain.size() - 1)), h.data() + 0x10);
-    qToLittleEndian(quint16(2), h.data() + 0x21);
+    qToLittleEndian(quint16(withBcd ? 3 : 2), h.data() + 0x21);
     h[0x39] = 0x0B;
     qToLittleEndian(quint16(1252), h.data() + 0x6A);
     int at = 0x78;
@@ -40,10 +61,15 @@ QByteArray paradoxTable(const Sample &s)
     h[at++] = 4;
     h[at++] = 0x01;
     h[at++] = 8;
-    at += 4 + 8;
+    if (withBcd) {
+        h[at++] = 0x17;
+        h[at++] = char(s.bcdDecimals);
+    }
+    at += 4 + (withBcd ? 12 : 8);
     h.replace(at, 9, "sample.db");
     at += 79;
-    h.replace(at, 7, QByteArray("Id\0Name\0", 8).left(7));
+    const QByteArray names = withBcd ? QByteArray("Id\0Name\0Amount", 15) : QByteArray("Id\0Name", 7);
+    h.replace(at, names.size(), names);
     QByteArray file = h;
     int record = 0;
     for (int b = 1; b <= blocks; ++b) {
@@ -55,6 +81,8 @@ QByteArray paradoxTable(const Sample &s)
         qToLittleEndian(qint16((n - 1) * recordSize), block.data() + 4);
         for (int i = 0; i < n; ++i, ++record) {
             QByteArray r = paradoxLong(record) + QByteArray("row ") + QByteArray::number(record).leftJustified(4, '\0');
+            if (withBcd)
+                r += s.bcd[record % s.bcd.size()];
             block.replace(6 + i * recordSize, recordSize, r);
         }
         file += block;

@@ -14,9 +14,15 @@ struct Sample {
     int records = 5;
     int perBlock = 2;
     QList<int> chain;
+    // When not empty, a third field "Amount", BCD with bcdDecimals digits
+    // after the point; record n holds bcd[n % size] (17 bytes each).
+    QList<QByteArray> bcd;
+    int bcdDecimals = 2;
 };
 
 QByteArray paradoxTable(const Sample &s);
 QByteArray paradoxLong(qint32 value);
+// A BCD value: digits (with an optional point) as Paradox stores them.
+QByteArray paradoxBcd(const QByteArray &number, int decimals);
 
 } // namespace paradoxsamples

@@ -3,6 +3,7 @@
 #include "ParadoxSamples.h"
 #include "TestDir.h"
 
+#include "core/platform/tables/ParadoxCipher.h"
 #include "core/platform/tables/ParadoxReader.h"
 #include "core/platform/tables/TableReader.h"
 
@@ -20,6 +21,7 @@ using Opened = OpenedTable;
 } // namespace
 
 using paradoxsamples::Sample;
+using paradoxsamples::paradoxBcd;
 using paradoxsamples::paradoxTable;
 
 class TestParadoxReader : public QObject
@@ -29,9 +31,16 @@ private slots:
     void fixtures_data();
     void fixtures();
     void fixtureValues();
-    void encryptedTablesRefused_data();
-    void encryptedTablesRefused();
+    void protectedFixtures_data();
+    void protectedFixtures();
+    void protectedGeneratedTable_data();
+    void protectedGeneratedTable();
+    void passwordChecksum_data();
+    void passwordChecksum();
     void generatedTableInPages();
+    void bcdValues_data();
+    void bcdValues();
+    void bcdDecimalsBeyondDigits();
     void blockChains_data();
     void blockChains();
     void hostileHeaders_data();
@@ -110,22 +119,111 @@ void TestParadoxReader::fixtureValues()
     }
 }
 
-void TestParadoxReader::encryptedTablesRefused_data()
+void TestParadoxReader::protectedFixtures_data()
 {
+    // The three tables share the password "123" (found by trying common
+    // ones against their header checksums).
     QTest::addColumn<QString>("file");
-    QTest::newRow("paradox 5") << "DB/encrypted.db";
-    QTest::newRow("paradox 3.5") << "DB/encrypted35.db";
-    QTest::newRow("paradox 4 with memo") << "DB/encryptedmemo.db";
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<int>("status"); // an OpenStatus
+    QTest::addColumn<QString>("firstRow");
+    QTest::addColumn<QString>("lastRow");
+    const int ok = int(OpenStatus::Ok);
+    QTest::newRow("paradox 5") << "DB/encrypted.db" << "123" << ok << "1|Value 1" << "4|Last one";
+    QTest::newRow("paradox 3.5") << "DB/encrypted35.db" << "123" << ok << "1|Test 1" << "2|Test2";
+    QTest::newRow("paradox 4 memos decrypted") << "DB/encryptedmemo.db" << "123" << ok
+                                               << " The PARADOX File Structure" << "(This is stale";
+    QTest::newRow("no password") << "DB/encrypted.db" << "" << int(OpenStatus::PasswordRequired) << "" << "";
+    QTest::newRow("wrong password") << "DB/encrypted.db" << "124" << int(OpenStatus::WrongPassword) << "" << "";
 }
 
-void TestParadoxReader::encryptedTablesRefused()
+void TestParadoxReader::protectedFixtures()
 {
     REQUIRE_FIXTURES();
     QFETCH(QString, file);
-    const OpenResult r = openTableFile(fixtures::path(file));
-    QVERIFY(!r.ok());
-    QCOMPARE(r.status, OpenStatus::Unsupported);
-    QVERIFY2(r.errorString.endsWith(QStringLiteral("is encrypted, which Tarnby cannot read.")), qPrintable(r.errorString));
+    QFETCH(QString, password);
+    QFETCH(int, status);
+    QFETCH(QString, firstRow);
+    QFETCH(QString, lastRow);
+    const OpenResult r = openTableFile(fixtures::path(file), password);
+    QCOMPARE(int(r.status), status);
+    if (!r.ok())
+        return;
+    Result<std::unique_ptr<Table>> t = r.file->openTable(r.file->tableNames().value(0));
+    QVERIFY(t.ok());
+    const QList<Row> rows = allRows(*t.value);
+    QVERIFY(!rows.isEmpty());
+    auto joined = [](const Row &row) {
+        QStringList cells;
+        for (const QVariant &v : row)
+            cells << v.toString();
+        return cells.join(u'|');
+    };
+    QVERIFY2(joined(rows.first()).startsWith(firstRow), qPrintable(joined(rows.first()).left(80)));
+    QVERIFY2(joined(rows.last()).startsWith(lastRow), qPrintable(joined(rows.last()).left(80)));
+    // Memos come whole, with no stray bytes from a wrongly keyed chunk.
+    for (const Row &row : rows) {
+        const QString text = row.value(row.size() - 1).toString();
+        QVERIFY(std::none_of(text.cbegin(), text.cend(), [](QChar c) { return c < u' ' && c != u'\n' && c != u'\r' && c != u'\t' && c != u'\f'; }));
+    }
+}
+
+void TestParadoxReader::protectedGeneratedTable_data()
+{
+    QTest::addColumn<QString>("password");
+    QTest::addColumn<int>("status");
+    QTest::newRow("right password") << "Secret" << int(OpenStatus::Ok);
+    QTest::newRow("password case matters") << "secret" << int(OpenStatus::WrongPassword);
+    QTest::newRow("no password") << "" << int(OpenStatus::PasswordRequired);
+}
+
+void TestParadoxReader::protectedGeneratedTable()
+{
+    QFETCH(QString, password);
+    QFETCH(int, status);
+    // Eleven 1 KB blocks of four chunks each, encrypted here chunk by chunk
+    // with each chunk's place in its block and its block's number.
+    Sample s;
+    s.records = 31;
+    s.perBlock = 3;
+    QByteArray bytes = paradoxTable(s);
+    const quint32 checksum = paradoxPasswordChecksum("Secret");
+    qToLittleEndian(checksum, bytes.data() + 0x5C);
+    constexpr int headerSize = 2048;
+    constexpr int blockSize = 1024;
+    for (qsizetype at = headerSize; at < bytes.size(); at += 256) {
+        const qsizetype block = (at - headerSize) / blockSize + 1;
+        const qsizetype chunk = (at - headerSize) % blockSize / 256;
+        encryptParadoxChunk(reinterpret_cast<uchar *>(bytes.data()) + at, checksum, int(chunk), int(block));
+    }
+    QVERIFY(!bytes.contains("row 7"));
+    TestDir dir;
+    const OpenResult r = openTableFile(dir.createFile(QStringLiteral("locked.db"), bytes), password);
+    QCOMPARE(int(r.status), status);
+    if (!r.ok())
+        return;
+    Result<std::unique_ptr<Table>> t = r.file->openTable(r.file->tableNames().value(0));
+    QVERIFY(t.ok());
+    QCOMPARE(t.value->rowCount(), 31);
+    const QList<Row> rows = allRows(*t.value);
+    for (int i = 0; i < rows.size(); ++i)
+        QCOMPARE(rows[i], (Row{qlonglong(i), QStringLiteral("row %1").arg(i)}));
+}
+
+void TestParadoxReader::passwordChecksum_data()
+{
+    QTest::addColumn<QByteArray>("password");
+    QTest::addColumn<quint32>("checksum");
+    // As kept in the headers of the protected fixtures (password "123").
+    QTest::newRow("fixture password") << QByteArray("123") << quint32(0x0A25E09A);
+    QTest::newRow("empty password") << QByteArray() << quint32(0);
+}
+
+void TestParadoxReader::passwordChecksum()
+{
+    QFETCH(QByteArray, password);
+    QFETCH(quint32, checksum);
+    QCOMPARE(paradoxPasswordChecksum(password), checksum);
 }
 
 void TestParadoxReader::generatedTableInPages()
@@ -147,6 +245,61 @@ void TestParadoxReader::generatedTableInPages()
             }
         }
     }
+}
+
+void TestParadoxReader::bcdValues_data()
+{
+    QTest::addColumn<QByteArray>("cell");
+    QTest::addColumn<int>("decimals");
+    QTest::addColumn<QVariant>("expected");
+    QTest::newRow("positive with decimals") << paradoxBcd("123.45", 2) << 2 << QVariant(123.45);
+    QTest::newRow("negative digits complemented") << paradoxBcd("-123.45", 2) << 2 << QVariant(-123.45);
+    QTest::newRow("negative below one") << paradoxBcd("-0.5", 2) << 2 << QVariant(-0.5);
+    QTest::newRow("no decimals") << paradoxBcd("987654321", 0) << 0 << QVariant(987654321.0);
+    QTest::newRow("six decimals") << paradoxBcd("7.000001", 6) << 6 << QVariant(7.000001);
+    QTest::newRow("all thirty-two digits whole") << paradoxBcd("12345678901234567890123456789012", 0) << 0
+                                                 << QVariant(12345678901234567890123456789012.0);
+    QTest::newRow("zero") << paradoxBcd("0", 2) << 2 << QVariant(0.0);
+    QTest::newRow("null") << QByteArray(17, '\0') << 2 << QVariant();
+    QByteArray badDigit = paradoxBcd("1", 2);
+    badDigit[16] = char(0xAA);
+    QTest::newRow("half byte above nine is no number") << badDigit << 2 << QVariant();
+}
+
+void TestParadoxReader::bcdValues()
+{
+    QFETCH(QByteArray, cell);
+    QFETCH(int, decimals);
+    QFETCH(QVariant, expected);
+    Sample s;
+    s.records = 3;
+    s.bcd = {cell};
+    s.bcdDecimals = decimals;
+    TestDir dir;
+    Opened o = openFirstTable(dir.createFile(QStringLiteral("amounts.db"), paradoxTable(s)));
+    QVERIFY2(o.table, qPrintable(o.error));
+    const Field amount = o.table->fields().value(2);
+    QCOMPARE(amount.name, QStringLiteral("Amount"));
+    QCOMPARE(amount.type, FieldType::Decimal);
+    const QList<Row> rows = allRows(*o.table);
+    QCOMPARE(rows.size(), 3);
+    for (const Row &row : rows) {
+        QCOMPARE(row.value(1).toString().left(4), QStringLiteral("row "));
+        QCOMPARE(row.value(2).isValid(), expected.isValid());
+        if (expected.isValid())
+            QVERIFY2(qFuzzyCompare(row.value(2).toDouble(), expected.toDouble()), qPrintable(row.value(2).toString()));
+    }
+}
+
+void TestParadoxReader::bcdDecimalsBeyondDigits()
+{
+    Sample s;
+    s.bcd = {paradoxBcd("1", 2)};
+    s.bcdDecimals = 33;
+    TestDir dir;
+    const OpenResult r = openTableFile(dir.createFile(QStringLiteral("amounts.db"), paradoxTable(s)));
+    QCOMPARE(r.status, OpenStatus::Failed);
+    QCOMPARE(r.errorString, QStringLiteral("The Paradox table \"amounts\" is damaged: field 3 has 33 decimal places."));
 }
 
 void TestParadoxReader::blockChains_data()

@@ -52,6 +52,8 @@ private slots:
     void sqliteUnderAnyName();
     void damagedDatabase();
     void otherDbFilesAreParadoxTables();
+    void pagesOfALargeTable_data();
+    void pagesOfALargeTable();
 };
 
 void TestSqliteReader::tablesListedSystemTablesHidden()
@@ -197,6 +199,76 @@ void TestSqliteReader::otherDbFilesAreParadoxTables()
     const OpenResult states = openTableFile(fixtures::path(QStringLiteral("DB/STATES.DB")));
     QVERIFY2(states.ok(), qPrintable(states.errorString));
     QCOMPARE(states.file->formatName(), QStringLiteral("Paradox"));
+}
+
+void TestSqliteReader::pagesOfALargeTable_data()
+{
+    // 100,000 rows whose column v counts from 0; the rows kept, in order.
+    QTest::addColumn<QStringList>("statements");
+    QTest::addColumn<QList<qint64>>("values");
+    const QString fill = QStringLiteral("INSERT INTO t (v) WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n "
+                                        "WHERE i < 99999) SELECT i FROM n");
+    QList<qint64> all;
+    QList<qint64> gaps;
+    for (qint64 i = 0; i < 100000; ++i) {
+        all << i;
+        if (i % 7 != 3)
+            gaps << i;
+    }
+    QTest::newRow("row ids") << QStringList{"CREATE TABLE t (v INTEGER, label TEXT)", fill} << all;
+    QTest::newRow("gaps in the row ids")
+        << QStringList{"CREATE TABLE t (v INTEGER, label TEXT)", fill, "DELETE FROM t WHERE v % 7 = 3"} << gaps;
+    QTest::newRow("a column named rowid") << QStringList{"CREATE TABLE t (rowid TEXT, v INTEGER)", fill} << all;
+    QTest::newRow("no row ids: pages by offset")
+        << QStringList{"CREATE TABLE t (v INTEGER PRIMARY KEY, label TEXT) WITHOUT ROWID", fill} << all;
+}
+
+void TestSqliteReader::pagesOfALargeTable()
+{
+    QFETCH(QStringList, statements);
+    QFETCH(QList<qint64>, values);
+    TestDir dir;
+    const QString path = dir.filePath(QStringLiteral("large.db"));
+    QVERIFY(makeDatabase(path, statements));
+    const OpenResult r = openTableFile(path);
+    QVERIFY2(r.ok(), qPrintable(r.errorString));
+    Result<std::unique_ptr<Table>> t = r.file->openTable(QStringLiteral("t"));
+    QVERIFY2(t.ok(), qPrintable(t.errorString));
+    QCOMPARE(t.value->rowCount(), values.size());
+    const int v = t.value->fields().value(0).name == QLatin1String("v") ? 0 : 1;
+    const qint64 rows = values.size();
+    constexpr int page = 500;
+    auto check = [&](qint64 first) {
+        const Result<QList<Row>> read = t.value->readRows(first, page);
+        if (!read.ok())
+            return read.errorString;
+        const qint64 expected = qMin<qint64>(page, rows - first);
+        if (read.value.size() != expected)
+            return QStringLiteral("page at %1: %2 rows, not %3").arg(first).arg(read.value.size()).arg(expected);
+        for (int i = 0; i < read.value.size(); ++i) {
+            if (read.value[i].value(v).toLongLong() != values[first + i])
+                return QStringLiteral("row %1: %2, not %3").arg(first + i).arg(read.value[i].value(v).toLongLong()).arg(values[first + i]);
+        }
+        return QString();
+    };
+    // Jumps first (nothing known yet), then every page down and back up.
+    for (qint64 first : {rows - 1, rows / 2 + 17, qint64(12345), qint64(0), rows - page}) {
+        const QString error = check(first);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+    }
+    for (qint64 first = 0; first < rows; first += page) {
+        const QString error = check(first);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+    }
+    for (qint64 first = (rows - 1) / page * page; first >= 0; first -= page) {
+        const QString error = check(first);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+    }
+    // Pages that straddle the ones read before.
+    for (qint64 first : {qint64(page / 2), rows - page - page / 2, qint64(33333)}) {
+        const QString error = check(first);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestSqliteReader)

@@ -3,6 +3,7 @@
 #include "ModalCloser.h"
 #include "SqliteSamples.h"
 #include "UiFixture.h"
+#include "XlsSamples.h"
 
 #include "core/app/SettingsStore.h"
 #include "core/app/Twips.h"
@@ -24,11 +25,13 @@
 #include <QListWidget>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 #include <QTextEdit>
+#include <QThreadPool>
 #include <QToolButton>
 
 using namespace tarnby;
@@ -107,6 +110,8 @@ class TestTableView : public QObject
 {
     Q_OBJECT
 private slots:
+    void openingOffTheInterfaceThread_data();
+    void openingOffTheInterfaceThread();
     void init();
     void cleanup();
 
@@ -132,6 +137,7 @@ private slots:
 
 private:
     ChildFrm1 *open(const QString &path);
+    bool waitOpened(ChildFrm1 *w);
     TableDocumentView *viewOf(ChildFrm1 *w) { return qobject_cast<TableDocumentView *>(w->documentView()); }
     CommandBar *bar() { return m_frame->commandBar(); }
 
@@ -161,7 +167,17 @@ ChildFrm1 *TestTableView::open(const QString &path)
     if (!w)
         return nullptr;
     QSignalSpy shown(w, &ChildFrm1::documentShown);
-    return shown.wait(20000) ? w : nullptr;
+    return shown.wait(20000) && waitOpened(w) ? w : nullptr;
+}
+
+bool TestTableView::waitOpened(ChildFrm1 *w)
+{
+    // The file opens on a worker: wait for its table too.
+    TableDocumentView *view = viewOf(w);
+    if (!view || !view->isOpening())
+        return true;
+    QSignalSpy opened(view, &TableDocumentView::opened);
+    return opened.wait(20000);
 }
 
 void TestTableView::showTable()
@@ -551,6 +567,7 @@ void TestTableView::properties()
     QVERIFY(w);
     QSignalSpy shown(w, &ChildFrm1::documentShown);
     QVERIFY(shown.wait(20000));
+    QVERIFY(waitOpened(w));
 
     QStringList seenCaptions, seenValues, seenLines;
     bool fieldsShown = false;
@@ -631,6 +648,57 @@ void TestTableView::browserTableCommands()
     browser->toolClick(QStringLiteral("ID_mnuViewTableComments"));
     QCOMPARE(browser->frame()->mdiArea()->subWindowList().size(), 1);
     QCOMPARE(m_ui->responder.messageTexts(), QStringList{QStringLiteral("Please select a Comment Field to Display")});
+}
+
+void TestTableView::openingOffTheInterfaceThread_data()
+{
+    QTest::addColumn<bool>("closeWhileOpening");
+    QTest::newRow("the view gets its tables") << false;
+    QTest::newRow("closing the window while it opens is safe") << true;
+}
+
+void TestTableView::openingOffTheInterfaceThread()
+{
+    QFETCH(bool, closeWhileOpening);
+    // A workbook of 240,000 cells: reading it keeps the worker busy well
+    // after the window has been shown.
+    xlssamples::Workbook book;
+    xlssamples::Sheet sheet{QStringLiteral("Big"), {}};
+    for (int r = 0; r < 60000; ++r)
+        for (int c = 0; c < 4; ++c)
+            sheet.records << xlssamples::number(quint16(r), quint16(c), 0, r + c);
+    book.sheets << sheet;
+    TestDir dir;
+    const QString path = dir.createFile(QStringLiteral("big.xls"), xlssamples::xlsFile(book));
+    auto *w = qobject_cast<ChildFrm1 *>(m_frame->NewWindowFile(path, viewer::DocumentKind::Database));
+    QVERIFY(w);
+    QSignalSpy shown(w, &ChildFrm1::documentShown);
+    QVERIFY(shown.wait(20000));
+    QPointer<TableDocumentView> view = viewOf(w);
+    QVERIFY(view);
+    QSignalSpy opened(view.data(), &TableDocumentView::opened);
+    // Shown, and still opening: the window says so and has no table yet.
+    QVERIFY(view->isOpening());
+    QVERIFY(!view->model());
+    QCOMPARE(w->findChild<QLabel *>(QStringLiteral("Data1Caption"))->text(), QStringLiteral("Opening big.xls..."));
+    if (closeWhileOpening) {
+        m_frame->mdiArea()->closeAllSubWindows();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QTRY_VERIFY(view.isNull());
+        // The worker ends on its own; nothing of the window is touched.
+        QVERIFY(QThreadPool::globalInstance()->waitForDone(20000));
+        QTest::qWait(50);
+        QCOMPARE(opened.count(), 0);
+        QVERIFY(m_ui->responder.messages().isEmpty());
+        return;
+    }
+    QVERIFY(opened.wait(20000));
+    QVERIFY(!view->isOpening());
+    QVERIFY(view->model());
+    QCOMPARE(view->model()->rowCount(), 60000);
+    QCOMPARE(view->model()->index(59999, 3).data().toDouble(), 60002.0);
+    QCOMPARE(view->recordSource(), QStringLiteral("Big"));
+    QCOMPARE(m_ui->state.database.tableNames, QStringList{QStringLiteral("Big")});
 }
 
 QTEST_MAIN(TestTableView)

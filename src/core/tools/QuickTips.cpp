@@ -46,7 +46,7 @@ std::optional<QString> tipToShow(const QStringList &tips, int index)
 
 int randomTipIndex(int count)
 {
-    QRandomGenerator generator(quint32(QDateTime::currentMSecsSinceEpoch()));
+    QRandomGenerator generator{quint32(QDateTime::currentMSecsSinceEpoch())};
     return tipIndexFromFraction(generator.generateDouble(), count);
 }
 

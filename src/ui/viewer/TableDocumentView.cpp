@@ -154,10 +154,13 @@ TableDocumentView::TableDocumentView(viewer::Document &document, UiServices &ser
 
     connect(&m_orderWatcher, &QFutureWatcherBase::finished, this, &TableDocumentView::orderingFinished);
     connect(&m_orderWatcher, &QFutureWatcherBase::progressValueChanged, m_orderProgress, &QProgressBar::setValue);
+    connect(&m_openWatcher, &QFutureWatcherBase::finished, this, &TableDocumentView::openingFinished);
 }
 
 TableDocumentView::~TableDocumentView()
 {
+    // An open still running finishes on its own; its result goes unread.
+    m_openWatcher.disconnect(this);
     cancelOrdering();
     m_grid->setModel(nullptr);
     delete m_model;
@@ -182,26 +185,92 @@ void TableDocumentView::showTable()
     const QFileInfo info(document().path());
     m_folder = info.absolutePath();
     m_fileName = info.fileName();
-    bool oneTableFile = !tables::offersTableList(m_extension);
-    m_switchable = !oneTableFile;
-    if (openFile() && m_file) {
+    m_oneTableFile = !tables::offersTableList(m_extension);
+    m_loginAsked = false;
+    m_switchable = !m_oneTableFile;
+    m_databaseName = m_oneTableFile ? m_folder : info.absoluteFilePath();
+    m_recordSource = m_oneTableFile ? m_fileName : QString();
+    // The grid and the record bar are there at once, the bar saying that
+    // the file is being opened.
+    layoutGrid();
+    m_grid->show();
+    m_data1->show();
+    startOpening();
+}
+
+// What the worker opened: the file and its first table.
+struct TableDocumentView::Opening {
+    tables::OpenResult file;
+    QString first;
+    tables::Result<std::unique_ptr<tables::Table>> table;
+};
+
+void TableDocumentView::startOpening()
+{
+    m_opening = true;
+    m_data1Caption->setText(QStringLiteral("Opening %1...").arg(m_fileName));
+    // The worker holds nothing of the window: closed meanwhile, the window
+    // leaves the worker's result to be dropped with the future.
+    const QString path = document().path();
+    const QString password = m_state.database.password;
+    m_openWatcher.setFuture(QtConcurrent::run([path, password] {
+        auto opening = std::make_shared<Opening>();
+        opening->file = tables::openTableFile(path, password);
+        if (opening->file.ok()) {
+            opening->first = opening->file.file->tableNames().value(0);
+            if (!opening->first.isEmpty())
+                opening->table = opening->file.file->openTable(opening->first);
+        }
+        return opening;
+    }));
+}
+
+void TableDocumentView::openingFinished()
+{
+    const std::shared_ptr<Opening> opening = m_openWatcher.result();
+    tables::OpenResult &opened = opening->file;
+    const bool needsPassword = opened.status == OpenStatus::PasswordRequired || opened.status == OpenStatus::WrongPassword;
+    if (needsPassword && !m_loginAsked) {
+        // The file cannot be opened without its password: ask for it once
+        // and try again with what the login stored.
+        m_loginAsked = true;
+        Login login(document().path(), m_state, services(), this);
+        if (login.exec() == QDialog::Accepted) {
+            startOpening();
+            return;
+        }
+    } else if (!opened.ok()) {
+        services().messages.inform(opened.errorString, this);
+    } else {
+        m_file = std::move(opened.file);
+    }
+    m_opening = false;
+    bool oneTableFile = m_oneTableFile;
+    if (m_file) {
         // A ".db" file that is an SQLite database holds tables as an Access
         // file does, and offers them alike.
         if (m_file->formatName() == QLatin1String("SQLite")) {
             oneTableFile = false;
             m_switchable = true;
+            m_databaseName = QFileInfo(document().path()).absoluteFilePath();
         }
         const QString first = tables::readDatabaseTables(*m_file, m_state.database);
         m_tableCount = m_state.database.tableCount;
         m_recordSource = oneTableFile ? m_fileName : first;
-        openTable(first);
+        if (!first.isEmpty() && first == opening->first)
+            showOpenedTable(std::move(opening->table));
+        else
+            openTable(first);
     } else {
         m_state.database.tableNames.clear();
         m_state.database.tableCount = 0;
         m_tableCount = 0;
-        m_recordSource = oneTableFile ? m_fileName : QString();
     }
-    m_databaseName = oneTableFile ? m_folder : info.absoluteFilePath();
+    finishShowTable();
+}
+
+void TableDocumentView::finishShowTable()
+{
     m_connect = tables::connectText(m_extension, m_state.database.password);
     m_data1Caption->setText(m_recordSource);
 
@@ -210,26 +279,7 @@ void TableDocumentView::showTable()
     m_grid->show();
     m_data1->show();
     enableCommands();
-}
-
-bool TableDocumentView::openFile()
-{
-    const QString path = document().path();
-    tables::OpenResult opened = tables::openTableFile(path, m_state.database.password);
-    if (opened.status == OpenStatus::PasswordRequired || opened.status == OpenStatus::WrongPassword) {
-        // The file cannot be opened without its password: ask for it and try
-        // again with what the login stored.
-        Login login(path, m_state, services(), this);
-        if (login.exec() != QDialog::Accepted)
-            return false;
-        opened = tables::openTableFile(path, m_state.database.password);
-    }
-    if (!opened.ok()) {
-        services().messages.inform(opened.errorString, this);
-        return false;
-    }
-    m_file = std::move(opened.file);
-    return true;
+    emit opened();
 }
 
 void TableDocumentView::openTable(const QString &name)
@@ -246,7 +296,11 @@ void TableDocumentView::openTable(const QString &name)
     m_state.database.indexNames.clear();
     if (!m_file || name.isEmpty())
         return;
-    tables::Result<std::unique_ptr<tables::Table>> opened = m_file->openTable(name);
+    showOpenedTable(m_file->openTable(name));
+}
+
+void TableDocumentView::showOpenedTable(tables::Result<std::unique_ptr<tables::Table>> opened)
+{
     if (!opened.ok()) {
         services().messages.inform(opened.errorString, this);
         return;

@@ -35,7 +35,10 @@ namespace tarnby::ui {
 // Frame1 (List1, List2, ExitDBaseBtn) and the memo box Frame2 with Text2.
 //
 // Showing the table fills the program-wide table list and structure values.
-// An Access file that needs a password offers the Login window; the
+// The file and its first table are opened on a worker thread (a network
+// folder may take a while): meanwhile the record bar says so and the window
+// stays responsive; closing it then leaves the worker to finish alone. A
+// file that needs a password offers the Login window; the
 // password then lives in the program's state for the run. Choosing an index
 // orders the rows by its key: the order is made on a worker thread from a
 // copy of the table of its own, with progress, and a new choice (or the
@@ -70,6 +73,7 @@ public:
     // The index the rows are ordered by; empty for the table's own order.
     QString currentIndex() const { return m_orderedBy; }
     bool isOrdering() const { return m_orderWatcher.isRunning(); }
+    bool isOpening() const { return m_opening; }
 
     // Clicks on the lists, as the user makes them.
     void List1_Click(const QString &tableName);
@@ -77,6 +81,8 @@ public:
     void ExitDBaseBtn_Click();
 
 signals:
+    // The file has been opened and its first table shown, or it failed.
+    void opened();
     // An index's order has been applied to the grid (or failed: the rows
     // stay as they were).
     void indexApplied(const QString &indexName);
@@ -86,7 +92,11 @@ protected:
 
 private:
     void showTable();
-    bool openFile();
+    struct Opening;
+    void startOpening();
+    void openingFinished();
+    void finishShowTable();
+    void showOpenedTable(tables::Result<std::unique_ptr<tables::Table>> opened);
     void openTable(const QString &name);
     void layoutGrid();
     void setColumnWidths();
@@ -121,6 +131,10 @@ private:
     QString m_orderingIndex;
     std::shared_ptr<std::atomic_bool> m_orderCancel;
     QFutureWatcher<tables::Result<tables::RowOrder>> m_orderWatcher;
+    QFutureWatcher<std::shared_ptr<Opening>> m_openWatcher;
+    bool m_opening = false;
+    bool m_loginAsked = false;
+    bool m_oneTableFile = false;
 
     QFrame *m_data1 = nullptr;
     QLabel *m_data1Caption = nullptr;

@@ -1,5 +1,6 @@
 #include "ParadoxReader.h"
 
+#include "ParadoxCipher.h"
 #include "ReaderSupport.h"
 
 #include <QDate>
@@ -99,6 +100,39 @@ bool knownType(quint8 type)
     return fieldTypeNumber(type) != 0;
 }
 
+// A BCD number (Paradox 5 and later): 17 bytes, the first one the sign (bit
+// 7 set for positive numbers, clear for negative ones, whose digits are then
+// stored as their complements to 15) and in bits 0 to 5 the digits after
+// the point; then 32 digits, one per half byte, high half first, the last
+// of them after the point. A first byte of zero is a null.
+constexpr int bcdDigits = 32;
+
+QVariant bcdValue(const uchar *cell)
+{
+    if (cell[0] == 0)
+        return {};
+    const bool positive = cell[0] & 0x80;
+    const int decimals = cell[0] & 0x3F;
+    if (decimals > bcdDigits)
+        return {};
+    const uchar flip = positive ? 0x0 : 0xF;
+    QByteArray text;
+    text.reserve(bcdDigits + 2);
+    if (!positive)
+        text += '-';
+    for (int i = 0; i < bcdDigits; ++i) {
+        const uchar nibble = ((i % 2 ? cell[1 + i / 2] : cell[1 + i / 2] >> 4) & 0xF) ^ flip;
+        if (nibble > 9)
+            return {};
+        if (i == bcdDigits - decimals)
+            text += '.';
+        text += char('0' + nibble);
+    }
+    bool ok = false;
+    const double value = text.toDouble(&ok);
+    return ok ? QVariant(value) : QVariant();
+}
+
 // Integers are stored big-endian with the sign bit flipped, so that they
 // sort as bytes; all zero bytes are a null.
 bool signFlipped(const uchar *p, int size, qint64 *value)
@@ -136,26 +170,84 @@ bool paradoxDouble(const uchar *p, double *value)
     return true;
 }
 
+// Text in the code page the header names; tables that name none are in
+// code page 437.
 QStringDecoder decoderForCodePage(int codePage)
 {
-    QByteArray name;
-    if ((codePage >= 1250 && codePage <= 1258) || codePage == 874 || codePage == 949)
-        name = "windows-" + QByteArray::number(codePage);
-    else if (codePage == 932)
-        name = "Shift_JIS";
-    else if (codePage == 936)
-        name = "GBK";
-    else if (codePage == 950)
-        name = "Big5";
-    else if (codePage > 0)
-        name = "IBM" + QByteArray::number(codePage);
-    else
-        name = "IBM437";
-    QStringDecoder decoder(name.constData(), QStringConverter::Flag::Stateless);
+    QStringDecoder decoder = codePageDecoder(codePage > 0 ? codePage : 437);
     if (!decoder.isValid())
         decoder = QStringDecoder(QStringConverter::Latin1);
     return decoder;
 }
+
+// A protected table's file (or memo file) read through its cipher: the
+// bytes from origin on are decrypted in 256-byte chunks, a table's with keys
+// from their block's number and their place in it, a memo file's with keys
+// from the checksum alone. Reads go through whole chunks.
+class DecryptingDevice : public QIODevice
+{
+public:
+    DecryptingDevice(std::unique_ptr<QIODevice> inner, quint32 checksum, qint64 origin, int blockSize, bool memo)
+        : m_inner(std::move(inner))
+        , m_checksum(checksum)
+        , m_origin(origin)
+        , m_blockSize(blockSize)
+        , m_memo(memo)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    qint64 size() const override { return m_inner->size(); }
+
+protected:
+    qint64 readData(char *out, qint64 maxSize) override
+    {
+        const qint64 start = pos();
+        const qint64 end = qMin(size(), start + maxSize);
+        qint64 done = 0;
+        for (qint64 at = start; at < end;) {
+            if (at < m_origin) {
+                const QByteArray plain = readExactly(*m_inner, at, qMin(end, m_origin) - at);
+                if (plain.isEmpty())
+                    break;
+                std::memcpy(out + done, plain.constData(), size_t(plain.size()));
+                done += plain.size();
+                at += plain.size();
+                continue;
+            }
+            const qint64 relative = at - m_origin;
+            const qint64 chunkStart = m_origin + relative / 256 * 256;
+            QByteArray chunk = readExactly(*m_inner, chunkStart, qMin<qint64>(256, size() - chunkStart));
+            if (chunk.isEmpty())
+                break;
+            if (chunk.size() == 256) {
+                auto *bytes = reinterpret_cast<uchar *>(chunk.data());
+                if (m_memo) {
+                    decryptParadoxChunk(bytes, m_checksum, int(m_checksum & 0xFF) + 1, int((m_checksum >> 8) & 0xFF) + 1);
+                } else {
+                    const qint64 inBlock = (chunkStart - m_origin) % m_blockSize;
+                    const qint64 block = (chunkStart - m_origin) / m_blockSize + 1;
+                    decryptParadoxChunk(bytes, m_checksum, int(inBlock / 256), int(block));
+                }
+            }
+            const qint64 skip = at - chunkStart;
+            const qint64 take = qMin<qint64>(chunk.size() - skip, end - at);
+            std::memcpy(out + done, chunk.constData() + skip, size_t(take));
+            done += take;
+            at += take;
+        }
+        return done;
+    }
+
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    std::unique_ptr<QIODevice> m_inner;
+    quint32 m_checksum;
+    qint64 m_origin;
+    int m_blockSize;
+    bool m_memo;
+};
 
 struct BlockRun {
     qint64 offset = 0;   // of the block's first record
@@ -291,8 +383,7 @@ private:
         case Bytes:
             return QByteArray(reinterpret_cast<const char *>(cell), field.size);
         case Bcd:
-            // FIXME: BCD numbers are shown as null until they are decoded.
-            return {};
+            return bcdValue(cell);
         default:
             return isBlob(field.type) ? blobCell(field, cell) : QVariant();
         }
@@ -445,9 +536,19 @@ OpenResult openParadox(ParadoxSources sources)
         encryption = qFromLittleEndian<quint32>(header.constData() + 0x5C);
         codePage = qFromLittleEndian<quint16>(header.constData() + 0x6A);
     }
-    if (encryption != 0)
-        return OpenResult::failure(OpenStatus::Unsupported,
-                      QStringLiteral("The Paradox table \"%1\" is encrypted, which Tarnby cannot read.").arg(name));
+    if (encryption != 0) {
+        // Protected: the password must match the header's checksum; the
+        // blocks after the header, and the memo file, are then decrypted.
+        if (sources.password.isEmpty())
+            return OpenResult::failure(OpenStatus::PasswordRequired,
+                                       QStringLiteral("The Paradox table \"%1\" is protected by a password.").arg(name));
+        if (paradoxPasswordChecksum(sources.password.toLatin1()) != encryption)
+            return OpenResult::failure(OpenStatus::WrongPassword,
+                                       QStringLiteral("The password of the Paradox table \"%1\" is not the one given.").arg(name));
+        sources.table = std::make_unique<DecryptingDevice>(std::move(sources.table), encryption, headerSize, blockSize, false);
+        if (sources.memo)
+            sources.memo = std::make_unique<DecryptingDevice>(std::move(sources.memo), encryption, 0, 0, true);
+    }
 
     // Field types and sizes, then the table name's pointer, a pointer per
     // field, the table name (261 bytes from Paradox 7, 79 before) and the
@@ -462,6 +563,13 @@ OpenResult openParadox(ParadoxSources sources)
         field.type = quint8(header[at]);
         field.size = quint8(header[at + 1]);
         field.offset = offset;
+        if (field.type == Bcd) {
+            // The header gives a BCD field's digits after the point; every
+            // value takes 17 bytes.
+            if (field.size > bcdDigits)
+                return damaged(QStringLiteral("field %1 has %2 decimal places.").arg(i + 1).arg(field.size));
+            field.size = 17;
+        }
         if (!knownType(field.type))
             return damaged(QStringLiteral("field %1 has the unknown type %2.").arg(i + 1).arg(field.type));
         const int required = requiredSize(field.type);
@@ -495,7 +603,7 @@ OpenResult openParadox(ParadoxSources sources)
             break;
         seen[size_t(block)] = true;
         const qint64 blockOffset = headerSize + qint64(block - 1) * blockSize;
-        const QByteArray blockHeader = readExactly(device, blockOffset, blockHeaderSize);
+        const QByteArray blockHeader = readExactly(*sources.table, blockOffset, blockHeaderSize);
         if (blockHeader.isEmpty())
             break;
         const int next = qFromLittleEndian<quint16>(blockHeader.constData());
@@ -522,7 +630,7 @@ OpenResult openParadox(ParadoxSources sources)
     return result;
 }
 
-OpenResult openParadoxFile(const QString &path)
+OpenResult openParadoxFile(const QString &path, const QString &password)
 {
     const QFileInfo info(path);
     auto table = std::make_unique<QFile>(path);
@@ -534,6 +642,7 @@ OpenResult openParadoxFile(const QString &path)
     sources.table = std::move(table);
     sources.memo = openForReading(companionFile(info, QStringLiteral("mb")));
     sources.primaryIndex = !companionFile(info, QStringLiteral("px")).isEmpty();
+    sources.password = password;
     return openParadox(std::move(sources));
 }
 

@@ -12,8 +12,9 @@
 // (Paradox 3 tables, which name none, in code page 437). Memo and binary
 // large object fields keep their start in the record and the rest in the
 // ".mb" file beside the table; a keyed table's primary index (".px") is
-// offered as the index "PrimaryKey". Encrypted tables are refused with a
-// message.
+// offered as the index "PrimaryKey". A password-protected table opens with
+// its password (checked against the checksum in its header) and its blocks
+// and memos are decrypted as they are read.
 //
 // Opening reads the header and the block chain's links (six bytes a block);
 // rows are read when asked for. Block links come from the file: a chain
@@ -21,7 +22,7 @@
 // length is checked against the file before it is used.
 namespace tarnby::tables {
 
-OpenResult openParadoxFile(const QString &path);
+OpenResult openParadoxFile(const QString &path, const QString &password = QString());
 
 // The pieces of one table as devices (tests and the fuzz target). memo may
 // be null.
@@ -30,6 +31,7 @@ struct ParadoxSources {
     std::unique_ptr<QIODevice> table; // open for reading
     std::unique_ptr<QIODevice> memo;  // open for reading, or null
     bool primaryIndex = false;        // a ".px" file is beside the table
+    QString password;                 // for a protected table
 };
 OpenResult openParadox(ParadoxSources sources);
 

@@ -77,6 +77,30 @@ QList<Field> sheetFields(qint64 rows, int columns, const std::function<QVariant(
     return fields;
 }
 
+QStringDecoder codePageDecoder(int codePage)
+{
+    QByteArray name;
+    if ((codePage >= 1250 && codePage <= 1258) || codePage == 874 || codePage == 949)
+        name = "windows-" + QByteArray::number(codePage);
+    else if (codePage == 32769)
+        name = "windows-1252";
+    else if (codePage == 10000 || codePage == 32768)
+        name = "macintosh";
+    else if (codePage == 367)
+        name = "US-ASCII";
+    else if (codePage == 932)
+        name = "Shift_JIS";
+    else if (codePage == 936)
+        name = "GBK";
+    else if (codePage == 950)
+        name = "Big5";
+    else if (codePage > 0)
+        name = "IBM" + QByteArray::number(codePage);
+    else
+        return {};
+    return QStringDecoder(name.constData(), QStringConverter::Flag::Stateless);
+}
+
 QString columnLetters(int column)
 {
     QString letters;

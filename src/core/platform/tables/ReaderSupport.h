@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QIODevice>
 #include <QString>
+#include <QStringDecoder>
 
 #include "TableReader.h"
 
@@ -34,6 +35,11 @@ QByteArray readExactly(QIODevice &device, qint64 offset, qint64 length);
 // gives a cell's value (invalid when empty).
 QList<Field> sheetFields(qint64 rows, int columns, const std::function<QVariant(qint64, int)> &cell,
                          qint64 *firstDataRow, int sampleRows = 200);
+
+// A decoder for text in a Windows code page, by the number files give it
+// (1252, 437, 932, ...; 10000 and 32768 are Mac Roman, 32769 Windows-1252,
+// 367 ASCII); invalid for a number Qt knows no encoding for.
+QStringDecoder codePageDecoder(int codePage);
 
 // The name of column number column (0-based): "A" ... "Z", "AA", ...
 QString columnLetters(int column);

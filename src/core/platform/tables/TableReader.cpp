@@ -40,7 +40,7 @@ OpenResult openTableFile(const QString &path, const QString &password)
     if (extension == QLatin1String("dbf") || (extension != QLatin1String("db") && looksLikeDbf(head)))
         return openDbfFile(path);
     if (extension == QLatin1String("db"))
-        return openParadoxFile(path);
+        return openParadoxFile(path, password);
     if (extension == QLatin1String("xls"))
         return openXlsFile(path);
     if (extension == QLatin1String("wk4") || extension == QLatin1String("wk3") || extension == QLatin1String("wk1")

@@ -1,14 +1,10 @@
 #include "XlsReader.h"
 
+#include "BiffWorkbook.h"
+#include "CompoundFile.h"
 #include "ReaderSupport.h"
 
-#include <QDate>
-#include <QDateTime>
-#include <QFile>
 #include <QFileInfo>
-#include <QTime>
-
-#include <freexl.h>
 
 #include <memory>
 
@@ -16,116 +12,65 @@ namespace tarnby::tables {
 
 namespace {
 
-struct Workbook {
-    const void *handle = nullptr;
-    ~Workbook()
-    {
-        if (handle)
-            freexl_close(handle);
-    }
-};
+// Workbooks larger than this are refused rather than read into memory.
+constexpr qint64 largestWorkbook = qint64(1) << 30;
 
-QVariant cellValue(const FreeXL_CellValue &cell)
+QString unreadable(const QString &fileName)
 {
-    switch (cell.type) {
-    case FREEXL_CELL_INT:
-        return qlonglong(cell.value.int_value);
-    case FREEXL_CELL_DOUBLE:
-        return cell.value.double_value;
-    case FREEXL_CELL_TEXT:
-    case FREEXL_CELL_SST_TEXT:
-        return cell.value.text_value ? QVariant(QString::fromUtf8(cell.value.text_value)) : QVariant();
-    case FREEXL_CELL_DATE: {
-        const QDate date = QDate::fromString(QString::fromLatin1(cell.value.text_value), Qt::ISODate);
-        return date.isValid() ? QVariant(date) : QVariant();
-    }
-    case FREEXL_CELL_DATETIME: {
-        const QDateTime when = QDateTime::fromString(QString::fromLatin1(cell.value.text_value),
-                                                     QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-        return when.isValid() ? QVariant(when) : QVariant();
-    }
-    case FREEXL_CELL_TIME: {
-        const QTime time = QTime::fromString(QString::fromLatin1(cell.value.text_value), Qt::ISODate);
-        return time.isValid() ? QVariant(time) : QVariant();
-    }
-    default:
-        return {};
-    }
+    return QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName);
 }
 
 class XlsSheet : public Table
 {
 public:
-    XlsSheet(std::shared_ptr<Workbook> workbook, unsigned short index, QString name)
-        : m_workbook(std::move(workbook))
-        , m_index(index)
-        , m_name(std::move(name))
+    XlsSheet(QString name, BiffSheet sheet)
+        : m_name(std::move(name))
+        , m_sheet(std::move(sheet))
     {
-    }
-
-    // Reads the sheet's size, its header row and the types of its columns.
-    QString load()
-    {
-        if (freexl_select_active_worksheet(m_workbook->handle, m_index) != FREEXL_OK)
-            return QStringLiteral("The worksheet \"%1\" could not be read.").arg(m_name);
-        unsigned int rows = 0;
-        unsigned short columns = 0;
-        if (freexl_worksheet_dimensions(m_workbook->handle, &rows, &columns) != FREEXL_OK)
-            return QStringLiteral("The worksheet \"%1\" could not be read.").arg(m_name);
-        // An empty sheet may report rows without columns.
-        m_columns = columns;
-        m_rows = columns == 0 ? 0 : rows;
-        m_fields = sheetFields(m_rows, m_columns, [this](qint64 r, int c) { return cell(r, c); }, &m_firstDataRow);
-        return QString();
+        m_fields = sheetFields(m_sheet.rows, m_sheet.columns, [this](qint64 r, int c) { return m_sheet.cell(r, c); },
+                               &m_firstDataRow);
     }
 
     QString name() const override { return m_name; }
     QList<Field> fields() const override { return m_fields; }
     QStringList indexNames() const override { return {}; }
-    qint64 rowCount() const override { return m_rows - m_firstDataRow; }
+    qint64 rowCount() const override { return m_sheet.rows - m_firstDataRow; }
 
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
         QList<Row> rows;
         if (first < 0 || count <= 0 || first >= rowCount())
             return Result<QList<Row>>::success(rows);
-        if (freexl_select_active_worksheet(m_workbook->handle, m_index) != FREEXL_OK)
-            return Result<QList<Row>>::failure(QStringLiteral("The worksheet \"%1\" could not be read.").arg(m_name));
         const qint64 last = qMin(rowCount(), first + count);
+        rows.reserve(last - first);
+        // The cells are ordered by row: find the first of the page, then walk.
+        const quint32 firstRow = quint32(first + m_firstDataRow);
+        auto cell = std::lower_bound(m_sheet.cells.cbegin(), m_sheet.cells.cend(), firstRow,
+                                     [](const BiffCell &c, quint32 row) { return c.row < row; });
         for (qint64 r = first; r < last; ++r) {
-            Row row;
-            row.reserve(m_columns);
-            for (int c = 0; c < m_columns; ++c)
-                row.append(cell(r + m_firstDataRow, c));
-            rows.append(row);
+            Row row(m_sheet.columns);
+            const quint32 sheetRow = quint32(r + m_firstDataRow);
+            for (; cell != m_sheet.cells.cend() && cell->row == sheetRow; ++cell)
+                row[cell->column] = cell->value;
+            rows.append(std::move(row));
         }
         return Result<QList<Row>>::success(rows);
     }
 
 private:
-    QVariant cell(qint64 row, int column) const
-    {
-        FreeXL_CellValue value;
-        if (freexl_get_cell_value(m_workbook->handle, unsigned(row), static_cast<unsigned short>(column), &value) != FREEXL_OK)
-            return {};
-        return cellValue(value);
-    }
-
-    std::shared_ptr<Workbook> m_workbook;
-    unsigned short m_index;
     QString m_name;
+    BiffSheet m_sheet;
     QList<Field> m_fields;
-    qint64 m_rows = 0;
-    int m_columns = 0;
     qint64 m_firstDataRow = 0;
 };
 
 class XlsFile : public TableFile
 {
 public:
-    XlsFile(std::shared_ptr<Workbook> workbook, QStringList sheets)
+    XlsFile(std::unique_ptr<BiffWorkbook> workbook, QString fileName)
         : m_workbook(std::move(workbook))
-        , m_sheets(std::move(sheets))
+        , m_fileName(std::move(fileName))
+        , m_sheets(m_workbook->sheetNames().mid(0, maxTables))
     {
     }
 
@@ -138,15 +83,16 @@ public:
         if (index < 0)
             return Result<std::unique_ptr<Table>>::failure(
                 QStringLiteral("The workbook holds no worksheet named \"%1\".").arg(name));
-        auto sheet = std::make_unique<XlsSheet>(m_workbook, static_cast<unsigned short>(index), name);
-        const QString error = sheet->load();
-        if (!error.isEmpty())
-            return Result<std::unique_ptr<Table>>::failure(error);
-        return Result<std::unique_ptr<Table>>::success(std::move(sheet));
+        BiffSheet sheet = m_workbook->readSheet(int(index));
+        if (!sheet.errorString.isEmpty())
+            return Result<std::unique_ptr<Table>>::failure(
+                QStringLiteral("The worksheet \"%1\" could not be read.").arg(name));
+        return Result<std::unique_ptr<Table>>::success(std::make_unique<XlsSheet>(name, std::move(sheet)));
     }
 
 private:
-    std::shared_ptr<Workbook> m_workbook;
+    std::unique_ptr<BiffWorkbook> m_workbook;
+    QString m_fileName;
     QStringList m_sheets;
 };
 
@@ -155,36 +101,31 @@ private:
 OpenResult openXlsFile(const QString &path)
 {
     const QString fileName = QFileInfo(path).fileName();
-    auto workbook = std::make_shared<Workbook>();
-    // FIXME: FreeXL 1.0.6 reads before one of its own stack buffers (in an
-    // iconv call inside freexl_open) on some damaged workbooks; the open then
-    // fails as it should, but AddressSanitizer sees the stray read. The input
-    // is kept in fuzz/findings/. A BIFF reader of our own would end it.
-    const int status = freexl_open(QFile::encodeName(path).constData(), &workbook->handle);
-    // FreeXL answers an encrypted workbook with success and no handle.
-    if (status == FREEXL_OK && !workbook->handle)
-        return OpenResult::failure(OpenStatus::Unsupported,
-                      QStringLiteral("The workbook \"%1\" is encrypted, which Tarnby cannot read.").arg(fileName));
-    if (status != FREEXL_OK || !workbook->handle) {
-        workbook->handle = nullptr;
-        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
+    const std::unique_ptr<QIODevice> device = openForReading(path);
+    if (!device)
+        return OpenResult::failure(OpenStatus::Failed, unreadable(fileName));
+    if (device->size() > largestWorkbook)
+        return OpenResult::failure(OpenStatus::Failed,
+                                   QStringLiteral("The workbook \"%1\" is too large to read.").arg(fileName));
+    QByteArray bytes = readExactly(*device, 0, device->size());
+    QByteArray stream;
+    if (isCompoundFile(bytes)) {
+        CompoundStream found = readCompoundStream(bytes, {QStringLiteral("Workbook"), QStringLiteral("Book")});
+        if (!found.ok())
+            return OpenResult::failure(OpenStatus::Failed, unreadable(fileName));
+        stream = std::move(found.data);
+    } else {
+        // BIFF 2 to 4 worksheets (and some BIFF 5 files) are the bare stream.
+        stream = std::move(bytes);
     }
-    unsigned int password = 0;
-    if (freexl_get_info(workbook->handle, FREEXL_BIFF_PASSWORD, &password) == FREEXL_OK && password == FREEXL_BIFF_OBFUSCATED)
+    auto workbook = std::make_unique<BiffWorkbook>();
+    if (!workbook->open(std::move(stream)).isEmpty())
+        return OpenResult::failure(OpenStatus::Failed, unreadable(fileName));
+    if (workbook->encrypted())
         return OpenResult::failure(OpenStatus::Unsupported,
-                      QStringLiteral("The workbook \"%1\" is encrypted, which Tarnby cannot read.").arg(fileName));
-    unsigned int count = 0;
-    if (freexl_get_info(workbook->handle, FREEXL_BIFF_SHEET_COUNT, &count) != FREEXL_OK)
-        return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
-    QStringList sheets;
-    for (unsigned i = 0; i < count && sheets.size() < maxTables; ++i) {
-        const char *name = nullptr;
-        if (freexl_get_worksheet_name(workbook->handle, static_cast<unsigned short>(i), &name) != FREEXL_OK || !name)
-            return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The workbook \"%1\" could not be read.").arg(fileName));
-        sheets << QString::fromUtf8(name);
-    }
+                                   QStringLiteral("The workbook \"%1\" is encrypted, which Tarnby cannot read.").arg(fileName));
     OpenResult result;
-    result.file = std::make_unique<XlsFile>(std::move(workbook), std::move(sheets));
+    result.file = std::make_unique<XlsFile>(std::move(workbook), fileName);
     return result;
 }
 
