@@ -52,6 +52,8 @@ private slots:
     void messageWithoutAttachments();
     void hostileAttachmentNames();
     void attachmentSizes();
+    void readerEndsAfterReading_data();
+    void readerEndsAfterReading();
 
 private:
     MailStack m_stack;
@@ -380,6 +382,66 @@ void TestMailServer::attachmentSizes()
         const QString name = QStringLiteral("part%1.bin").arg(size);
         QVERIFY2(dir.read("in/" + name) == dir.read(name), qPrintable(name));
     }
+}
+
+
+void TestMailServer::readerEndsAfterReading_data()
+{
+    QTest::addColumn<bool>("pop3");
+    QTest::addColumn<bool>("plain");
+    QTest::addColumn<bool>("cancelled");
+    for (bool cancelled : {false, true}) {
+        const char *how = cancelled ? "cancelled before it ends" : "ends";
+        QTest::addRow("IMAP, STARTTLS, %s", how) << false << false << cancelled;
+        QTest::addRow("IMAP, plain, %s", how) << false << true << cancelled;
+        QTest::addRow("POP3, STARTTLS, %s", how) << true << false << cancelled;
+        QTest::addRow("POP3, plain, %s", how) << true << true << cancelled;
+    }
+}
+
+// A reader that read a message and saved its attachment is destroyed while
+// still connected, as the receive window leaves it; a window that closes sets
+// the cancel flag first, so that signing off fails at once. Either way the
+// reader must end cleanly (the sanitizer build sees what a plain build may
+// not).
+void TestMailServer::readerEndsAfterReading()
+{
+    QFETCH(bool, pop3);
+    QFETCH(bool, plain);
+    QFETCH(bool, cancelled);
+    TestDir dir;
+    SmtpSender sender;
+    QVERIFY(sender.connect(m_stack.smtp()).ok());
+    OutgoingMessage message;
+    message.from = m_stack.address();
+    message.to = m_stack.address();
+    message.subject = uniqueSubject("ends");
+    message.attachments = {{dir.createFile("a.jpg", QByteArray(5000, 'a')), "a.jpg"}};
+    QVERIFY(sender.send(message).ok());
+    QCOMPARE(m_stack.waitForMessages(1), 1);
+
+    ServerSettings server = pop3 ? m_stack.pop3(dir.filePath("seen")) : m_stack.imap();
+    if (plain) {
+        server.security = Security::None;
+        server.allowPlain = true;
+    }
+    std::atomic_bool cancel{false};
+    server.cancel = &cancel;
+    {
+        MailReader reader;
+        const MailError connected = reader.connect(server);
+        QVERIFY2(connected.ok(), qPrintable(connected.text));
+        QVERIFY(reader.fetch(true).ok());
+        QCOMPARE(reader.count(), 1);
+        MessageSummary summary;
+        QVERIFY(reader.read(0, &summary).ok());
+        QCOMPARE(summary.subject, message.subject);
+        QList<SavedAttachment> saved;
+        QVERIFY(reader.saveAttachments(0, attachmentFileCreator(dir.createFolder("in")), &saved).ok());
+        QVERIFY(reader.isConnected());
+        cancel = cancelled;
+    }
+    QCOMPARE(dir.read("in/a.jpg"), QByteArray(5000, 'a'));
 }
 
 MAILSTACK_TEST_MAIN(TestMailServer)

@@ -845,9 +845,13 @@ void MailReader::disconnect()
     d->seen.reset();
     d->loaded.reset();
     d->loadedIndex = -1;
+    // The store signs off first: before it says anything to the server it
+    // lets go of its open folders, so that they end without a word. Closing
+    // the folder first asks the server (POP3: RSET), and when that fails
+    // (the cancel flag is set, the connection is gone) vmime's POP3 folder
+    // is destroyed still registered with its store, whose destructor then
+    // writes through the stale pointer.
     try {
-        if (d->folder && d->folder->isOpen())
-            d->folder->close(false);
         if (d->store && d->store->isConnected())
             d->store->disconnect();
     } catch (const std::exception &) {
