@@ -120,6 +120,7 @@ private slots:
 private:
     // Prints with a PDF printer instead of the system dialog; waits for the job.
     JobWatch print(PrntFrm1 &window, const QString &pdf, bool landscape = false);
+    QMetaObject::Connection startPrint(PrntFrm1 &window, const QString &pdf, JobWatch &watch, bool landscape = false);
     // A browser whose tree holds only folder (and the network node with the
     // given mounts), as the search tests make one.
     std::unique_ptr<Tarnby1> browserOver(const QString &folder, const QList<MountEntry> &network = {});
@@ -139,21 +140,28 @@ std::unique_ptr<Tarnby1> TestPrntFrm1::browserOver(const QString &folder, const 
     return browser;
 }
 
-JobWatch TestPrntFrm1::print(PrntFrm1 &window, const QString &pdf, bool landscape)
+// Presses OK with the printer set to write pdf; watch notes when the job ends.
+QMetaObject::Connection TestPrntFrm1::startPrint(PrntFrm1 &window, const QString &pdf, JobWatch &watch, bool landscape)
 {
-    JobWatch watch;
-    window.setPrinterChooser([&](QPrinter &printer) {
+    window.setPrinterChooser([pdf, landscape](QPrinter &printer) {
         printer.setOutputFormat(QPrinter::PdfFormat);
         printer.setOutputFileName(pdf);
         if (landscape)
             printer.setPageOrientation(QPageLayout::Landscape);
         return true;
     });
-    auto connection = connect(&window, &PrntFrm1::jobFinished, this, [&](const printing::PrintResult &result) {
+    auto connection = connect(&window, &PrntFrm1::jobFinished, this, [&watch](const printing::PrintResult &result) {
         watch.finished = true;
         watch.result = result;
     });
     window.OKBtn_Click();
+    return connection;
+}
+
+JobWatch TestPrntFrm1::print(PrntFrm1 &window, const QString &pdf, bool landscape)
+{
+    JobWatch watch;
+    const auto connection = startPrint(window, pdf, watch, landscape);
     if (window.jobRunning())
         if (!QTest::qWaitFor([&] { return watch.finished; }, 60000))
             qWarning("the print job did not finish");
@@ -370,16 +378,7 @@ void TestPrntFrm1::reportUsesFileAndResetsMode()
     const QString pdf = m_ui->home.filePath("report.pdf");
     JobWatch watch;
     bool modeDuringJob = false;
-    window.setPrinterChooser([&](QPrinter &printer) {
-        printer.setOutputFormat(QPrinter::PdfFormat);
-        printer.setOutputFileName(pdf);
-        return true;
-    });
-    connect(&window, &PrntFrm1::jobFinished, this, [&](const printing::PrintResult &result) {
-        watch.finished = true;
-        watch.result = result;
-    });
-    window.OKBtn_Click();
+    startPrint(window, pdf, watch);
     modeDuringJob = m_ui->state.reportMode;
     QTRY_VERIFY_WITH_TIMEOUT(watch.finished, 60000);
     QVERIFY(modeDuringJob);
@@ -495,16 +494,7 @@ void TestPrntFrm1::stopLeavesNoPdf()
     window.selectTab(tab);
     const QString pdf = m_ui->home.filePath("out.pdf");
     JobWatch watch;
-    window.setPrinterChooser([&](QPrinter &printer) {
-        printer.setOutputFormat(QPrinter::PdfFormat);
-        printer.setOutputFileName(pdf);
-        return true;
-    });
-    connect(&window, &PrntFrm1::jobFinished, this, [&](const printing::PrintResult &result) {
-        watch.finished = true;
-        watch.result = result;
-    });
-    window.OKBtn_Click();
+    startPrint(window, pdf, watch);
     QVERIFY(window.jobRunning());
     auto *pages = window.findChild<QLabel *>("LblPages");
     if (waitForPages)
@@ -599,17 +589,7 @@ void TestPrntFrm1::editedPicturePrintsAsShown()
     const QString pdf = m_ui->home.filePath("picture.pdf");
     JobWatch watch;
     whenModal(QStringLiteral("PrntFrm1"), [&](QDialog *dialog) {
-        auto *print = qobject_cast<PrntFrm1 *>(dialog);
-        connect(print, &PrntFrm1::jobFinished, this, [&](const printing::PrintResult &result) {
-            watch.finished = true;
-            watch.result = result;
-        });
-        print->setPrinterChooser([&](QPrinter &printer) {
-            printer.setOutputFormat(QPrinter::PdfFormat);
-            printer.setOutputFileName(pdf);
-            return true;
-        });
-        print->OKBtn_Click();
+        startPrint(*qobject_cast<PrntFrm1 *>(dialog), pdf, watch);
         if (!QTest::qWaitFor([&] { return watch.finished; }, 30000))
             qWarning("the print job did not finish");
         dialog->reject();
