@@ -22,14 +22,6 @@ using namespace tarnby;
 using namespace tarnby::ui;
 
 namespace {
-QStringList rows(const QListWidget *list)
-{
-    QStringList result;
-    for (int i = 0; i < list->count(); ++i)
-        result << list->item(i)->text();
-    return result;
-}
-
 // A zip file with the given entries stored as they are, written byte by byte
 // so that hostile names can be made too.
 QByteArray storedZip(const QList<QPair<QByteArray, QByteArray>> &entries)
@@ -103,7 +95,7 @@ void TestMailWindows::addressBookOpensList()
     QCOMPARE(f.responder.dialogs()[0].defaultSuffix, QStringLiteral("MLS"));
     QCOMPARE(f.responder.dialogs()[0].fileName, f.home.filePath("MailAddr.MLS"));
     auto *list1 = window.findChild<QListWidget *>("List1");
-    QCOMPARE(rows(list1), (QStringList{"Anne - a@x.org", "Jean-Luc - j@x.org"}));
+    QCOMPARE(listTexts(list1), (QStringList{"Anne - a@x.org", "Jean-Luc - j@x.org"}));
     QCOMPARE(window.findChild<QLineEdit *>("Text1_0")->text(), QStringLiteral("Anne"));
     // The name with a hyphen splits at its first hyphen.
     list1->setCurrentRow(1);
@@ -418,7 +410,7 @@ void TestMailWindows::zipAttachmentInSmallLetters()
     QVERIFY(window.findChild<QPushButton *>("OpenBtn")->isEnabled());
     window.findChild<QPushButton *>("OpenBtn")->click();
     // Files of known types in the folder are listed; the old a.jpg is kept.
-    QStringList listed = rows(window.findChild<QListWidget *>("List1"));
+    QStringList listed = listTexts(window.findChild<QListWidget *>("List1"));
     listed.sort();
     QCOMPARE(listed, (QStringList{f.home.filePath("Pictures/a (2).jpg"), f.home.filePath("Pictures/a.jpg"),
                                   f.home.filePath("Pictures/notes.txt")}));
@@ -435,7 +427,7 @@ void TestMailWindows::knownTypeAttachment()
     shown.summary.senderAddress = "a@x.org";
     shown.saved = {{"Beach.png", picture}};
     window.showFetched(shown);
-    QCOMPARE(rows(window.findChild<QListWidget *>("List1")), QStringList{picture});
+    QCOMPARE(listTexts(window.findChild<QListWidget *>("List1")), QStringList{picture});
     QVERIFY(window.findChild<QPushButton *>("PictBtn")->isEnabled());
     QVERIFY(!window.findChild<QPushButton *>("OpenBtn")->isEnabled());
     QSignalSpy open(&window, &RecvFile1::openFileRequested);

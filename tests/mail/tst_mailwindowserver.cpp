@@ -19,16 +19,6 @@
 using namespace tarnby;
 using namespace tarnby::ui;
 
-namespace {
-QStringList rows(const QListWidget *list)
-{
-    QStringList result;
-    for (int i = 0; i < list->count(); ++i)
-        result << list->item(i)->text();
-    return result;
-}
-} // namespace
-
 // The sending and receiving windows, driven as a user would, against the
 // local Postfix and Dovecot. The passwords come from a store in the process,
 // put in the desktop keyring's place.
@@ -135,7 +125,7 @@ void TestMailWindowServer::sendAndReceive()
     auto *open = recv.findChild<QPushButton *>("OpenBtn");
     QVERIFY(open->isEnabled());
     open->click();
-    QCOMPARE(rows(recv.findChild<QListWidget *>("List1")), (QStringList{pictures + "/Beach.jpg", pictures + "/notes.txt"}));
+    QCOMPARE(listTexts(recv.findChild<QListWidget *>("List1")), (QStringList{pictures + "/Beach.jpg", pictures + "/notes.txt"}));
     QCOMPARE(f.home.read("Pictures/Beach.jpg"), QByteArray(60000, 'b'));
 
     // The only message was shown: Next meets the end and starts over.

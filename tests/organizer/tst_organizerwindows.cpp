@@ -64,6 +64,8 @@ private slots:
 private:
     OrganizerStore store() const { return OrganizerStore(StoreLocation::inFolder(m_ui->home.path())); }
     FileEntry entry(const QString &group, const QString &name, const QString &folder = QStringLiteral("/data"));
+    // The group "Big" with 1000 entries, more than one block of the browser's grid.
+    QList<qint64> addBigGroup();
     std::unique_ptr<UiFixture> m_ui;
 };
 
@@ -339,13 +341,18 @@ void TestOrganizerWindows::browserHeadersSortAndFilePath()
     QCOMPARE(w.dataControl(0)->caption(), QStringLiteral("End of File Reached"));
 }
 
-void TestOrganizerWindows::browserFetchesRowsLazily()
+QList<qint64> TestOrganizerWindows::addBigGroup()
 {
     store().addGroup(groupMadeOnTheFly(QStringLiteral("Big"), SetTimeStamp()));
     QList<FileEntry> rows;
     for (int i = 0; i < 1000; ++i)
         rows << entry("Big", QStringLiteral("f%1.txt").arg(i, 4, 10, QLatin1Char('0')));
-    const QList<qint64> ids = store().addEntries(rows);
+    return store().addEntries(rows);
+}
+
+void TestOrganizerWindows::browserFetchesRowsLazily()
+{
+    const QList<qint64> ids = addBigGroup();
     tarnby::ui::GrpBrow1 w(m_ui->state, m_ui->services, store());
     QCOMPARE(w.entries()->rowCount(), tarnby::organizer::EntryGridModel::BlockSize);
     QVERIFY(w.entries()->canFetchMore({}));
@@ -357,11 +364,7 @@ void TestOrganizerWindows::browserFetchesRowsLazily()
 
 void TestOrganizerWindows::browserLetsOtherProcessesWrite()
 {
-    store().addGroup(groupMadeOnTheFly(QStringLiteral("Big"), SetTimeStamp()));
-    QList<FileEntry> rows;
-    for (int i = 0; i < 1000; ++i)
-        rows << entry("Big", QStringLiteral("f%1.txt").arg(i, 4, 10, QLatin1Char('0')));
-    const QList<qint64> ids = store().addEntries(rows);
+    const QList<qint64> ids = addBigGroup();
     tarnby::ui::GrpBrow1 w(m_ui->state, m_ui->services, store());
     w.show();
     QVERIFY(w.entries()->canFetchMore({}));

@@ -496,10 +496,7 @@ void TestSettingsWindows::foldersFilterAndFiles()
         emit box->activated(filter);
     }
     auto *list = child<QListWidget>(&dialog, QStringLiteral("File1"));
-    QStringList shown;
-    for (int i = 0; i < list->count(); ++i)
-        shown << list->item(i)->text();
-    QCOMPARE(shown, files);
+    QCOMPARE(listTexts(list), files);
 }
 
 void TestSettingsWindows::foldersEditAndSave()

@@ -2,6 +2,7 @@
 
 #include "core/settings/ProgramOptions.h"
 
+#include <QListWidget>
 #include <QTest>
 
 UiFixture::UiFixture()
@@ -15,4 +16,12 @@ void UiFixture::saveOptions(const std::function<void(tarnby::settings::ProgramOp
     tarnby::settings::readProgramOptions(home.path(), options);
     change(options);
     QVERIFY(tarnby::settings::writeProgramOptions(home.path(), options, nullptr));
+}
+
+QStringList listTexts(const QListWidget *list)
+{
+    QStringList result;
+    for (int i = 0; i < list->count(); ++i)
+        result << list->item(i)->text();
+    return result;
 }

@@ -9,6 +9,8 @@
 
 #include <functional>
 
+class QListWidget;
+
 namespace tarnby::settings {
 struct ProgramOptions;
 }
@@ -31,3 +33,6 @@ struct UiFixture {
     // change applied. Start-up reads it back; state.options is left alone.
     void saveOptions(const std::function<void(tarnby::settings::ProgramOptions &)> &change);
 };
+
+// The texts of a list's items, top to bottom.
+QStringList listTexts(const QListWidget *list);

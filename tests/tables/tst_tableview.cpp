@@ -346,10 +346,7 @@ void TestTableView::tableSwitch()
     QVERIFY(bar()->isEnabled(QStringLiteral("ID_mnuSetDatabaseTable")));
 
     auto *list1 = w->findChild<QListWidget *>(QStringLiteral("List1"));
-    QStringList names;
-    for (int i = 0; i < list1->count(); ++i)
-        names << list1->item(i)->text();
-    QCOMPARE(names, tables);
+    QCOMPARE(listTexts(list1), tables);
     QCOMPARE(m_ui->state.database.tableCount, tables.size());
 
     m_frame->toolClick(QStringLiteral("ID_TableBtn"));
