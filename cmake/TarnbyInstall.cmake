@@ -2,6 +2,7 @@
 # prefix), and the Debian package that CPack builds from it.
 #
 #   bin/tarnby, bin/tarnby-cli
+#   libexec/tarnby/tarnby-cli-*            the command programs tarnby-cli starts
 #   share/tarnby/...                       files a new program folder is given
 #   share/applications/tarnby.desktop      menu entry and file associations
 #   share/mime/packages/tarnby.xml         the old file kinds the MIME database lacks

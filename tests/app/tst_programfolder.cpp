@@ -165,6 +165,9 @@ void TestProgramFolder::installedFilesComeFirst()
     dir.createFile("prefix/share/tarnby/Help/index.html", "<p>installed</p>");
     const QString source = deliveredFilesSource(dir.filePath("prefix/bin"));
     QCOMPARE(source, QDir::cleanPath(dir.filePath("prefix/share/tarnby")));
+    // The programs behind tarnby-cli, in libexec/tarnby, find the same folder.
+    dir.createFolder("prefix/libexec/tarnby");
+    QCOMPARE(deliveredFilesSource(dir.filePath("prefix/libexec/tarnby")), source);
     QCOMPARE(deliveredFiles(source), (QStringList{"Help/index.html", "TIPHELP.TXT"}));
 
     QStringList warnings;

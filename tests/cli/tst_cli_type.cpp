@@ -1,4 +1,7 @@
+#include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 // Runs the real tarnby-cli binary, as a user's script would.
@@ -12,6 +15,7 @@ private slots:
     void rawBytesAreEchoed();
     void usageErrors_data();
     void usageErrors();
+    void launcherWithoutItsPrograms();
 
 private:
     struct Run {
@@ -48,6 +52,18 @@ void TestCliType::help()
     QCOMPARE(r.exitCode, 0);
     QVERIFY(r.out.contains("type NAME..."));
     QVERIFY(r.out.contains("--help"));
+    // The launcher gathers the commands of every program: each once, in
+    // alphabetical order, whichever program carries it.
+    QStringList names;
+    const QRegularExpression commandLine(QStringLiteral("^  ([a-z][a-z-]*)"), QRegularExpression::MultilineOption);
+    for (auto it = commandLine.globalMatch(QString::fromUtf8(r.out)); it.hasNext();)
+        names << it.next().captured(1);
+    QStringList sorted = names;
+    sorted.sort();
+    sorted.removeDuplicates();
+    QCOMPARE(names, sorted);
+    for (const char *name : {"convert", "find", "group", "mail", "print", "table", "thumbs", "type"})
+        QVERIFY2(names.contains(QLatin1String(name)), name);
 }
 
 void TestCliType::typeRows_data()
@@ -96,6 +112,26 @@ void TestCliType::usageErrors()
     const Run r = run(args);
     QCOMPARE(r.exitCode, 2);
     QVERIFY(!r.err.isEmpty() || !r.out.isEmpty());
+}
+
+// A launcher whose programs are missing (a broken install) says which one it
+// could not start, instead of failing silently.
+void TestCliType::launcherWithoutItsPrograms()
+{
+    QTemporaryDir dir;
+    const QString launcher = dir.filePath(QStringLiteral("tarnby-cli"));
+    QVERIFY(QFile::copy(qEnvironmentVariable("TARNBY_BINARY_DIR") + QStringLiteral("/src/cli/tarnby-cli"), launcher));
+    QProcess p;
+    p.start(launcher, {QStringLiteral("type"), QStringLiteral("a.txt")});
+    QVERIFY(p.waitForFinished(20000));
+    QCOMPARE(p.exitCode(), 127);
+    QVERIFY(p.readAllStandardError().contains("cannot start tarnby-cli-type"));
+    QVERIFY(p.readAllStandardOutput().isEmpty());
+
+    p.start(launcher, {QStringLiteral("--help")});
+    QVERIFY(p.waitForFinished(20000));
+    QCOMPARE(p.exitCode(), 1);
+    QVERIFY(p.readAllStandardError().contains("cannot start tarnby-cli-"));
 }
 
 QTEST_GUILESS_MAIN(TestCliType)

@@ -63,7 +63,8 @@ def test():
         installed |= {os.path.relpath(os.path.join(folder, n), prefix) for n in names_in}
     check(set(files) == installed, "the package's files differ from the installed tree: only packaged %s, "
           "only installed %s" % (sorted(set(files) - installed), sorted(installed - set(files))))
-    for program in ("bin/tarnby", "bin/tarnby-cli"):
+    programs = ["bin/tarnby", "bin/tarnby-cli"] + sorted(f for f in files if f.startswith("libexec/tarnby/"))
+    for program in programs:
         check(files[program] == "-rwxr-xr-x", "%s has mode %s" % (program, files[program]))
     check(files["share/tarnby/TIPHELP.TXT"] == "-rw-r--r--", "the tips are not readable by all")
 
@@ -71,6 +72,9 @@ def test():
     run(["dpkg-deb", "-x", package, unpacked])
     sections = run(["readelf", "-S", "-W", os.path.join(unpacked, "usr/bin/tarnby")]).stdout
     check(".debug_info" not in sections, "the packaged tarnby is not stripped")
+    # The launcher finds the program behind a command where the package puts it.
+    typed = run([os.path.join(unpacked, "usr/bin/tarnby-cli"), "type", "a.txt"]).stdout
+    check(typed.startswith("a.txt\t"), "the packaged tarnby-cli type printed %r" % typed)
     root = os.path.join(work, "root")
     os.makedirs(os.path.join(root, "var/lib/dpkg/info"))
     os.makedirs(os.path.join(root, "var/lib/dpkg/updates"))

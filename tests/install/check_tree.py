@@ -37,10 +37,16 @@ def test():
     for folder, _, files in os.walk(prefix):
         for name in files:
             installed.add(os.path.relpath(os.path.join(folder, name), prefix))
+    # The programs behind tarnby-cli, one a family of commands; that each one
+    # runs from the installed tree is checked through "tarnby-cli --help",
+    # which asks every one of them for its commands (check_cli_docs.py).
+    programs = {f for f in installed if f.startswith("libexec/tarnby/tarnby-cli-")}
+    check(len(programs) > 1, "no command programs in libexec/tarnby: %s" % sorted(programs))
+    expected |= programs
     check(not expected - installed, "not installed: %s" % sorted(expected - installed))
     check(not installed - expected, "installed but not expected: %s" % sorted(installed - expected))
 
-    for program in ("bin/tarnby", "bin/tarnby-cli"):
+    for program in ["bin/tarnby", "bin/tarnby-cli"] + sorted(programs):
         path = os.path.join(prefix, program)
         check(os.access(path, os.X_OK), "%s is not executable" % program)
         with open(path, "rb") as f:

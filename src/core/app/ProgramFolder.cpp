@@ -58,9 +58,11 @@ QString defaultDataFolder()
 QString deliveredFilesSource(const QString &executableFolder)
 {
     if (!executableFolder.isEmpty()) {
-        const QString installed = QDir::cleanPath(QDir(executableFolder).filePath(QStringLiteral(TARNBY_DATA_FROM_BIN)));
-        if (QFileInfo(installed).isDir())
-            return installed;
+        for (const char *relative : {TARNBY_DATA_FROM_BIN, TARNBY_DATA_FROM_PROGRAMS}) {
+            const QString installed = QDir::cleanPath(QDir(executableFolder).filePath(QLatin1String(relative)));
+            if (QFileInfo(installed).isDir())
+                return installed;
+        }
     }
     return BuiltInSource;
 }

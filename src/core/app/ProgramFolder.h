@@ -32,7 +32,8 @@ ProgramFolderResult resolveProgramFolder(const ProgramFolderRequest &request, Se
 
 // Where the delivered files are read from. An installed Tarnby finds them in
 // the data folder beside its bin folder (executableFolder + "/../share/tarnby"
-// for the standard layout); when that folder does not exist, as for a program
+// for the standard layout; "/../../share/tarnby" from the folder of
+// tarnby-cli's programs, libexec/tarnby); when that folder does not exist, as for a program
 // run from its build folder, the copies built into the program are used
 // (":/programfolder"). The result is a folder path QFile and QDirIterator read.
 QString deliveredFilesSource(const QString &executableFolder);
