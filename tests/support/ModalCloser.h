@@ -33,16 +33,16 @@ private:
     QStringList m_seen;
 };
 
-// Runs action on the modal dialog called name as soon as it is up (its exec()
-// is running then, so the action drives it as a user would). Gives up after
-// about five seconds without one.
+// Runs action on the modal dialog called name (an empty name: whichever
+// opens) as soon as it is up (its exec() is running then, so the action
+// drives it as a user would). Gives up after about five seconds without one.
 inline void whenModal(const QString &name, std::function<void(QDialog *)> action)
 {
     auto *timer = new QTimer;
     auto tries = std::make_shared<int>(0);
     QObject::connect(timer, &QTimer::timeout, [=] {
         auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        const bool found = dialog && dialog->objectName() == name;
+        const bool found = dialog && (name.isEmpty() || dialog->objectName() == name);
         if (found || ++*tries > 500) {
             timer->stop();
             timer->deleteLater();

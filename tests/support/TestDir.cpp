@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 
 TestDir::TestDir()
     : QTemporaryDir(QDir::temp().filePath(QStringLiteral("tarnby-test-XXXXXX")))
@@ -30,4 +31,12 @@ QByteArray TestDir::read(const QString &relativePath) const
 {
     QFile f(filePath(relativePath));
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+bool TestDir::runElsewhere(const QString &command) const
+{
+    QProcess process;
+    process.setWorkingDirectory(path());
+    process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command});
+    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }

@@ -14,4 +14,7 @@ public:
     QString createFolder(const QString &relativePath);
     QString filePath(const QString &relativePath) const { return QTemporaryDir::filePath(relativePath); }
     QByteArray read(const QString &relativePath) const;
+    // Runs a shell command in the folder, as another program would, and
+    // waits for it; true when it ended well.
+    bool runElsewhere(const QString &command) const;
 };

@@ -3,6 +3,7 @@
 #include "core/settings/ProgramOptions.h"
 
 #include <QListWidget>
+#include <QPushButton>
 #include <QTest>
 
 UiFixture::UiFixture()
@@ -24,4 +25,11 @@ QStringList listTexts(const QListWidget *list)
     for (int i = 0; i < list->count(); ++i)
         result << list->item(i)->text();
     return result;
+}
+
+void clickButton(QWidget *parent, const QString &name)
+{
+    auto *button = parent->findChild<QPushButton *>(name);
+    QVERIFY2(button, qPrintable(name));
+    button->click();
 }

@@ -36,3 +36,7 @@ struct UiFixture {
 
 // The texts of a list's items, top to bottom.
 QStringList listTexts(const QListWidget *list);
+
+// Clicks the push button called name inside parent; fails the test when
+// there is none.
+void clickButton(QWidget *parent, const QString &name);
