@@ -32,13 +32,6 @@ using namespace tarnby::ui;
 
 namespace {
 
-void click(QDialog *dialog, const char *button)
-{
-    auto *b = dialog->findChild<QPushButton *>(QLatin1String(button));
-    QVERIFY(b);
-    b->click();
-}
-
 QStringList namesIn(const QString &folder)
 {
     QStringList names = QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
@@ -83,9 +76,6 @@ private slots:
 
 private:
     std::unique_ptr<UiFixture> m_ui;
-    AppState *m_state = nullptr;
-    UiServices *m_services = nullptr;
-    ScriptedResponder *m_responder = nullptr;
     std::unique_ptr<QWidget> m_window;
     std::unique_ptr<FileCommands> m_commands;
     QString m_dataHome;
@@ -97,11 +87,8 @@ void TestFileCommands::init()
     // The trash lives below the data folder; keep it inside the test's own folder.
     m_dataHome = m_ui->home.createFolder(QStringLiteral("data"));
     qputenv("XDG_DATA_HOME", QFile::encodeName(m_dataHome));
-    m_state = &m_ui->state;
-    m_services = &m_ui->services;
-    m_responder = &m_ui->responder;
     m_window = std::make_unique<QWidget>();
-    m_commands = std::make_unique<FileCommands>(*m_state, *m_services, m_window.get());
+    m_commands = std::make_unique<FileCommands>(m_ui->state, m_ui->services, m_window.get());
     m_commands->setParent(nullptr);
 }
 
@@ -141,16 +128,16 @@ void TestFileCommands::deleteFile()
     }
     const QString path = dir.createFile("old photo.jpg", "jpeg");
     for (MessageAnswer a : answers)
-        m_responder->answerMessage(a);
+        m_ui->responder.answerMessage(a);
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
 
     m_commands->DeleteFile(path);
 
-    QCOMPARE(m_responder->messages().size(), questions);
-    QCOMPARE(m_responder->messageTexts().first(), "Move File to the Trash - " + path + "? ");
+    QCOMPARE(m_ui->responder.messages().size(), questions);
+    QCOMPARE(m_ui->responder.messageTexts().first(), "Move File to the Trash - " + path + "? ");
     if (questions == 2)
-        QVERIFY(m_responder->messageTexts().at(1).startsWith("The File cannot be moved to the Trash - " + path));
-    for (const MessageRequest &m : m_responder->messages()) {
+        QVERIFY(m_ui->responder.messageTexts().at(1).startsWith("The File cannot be moved to the Trash - " + path));
+    for (const MessageRequest &m : m_ui->responder.messages()) {
         QCOMPARE(m.buttons, MessageButtons::YesNo);
         QCOMPARE(m.title, QStringLiteral("Tarnby 3.0"));
     }
@@ -164,11 +151,11 @@ void TestFileCommands::deleteWhatIsNotAFile()
 {
     TestDir dir;
     dir.createFolder("album.jpg");
-    m_responder->answerMessage(MessageAnswer::Yes);
-    m_responder->answerMessage(MessageAnswer::Yes);
+    m_ui->responder.answerMessage(MessageAnswer::Yes);
+    m_ui->responder.answerMessage(MessageAnswer::Yes);
     for (const QString &path : {dir.filePath("album.jpg"), dir.filePath("gone.jpg"), QStringLiteral("http://x/y.jpg")})
         m_commands->DeleteFile(path);
-    QCOMPARE(m_responder->messageTexts(), (QStringList{"File not Found - " + dir.filePath("album.jpg"),
+    QCOMPARE(m_ui->responder.messageTexts(), (QStringList{"File not Found - " + dir.filePath("album.jpg"),
                                                     "File not Found - " + dir.filePath("gone.jpg"),
                                                     "File not Found - http://x/y.jpg"}));
     QVERIFY(QFileInfo(dir.filePath("album.jpg")).isDir());
@@ -178,7 +165,7 @@ void TestFileCommands::deletedFileCanBeRestored()
 {
     TestDir dir;
     const QString path = dir.createFile("letter.txt", "dear");
-    m_responder->answerMessage(MessageAnswer::Yes);
+    m_ui->responder.answerMessage(MessageAnswer::Yes);
     m_commands->DeleteFile(path);
     QVERIFY(!QFileInfo::exists(path));
 
@@ -193,19 +180,19 @@ void TestFileCommands::moveDialogRequest()
 {
     TestDir dir;
     const QString path = dir.createFile("pics/beach.JPG", "x");
-    m_responder->cancelDialog();
+    m_ui->responder.cancelDialog();
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     m_commands->MoveFile(path, "JPG");
 
-    QCOMPARE(m_responder->dialogs().size(), 1);
-    const DialogRequest &r = m_responder->dialogs().first();
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
+    const DialogRequest &r = m_ui->responder.dialogs().first();
     QCOMPARE(r.kind, DialogKind::SaveFile);
     QCOMPARE(r.title, QStringLiteral("Enter File Name and Folder to move To - beach.JPG"));
     QCOMPARE(r.filter, QStringLiteral("*.JPG|*.JPG"));
     QCOMPARE(r.defaultSuffix, QStringLiteral("JPG"));
     QCOMPARE(r.fileName, QStringLiteral("beach.JPG"));
     QCOMPARE(r.directory, dir.filePath("pics"));
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
     QCOMPARE(changed.size(), 0);
     QVERIFY(QFileInfo::exists(path));
 }
@@ -251,7 +238,7 @@ void TestFileCommands::moveFile()
     dir.createFolder("b");
     for (const QString &f : files)
         dir.createFile(f, f.toUtf8());
-    m_responder->acceptFile(dir.filePath(target));
+    m_ui->responder.acceptFile(dir.filePath(target));
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     QStringList shownFiles;
     QString shownLabel;
@@ -261,21 +248,21 @@ void TestFileCommands::moveFile()
             shownFiles << list->item(i)->text();
         shownFiles.sort();
         shownLabel = d->findChild<QLabel *>("Label1")->text();
-        click(d, qPrintable(button));
+        clickButton(d, button);
     });
 
     m_commands->MoveFile(dir.filePath(source), "X");
 
     QVERIFY(shownLabel.contains(dir.filePath(target)));
     QCOMPARE(shownFiles, listed);
-    QCOMPARE(m_responder->messageTexts(),
+    QCOMPARE(m_ui->responder.messageTexts(),
              message.isEmpty() ? QStringList() : QStringList{message.replace("@", dir.path())});
     QCOMPARE(namesIn(dir.filePath("a")), sourceAfter);
     QCOMPARE(namesIn(dir.filePath("b")), targetAfter);
     const bool moved = message.startsWith("File Moved");
     QCOMPARE(changed.size(), moved ? 1 : 0);
     if (moved)
-        QCOMPARE(m_state->currentFile, dir.filePath(target));
+        QCOMPARE(m_ui->state.currentFile, dir.filePath(target));
 }
 
 void TestFileCommands::renameFile_data()
@@ -312,7 +299,7 @@ void TestFileCommands::renameFile()
     for (const QString &f : files)
         dir.createFile(f, f.toUtf8());
     const QString path = dir.filePath(source);
-    m_state->currentFile = path;
+    m_ui->state.currentFile = path;
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     bool stillOpen = false;
     QString label;
@@ -321,22 +308,22 @@ void TestFileCommands::renameFile()
         label = d->findChild<QLabel *>("Label1")->text();
         listed = d->findChild<QListWidget *>("File1")->count();
         d->findChild<QLineEdit *>("Text1")->setText(typed);
-        click(d, "OKBtn");
+        clickButton(d, "OKBtn");
         stillOpen = d->isVisible();
         if (stillOpen)
-            click(d, "CancelBtn");
+            clickButton(d, "CancelBtn");
     });
 
     m_commands->RenameFile(path);
 
     QCOMPARE(label, path);
     QCOMPARE(listed, files.size());
-    QCOMPARE(m_responder->messageTexts(), QStringList{message});
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{message});
     QCOMPARE(stillOpen, staysOpen);
     QCOMPARE(namesIn(dir.path()), after);
     QCOMPARE(changed.size(), staysOpen ? 0 : 1);
     if (!staysOpen)
-        QCOMPARE(QFileInfo(m_state->currentFile).fileName(), after.first());
+        QCOMPARE(QFileInfo(m_ui->state.currentFile).fileName(), after.first());
 }
 
 void TestFileCommands::saveAsDialogRequest_data()
@@ -355,15 +342,15 @@ void TestFileCommands::saveAsDialogRequest()
     QFETCH(QString, title);
     QFETCH(QString, filter);
     TestDir dir;
-    m_state->currentFile = current.replace("@", dir.path());
-    m_responder->cancelDialog();
+    m_ui->state.currentFile = current.replace("@", dir.path());
+    m_ui->responder.cancelDialog();
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     m_commands->SaveFileAs();
-    QCOMPARE(m_responder->dialogs().size(), 1);
-    QCOMPARE(m_responder->dialogs().first().title, title);
-    QCOMPARE(m_responder->dialogs().first().filter, filter);
-    QCOMPARE(m_responder->dialogs().first().kind, DialogKind::SaveFile);
-    QVERIFY(m_responder->messages().isEmpty());
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
+    QCOMPARE(m_ui->responder.dialogs().first().title, title);
+    QCOMPARE(m_ui->responder.dialogs().first().filter, filter);
+    QCOMPARE(m_ui->responder.dialogs().first().kind, DialogKind::SaveFile);
+    QVERIFY(m_ui->responder.messages().isEmpty());
     QCOMPARE(changed.size(), 0);
 }
 
@@ -384,18 +371,18 @@ void TestFileCommands::saveAsCopy()
     QFETCH(QString, message);
     TestDir dir;
     const QByteArray content("line one\r\nline two\r\n\0binary", 28);
-    m_state->currentFile = dir.createFile("notes.txt", content);
+    m_ui->state.currentFile = dir.createFile("notes.txt", content);
     if (targetExists)
         dir.createFile(target, "keep");
-    m_responder->acceptFile(dir.filePath(target));
+    m_ui->responder.acceptFile(dir.filePath(target));
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
     m_commands->SaveFileAs();
     if (message.isEmpty()) {
-        QVERIFY(m_responder->messages().isEmpty());
+        QVERIFY(m_ui->responder.messages().isEmpty());
         QCOMPARE(dir.read(target), content);
         QCOMPARE(changed.size(), 1);
     } else {
-        QCOMPARE(m_responder->messageTexts(), QStringList{message.replace("@", dir.path())});
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList{message.replace("@", dir.path())});
         QCOMPARE(dir.read(target), targetExists ? QByteArray("keep") : QByteArray());
         QCOMPARE(changed.size(), 0);
     }
@@ -419,15 +406,15 @@ void TestFileCommands::saveAsPicture()
     const QString source = dir.filePath("hopper.png");
     const QString path = dir.filePath(target);
     QVERIFY(QFile::copy(fixtures::path("PNG/hopper.png"), source));
-    m_state->currentFile = source;
-    m_responder->acceptFile(path);
+    m_ui->state.currentFile = source;
+    m_ui->responder.acceptFile(path);
     m_commands->SaveFileAs();
     if (!message.isEmpty()) {
-        QCOMPARE(m_responder->messageTexts(), QStringList{message.replace("@", path)});
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList{message.replace("@", path)});
         QVERIFY(!QFileInfo::exists(path));
         return;
     }
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
     QImageReader reader(path);
     QCOMPARE(reader.format(), QByteArray("bmp")); // a real BMP, not a renamed PNG
     const QImage saved = reader.read();
@@ -474,27 +461,27 @@ void TestFileCommands::saveAsPictureDepthAndQuality()
     if (presetQuality > 0)
         writer.setQuality(presetQuality);
     QVERIFY(writer.write(image));
-    m_state->currentFile = path;
+    m_ui->state.currentFile = path;
     const QString target = dir.filePath(QStringLiteral("saved.") + QFileInfo(source).suffix());
     DialogAnswer answer;
     answer.accepted = true;
     answer.path = target;
     answer.bitsPerPixel = chosenDepth;
     answer.quality = chosenQuality;
-    m_responder->answerDialog(answer);
+    m_ui->responder.answerDialog(answer);
 
     m_commands->SaveFileAs();
 
     // The dialog offered the depths the format keeps and the quality of a
     // lossy one, preset from the picture...
-    QCOMPARE(m_responder->dialogs().size(), 1);
-    const DialogRequest &request = m_responder->dialogs().constFirst();
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
+    const DialogRequest &request = m_ui->responder.dialogs().constFirst();
     QCOMPARE(request.bitsPerPixelChoices, offered);
     QCOMPARE(request.bitsPerPixel, preset);
     QCOMPARE(request.offerQuality, presetQuality > 0);
     QVERIFY2(std::abs(request.quality - presetQuality) <= 1, qPrintable(QString::number(request.quality)));
     // ...and the file holds what was chosen.
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
     const imaging::LoadResult saved = imaging::loadPicture(target);
     QVERIFY(saved.ok());
     QCOMPARE(saved.picture.info.bitsPerPixel, chosenDepth > 0 ? chosenDepth : 24);
@@ -511,21 +498,21 @@ void TestFileCommands::openWithApplication()
         opened << url;
         return succeed;
     });
-    m_state->currentFile = dir.createFile("my letter.doc", "x");
+    m_ui->state.currentFile = dir.createFile("my letter.doc", "x");
     m_commands->OpenwithOLE();
     QCOMPARE(opened, QList<QUrl>{QUrl::fromLocalFile(dir.filePath("my letter.doc"))});
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 
     succeed = false;
     m_commands->OpenwithOLE();
-    QCOMPARE(m_responder->messageTexts(),
+    QCOMPARE(m_ui->responder.messageTexts(),
              QStringList{"No Application could Open the File - " + dir.filePath("my letter.doc")});
 
-    m_responder->clear();
-    m_state->currentFile = dir.filePath("gone.doc");
+    m_ui->responder.clear();
+    m_ui->state.currentFile = dir.filePath("gone.doc");
     m_commands->OpenwithOLE();
     QCOMPARE(opened.size(), 2);
-    QCOMPARE(m_responder->messageTexts(), QStringList{"File not Found - " + dir.filePath("gone.doc")});
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"File not Found - " + dir.filePath("gone.doc")});
 }
 
 void TestFileCommands::unzipOffer_data()
@@ -579,7 +566,7 @@ void TestFileCommands::unzipOffer()
     }
     if (folderExists)
         dir.createFolder("PHOTOS");
-    m_responder->answerMessage(answer);
+    m_ui->responder.answerMessage(answer);
     QSignalSpy finished(m_commands.get(), &FileCommands::unzipFinished);
     QSignalSpy changed(m_commands.get(), &FileCommands::filesChanged);
 
@@ -587,14 +574,14 @@ void TestFileCommands::unzipOffer()
     if (answer == MessageAnswer::Yes)
         QVERIFY(finished.size() == 1 || finished.wait(10000));
 
-    QCOMPARE(m_responder->messageTexts().first(), "Do You want to Un Zip File - " + zip + "? ");
-    QCOMPARE(m_responder->messages().first().buttons, MessageButtons::YesNo);
+    QCOMPARE(m_ui->responder.messageTexts().first(), "Do You want to Un Zip File - " + zip + "? ");
+    QCOMPARE(m_ui->responder.messages().first().buttons, MessageButtons::YesNo);
     if (message.isEmpty()) {
-        QCOMPARE(m_responder->messages().size(), 1);
+        QCOMPARE(m_ui->responder.messages().size(), 1);
     } else {
-        QCOMPARE(m_responder->messages().size(), 2);
-        QVERIFY2(m_responder->messageTexts().at(1).startsWith(message.replace("@", zip)),
-                 qPrintable(m_responder->messageTexts().at(1)));
+        QCOMPARE(m_ui->responder.messages().size(), 2);
+        QVERIFY2(m_ui->responder.messageTexts().at(1).startsWith(message.replace("@", zip)),
+                 qPrintable(m_ui->responder.messageTexts().at(1)));
     }
     QCOMPARE(namesIn(dir.path()), after);
     const bool unpacked = answer == MessageAnswer::Yes && message.isEmpty();

@@ -3,7 +3,6 @@
 #include "TestDir.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -14,15 +13,6 @@ namespace {
 // The tests run with a short wait so that they stay quick; the coalescing is
 // the same at any interval.
 constexpr int Interval = 60;
-
-// Runs a shell command in folder as another process would, and waits for it.
-bool runElsewhere(const QString &folder, const QString &command)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command});
-    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
 
 // Lets reports that are due arrive, then a few intervals more in which none may.
 void settle()
@@ -66,7 +56,7 @@ void TestFolderWatcher::seesWhatAnotherProcessDoes()
     settle();
     QCOMPARE(changed.size(), 0);
 
-    QVERIFY(runElsewhere(dir.path(), command));
+    QVERIFY(dir.runElsewhere(command));
     QVERIFY(changed.wait(5000));
     settle();
     QCOMPARE(changed.size(), 1);
@@ -81,7 +71,7 @@ void TestFolderWatcher::tenThousandFilesAreAFewReports()
     QSignalSpy changed(&watcher, &FolderWatcher::changed);
 
     // Made, written again and removed: some 30,000 notifications.
-    QVERIFY(runElsewhere(dir.path(), "seq -f f%g.txt 1 10000 | xargs touch && seq -f f%g.txt 1 10000 | xargs touch"
+    QVERIFY(dir.runElsewhere("seq -f f%g.txt 1 10000 | xargs touch && seq -f f%g.txt 1 10000 | xargs touch"
                                      " && seq -f f%g.txt 1 5000 | xargs rm"));
     QTRY_VERIFY_WITH_TIMEOUT(changed.size() >= 1, 5000);
     settle();
@@ -101,7 +91,7 @@ void TestFolderWatcher::busyConsumerHoldsTheReport()
     QVERIFY(watcher.setFolder(dir.path()));
     QSignalSpy changed(&watcher, &FolderWatcher::changed);
 
-    QVERIFY(runElsewhere(dir.path(), "touch a.txt"));
+    QVERIFY(dir.runElsewhere("touch a.txt"));
     settle();
     QCOMPARE(changed.size(), 0);
     QVERIFY(watcher.hasPendingChange());
@@ -119,22 +109,22 @@ void TestFolderWatcher::previousFolderIsForgotten()
     watcher.setInterval(Interval);
     QVERIFY(watcher.setFolder(first.path()));
     QSignalSpy changed(&watcher, &FolderWatcher::changed);
-    QVERIFY(runElsewhere(first.path(), "touch pending.txt"));
+    QVERIFY(first.runElsewhere("touch pending.txt"));
     // The change of the first folder is still waiting when the folder changes.
     QVERIFY(watcher.setFolder(second.path()));
     QCOMPARE(watcher.folder(), QDir::cleanPath(second.path()));
-    QVERIFY(runElsewhere(first.path(), "touch later.txt"));
+    QVERIFY(first.runElsewhere("touch later.txt"));
     settle();
     QCOMPARE(changed.size(), 0);
 
-    QVERIFY(runElsewhere(second.path(), "touch here.txt"));
+    QVERIFY(second.runElsewhere("touch here.txt"));
     QVERIFY(changed.wait(5000));
 
     // An empty path watches nothing.
     QVERIFY(!watcher.setFolder(QString()));
     QVERIFY(!watcher.isWatching());
     changed.clear();
-    QVERIFY(runElsewhere(second.path(), "touch again.txt"));
+    QVERIFY(second.runElsewhere("touch again.txt"));
     settle();
     QCOMPARE(changed.size(), 0);
 }
@@ -147,7 +137,7 @@ void TestFolderWatcher::folderThatGoesAwayIsReportedOnce()
     watcher.setInterval(Interval);
     QVERIFY(watcher.setFolder(folder));
     QSignalSpy changed(&watcher, &FolderWatcher::changed);
-    QVERIFY(runElsewhere(dir.path(), "rm -r shown"));
+    QVERIFY(dir.runElsewhere("rm -r shown"));
     QVERIFY(changed.wait(5000));
     settle();
     QCOMPARE(changed.size(), 1);

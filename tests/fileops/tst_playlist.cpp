@@ -22,12 +22,41 @@ private slots:
     void oversizedList();
     void cdaTrack_data();
     void cdaTrack();
+
+private:
+    // Parses the row's data with parse, for a list in /lists/mine, and
+    // compares the items with the row's locations and titles; clean: no
+    // error may be reported either.
+    void compareParsed(Playlist (*parse)(const QByteArray &, const QString &), bool clean);
 };
+
+void TestPlaylist::compareParsed(Playlist (*parse)(const QByteArray &, const QString &), bool clean)
+{
+    QFETCH(QByteArray, data);
+    QFETCH(QStringList, locations);
+    QFETCH(QStringList, titles);
+    const QString base = QStringLiteral("/lists/mine");
+    const Playlist list = parse(data, base);
+    if (clean)
+        QVERIFY(list.errorString.isEmpty());
+    QStringList gotLocations;
+    QStringList gotTitles;
+    for (const PlayItem &item : list.items) {
+        gotLocations << item.location;
+        gotTitles << item.title;
+    }
+    for (QString &l : locations) {
+        l.replace(QLatin1String("@@"), QLatin1String("/lists"));
+        l.replace(QLatin1Char('@'), base);
+    }
+    QCOMPARE(gotLocations, locations);
+    QCOMPARE(gotTitles, titles);
+}
 
 void TestPlaylist::m3u_data()
 {
     QTest::addColumn<QByteArray>("data");
-    QTest::addColumn<QStringList>("locations"); // "@" stands for the list's folder
+    QTest::addColumn<QStringList>("locations"); // "@" stands for the list's folder, "@@" for its parent
     QTest::addColumn<QStringList>("titles");
 
     QTest::newRow("plain relative names") << QByteArray("a.mp3\nsub/b.wav\n") << QStringList{"@/a.mp3", "@/sub/b.wav"}
@@ -61,25 +90,7 @@ void TestPlaylist::m3u_data()
 
 void TestPlaylist::m3u()
 {
-    QFETCH(QByteArray, data);
-    QFETCH(QStringList, locations);
-    QFETCH(QStringList, titles);
-
-    const QString base = QStringLiteral("/lists/mine");
-    const Playlist list = parseM3u(data, base);
-    QVERIFY(list.errorString.isEmpty());
-    QStringList gotLocations;
-    QStringList gotTitles;
-    for (const PlayItem &item : list.items) {
-        gotLocations << item.location;
-        gotTitles << item.title;
-    }
-    for (QString &l : locations) {
-        l.replace(QLatin1String("@@"), QLatin1String("/lists"));
-        l.replace(QLatin1Char('@'), base);
-    }
-    QCOMPARE(gotLocations, locations);
-    QCOMPARE(gotTitles, titles);
+    compareParsed(parseM3u, true);
 }
 
 void TestPlaylist::asx_data()
@@ -116,22 +127,7 @@ void TestPlaylist::asx_data()
 
 void TestPlaylist::asx()
 {
-    QFETCH(QByteArray, data);
-    QFETCH(QStringList, locations);
-    QFETCH(QStringList, titles);
-
-    const QString base = QStringLiteral("/lists");
-    const Playlist list = parseAsx(data, base);
-    QStringList gotLocations;
-    QStringList gotTitles;
-    for (const PlayItem &item : list.items) {
-        gotLocations << item.location;
-        gotTitles << item.title;
-    }
-    for (QString &l : locations)
-        l.replace(QLatin1Char('@'), base);
-    QCOMPARE(gotLocations, locations);
-    QCOMPARE(gotTitles, titles);
+    compareParsed(parseAsx, false);
 }
 
 void TestPlaylist::hostileAsx_data()
