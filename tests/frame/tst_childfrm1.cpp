@@ -109,20 +109,14 @@ private:
     QWidget *outer(ChildFrm1 *w) const { return w->parentWidget(); }
 
     std::unique_ptr<UiFixture> m_ui;
-    AppState *m_state = nullptr;
-    ScriptedResponder *m_responder = nullptr;
-    TestDir *m_home = nullptr;
     std::unique_ptr<MDIForm1> m_frame;
 };
 
 void TestChildFrm1::init()
 {
     m_ui = std::make_unique<UiFixture>();
-    m_state = &m_ui->state;
-    m_responder = &m_ui->responder;
-    m_home = &m_ui->home;
-    m_home->createFile("Close.Txt", "Close File\r\n");
-    m_frame = std::make_unique<MDIForm1>(*m_state, m_ui->services);
+    m_ui->home.createFile("Close.Txt", "Close File\r\n");
+    m_frame = std::make_unique<MDIForm1>(m_ui->state, m_ui->services);
     m_frame->resize(1200, 900);
     m_frame->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_frame.get()));
@@ -245,7 +239,6 @@ void TestChildFrm1::kindDispatch_data()
     QTest::newRow("DOC in the text box with the option") << "DOC/word_document.doc" << true << "T" << "Text1" << false;
     QTest::newRow("RTF in the text box whatever the option") << "RTF/testRTF.rtf" << false << "T" << "Text1" << false;
     QTest::newRow("RTF with the option") << "RTF/testRTF.rtf" << true << "T" << "Text1" << false;
-    QTest::newRow("HTML in the web view") << "HTML/testHTML.html" << false << "T" << "WebBrowser1" << true;
     QTest::newRow("WPS in the web view") << "WPS/word_document.wps" << false << "T" << "WebBrowser1" << true;
     QTest::newRow("INI as plain text") << "INI/normal.ini" << false << "T" << "Text1" << false;
     QTest::newRow("DBF in the table grid") << "DBF/dbase_03.dbf" << false << "D" << "MSFlexGrid1" << false;
@@ -260,7 +253,7 @@ void TestChildFrm1::kindDispatch()
     QFETCH(QString, kind);
     QFETCH(QString, visible);
     QFETCH(bool, webFlag);
-    m_state->options.useTextDoc = useTextDoc;
+    m_ui->state.options.useTextDoc = useTextDoc;
     ChildFrm1 *w = open(fixtures::path(file));
     QVERIFY(w);
     QCOMPARE(w->FILE_TYPE(), kind);
@@ -289,11 +282,11 @@ void TestChildFrm1::copyRules()
     ChildFrm1 *picture = open(fixtures::path("PNG/hopper.png"));
     QVERIFY(picture);
     m_frame->toolClick("ID_CopyBtn");
-    QCOMPARE(m_responder->messageTexts(),
+    QCOMPARE(m_ui->responder.messageTexts(),
              QStringList{"You can only Copy Text for Pasting into Text Box to Add Text to a Picture"});
     QCOMPARE(clipboard->text(), QStringLiteral("before"));
 
-    m_responder->clear();
+    m_ui->responder.clear();
     ChildFrm1 *text = open(fixtures::path("TXT/testTXT.txt"));
     QVERIFY(text);
     auto *text1 = text->findChild<QTextEdit *>("Text1");
@@ -303,14 +296,14 @@ void TestChildFrm1::copyRules()
     text1->setTextCursor(cursor);
     m_frame->toolClick("ID_mnuCopy");
     QCOMPARE(clipboard->text(), QStringLiteral("Test"));
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 
     ChildFrm1 *web = open(fixtures::path("HTML/testHTML.html"));
     QVERIFY(web);
     web->findChild<WebView *>("WebBrowser1")->selectAll();
     m_frame->toolClick("ID_CopyBtn");
     QVERIFY(clipboard->text().contains(QLatin1String("Test Indexation Html")));
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestChildFrm1::commandsOutsideTheirKind_data()
@@ -337,8 +330,8 @@ void TestChildFrm1::commandsOutsideTheirKind()
     QVERIFY(w);
     for (const QString &key : keys)
         m_frame->toolClick(key);
-    QCOMPARE(m_responder->messageTexts(), messages);
-    QVERIFY(m_responder->dialogs().isEmpty());
+    QCOMPARE(m_ui->responder.messageTexts(), messages);
+    QVERIFY(m_ui->responder.dialogs().isEmpty());
     QCOMPARE(m_frame->documentCount(), 1);
 }
 
@@ -504,22 +497,22 @@ void TestChildFrm1::saveQuestionOnClose()
     w->document()->setModified(true);
     TestDir out;
     const QString target = out.filePath("saved.png");
-    m_responder->answerMessage(yes ? MessageAnswer::Yes : MessageAnswer::No);
-    m_responder->acceptFile(target);
+    m_ui->responder.answerMessage(yes ? MessageAnswer::Yes : MessageAnswer::No);
+    m_ui->responder.acceptFile(target);
     QPointer<ChildFrm1> guard(w);
     m_frame->toolClick("ID_CloseBtn");
-    QCOMPARE(m_responder->messageTexts(),
+    QCOMPARE(m_ui->responder.messageTexts(),
              QStringList{"Do You want to Save Changes to the Picture - hopper.png ?"});
-    QCOMPARE(m_responder->messages().constFirst().buttons, MessageButtons::YesNo);
+    QCOMPARE(m_ui->responder.messages().constFirst().buttons, MessageButtons::YesNo);
     if (yes) {
-        QCOMPARE(m_responder->dialogs().size(), 1);
-        const DialogRequest &request = m_responder->dialogs().constFirst();
+        QCOMPARE(m_ui->responder.dialogs().size(), 1);
+        const DialogRequest &request = m_ui->responder.dialogs().constFirst();
         QCOMPARE(request.kind, DialogKind::SaveFile);
         QCOMPARE(request.title, QStringLiteral("Enter New File Name for - hopper.png"));
         QCOMPARE(request.filter, QStringLiteral("*.PNG|*.PNG"));
         QCOMPARE(QImage(target).size(), QSize(128, 128));
     } else {
-        QVERIFY(m_responder->dialogs().isEmpty());
+        QVERIFY(m_ui->responder.dialogs().isEmpty());
         QVERIFY(!QFileInfo::exists(target));
     }
     QTRY_VERIFY(!guard);
@@ -533,20 +526,20 @@ void TestChildFrm1::saveFailureMessage()
     QVERIFY(w);
     w->document()->setModified(true);
     const QString target = QStringLiteral("/nonexistent-folder/x/saved.png");
-    m_responder->acceptFile(target);
+    m_ui->responder.acceptFile(target);
     m_frame->toolClick("ID_SaveBtn");
-    QCOMPARE(m_responder->messageTexts(), QStringList{"Error Saving File - " + target});
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Error Saving File - " + target});
     QVERIFY(w->document()->isModified());
     // A successful save clears the flag, and closing then asks nothing.
     TestDir out;
-    m_responder->clear();
-    m_responder->acceptFile(out.filePath("ok.jpg"));
+    m_ui->responder.clear();
+    m_ui->responder.acceptFile(out.filePath("ok.jpg"));
     m_frame->toolClick("ID_mnuSaveFileAs");
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
     QVERIFY(!w->document()->isModified());
     QCOMPARE(QImage(out.filePath("ok.jpg")).size(), QSize(128, 128));
     m_frame->toolClick("ID_CloseBtn");
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestChildFrm1::saveAsDepthAndQualityOfTheShownPicture()
@@ -570,15 +563,15 @@ void TestChildFrm1::saveAsDepthAndQualityOfTheShownPicture()
     answer.path = dir.filePath("colour.jpg");
     answer.bitsPerPixel = 24;
     answer.quality = 12;
-    m_responder->answerDialog(answer);
+    m_ui->responder.answerDialog(answer);
     m_frame->toolClick("ID_mnuSaveFileAs");
-    QCOMPARE(m_responder->dialogs().size(), 1);
-    const DialogRequest &request = m_responder->dialogs().constFirst();
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
+    const DialogRequest &request = m_ui->responder.dialogs().constFirst();
     QCOMPARE(request.bitsPerPixelChoices, (QList<int>{8, 24}));
     QCOMPARE(request.bitsPerPixel, 8);
     QVERIFY(request.offerQuality);
     QVERIFY(std::abs(request.quality - 55) <= 1);
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
     QVERIFY(!w->document()->isModified());
     const imaging::LoadResult saved = imaging::loadPicture(answer.path);
     QVERIFY(saved.ok());
@@ -592,19 +585,20 @@ void TestChildFrm1::promptBeforeHandingTheFileOver()
     ChildFrm1 *w = open(fixtures::path("PNG/hopper.png"));
     QVERIFY(w);
     QVERIFY(w->offerSaveBeforeHandOver());
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
     w->document()->setModified(true);
-    m_responder->answerMessage(MessageAnswer::No);
+    m_ui->responder.answerMessage(MessageAnswer::No);
     QVERIFY(w->offerSaveBeforeHandOver());
-    QCOMPARE(m_responder->messageTexts(), QStringList{"Do You want to Save Changes to the Picture?"});
-    QVERIFY(m_responder->dialogs().isEmpty());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Do You want to Save Changes to the Picture?"});
+    QVERIFY(m_ui->responder.dialogs().isEmpty());
     // Renaming hands the file to another window: the question comes first.
-    m_responder->clear();
-    m_responder->answerMessage(MessageAnswer::No);
+    m_ui->responder.clear();
+    m_ui->responder.answerMessage(MessageAnswer::No);
     ModalCloser closer; // the rename dialog that follows the question
     m_frame->toolClick("ID_RenameBtn");
-    QVERIFY(!m_responder->messageTexts().isEmpty());
-    QCOMPARE(m_responder->messageTexts().constFirst(), QStringLiteral("Do You want to Save Changes to the Picture?"));
+    QVERIFY(!m_ui->responder.messageTexts().isEmpty());
+    QCOMPARE(m_ui->responder.messageTexts().constFirst(),
+             QStringLiteral("Do You want to Save Changes to the Picture?"));
     QCOMPARE(closer.seen(), QStringList{QStringLiteral("Rename1")});
 }
 
@@ -613,7 +607,7 @@ void TestChildFrm1::failedPictureStaysOpenAndEmpty()
     REQUIRE_FIXTURES();
     ChildFrm1 *w = open(fixtures::path("malformed/PNG/broken.png"));
     QVERIFY(w);
-    QCOMPARE(m_responder->messageTexts(), QStringList{"Error Loading Picture"});
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Error Loading Picture"});
     QCOMPARE(m_frame->documentCount(), 1);
     QVERIFY(!pictureOf(w)->hasPicture());
     QCOMPARE(w->document()->loadingState(), viewer::Document::LoadingState::Failed);
@@ -630,10 +624,10 @@ void TestChildFrm1::failedPictureStaysOpenAndEmpty()
         QVERIFY2(!m_frame->commandBar()->isEnabled(QLatin1String(key)), key);
     QVERIFY(m_frame->commandBar()->isEnabled(QStringLiteral("ID_mnuRenameFile")));
     // The empty window still answers every command without crashing.
-    m_responder->clear();
+    m_ui->responder.clear();
     for (const char *key : {"ID_NormalBtn", "ID_StretchBtn", "ID_mnuPanImage", "ID_mnuMagnifyingGlass", "ID_CopyBtn"})
         m_frame->toolClick(QLatin1String(key));
-    QCOMPARE(m_responder->messageTexts(),
+    QCOMPARE(m_ui->responder.messageTexts(),
              QStringList{"You can only Copy Text for Pasting into Text Box to Add Text to a Picture"});
 }
 
@@ -694,18 +688,18 @@ void TestChildFrm1::internetPictureWaitRule()
              QStringLiteral("Loading Picture from the Internet. Please wait."));
     now += 50;
     w->Timer1_Timer();
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
     QVERIFY(frame3->isVisible());
     now += 1;
     w->Timer1_Timer();
-    QCOMPARE(m_responder->messageTexts(), QStringList{"Picture Not found on the Internet"});
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Picture Not found on the Internet"});
     QVERIFY(!frame3->isVisible());
     QVERIFY(!w->isFetchingFromInternet());
     QVERIFY(!w->findChild<QTimer *>("Timer1")->isActive());
     // The wait has ended: later ticks say nothing more.
     now += 100;
     w->Timer1_Timer();
-    QCOMPARE(m_responder->messages().size(), 1);
+    QCOMPARE(m_ui->responder.messages().size(), 1);
     QCOMPARE(m_frame->documentCount(), 1);
 }
 
@@ -723,13 +717,13 @@ void TestChildFrm1::internetPictureArrives()
     QCOMPARE(w->windowTitle(), QStringLiteral("arrives.png"));
     now += 60;
     w->Timer1_Timer();
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
     QVERIFY(!w->findChild<QFrame *>("Frame3")->isVisible());
     QCOMPARE(m_frame->statusPanel(0), QStringLiteral("64 x 48"));
     // Save As offers the name after the last "/".
-    m_responder->cancelDialog();
+    m_ui->responder.cancelDialog();
     m_frame->toolClick("ID_SaveBtn");
-    QCOMPARE(m_responder->dialogs().constFirst().title, QStringLiteral("Enter New File Name for - arrives.png"));
+    QCOMPARE(m_ui->responder.dialogs().constFirst().title, QStringLiteral("Enter New File Name for - arrives.png"));
 }
 
 void TestChildFrm1::webViewReachesNoNetwork()
@@ -765,7 +759,7 @@ void TestChildFrm1::releaseBeforeOpeningWithAnotherProgram()
 {
     REQUIRE_FIXTURES();
     QFETCH(bool, useTextDoc);
-    m_state->options.useTextDoc = useTextDoc;
+    m_ui->state.options.useTextDoc = useTextDoc;
     ChildFrm1 *w = open(fixtures::path("HTM/lorem-ipsum.htm"));
     QVERIFY(w);
     QCOMPARE(w->isWebView(), !useTextDoc);
@@ -777,7 +771,7 @@ void TestChildFrm1::releaseBeforeOpeningWithAnotherProgram()
         QVERIFY(!page.isEmpty());
         QVERIFY(page != QStringLiteral("Close File\n"));
     }
-    QCOMPARE(m_state->currentFile, fixtures::path("HTM/lorem-ipsum.htm"));
+    QCOMPARE(m_ui->state.currentFile, fixtures::path("HTM/lorem-ipsum.htm"));
 }
 
 void TestChildFrm1::hugeTextFileKeepsTheInterfaceAlive()
@@ -823,7 +817,7 @@ void TestChildFrm1::binaryJunkNamedTxt()
     auto *text1 = w->findChild<QTextEdit *>("Text1");
     QVERIFY(text1->isVisible());
     QVERIFY(text1->toPlainText().size() > 50000);
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestChildFrm1::everyFixtureOpens_data()
@@ -851,11 +845,11 @@ void TestChildFrm1::everyFixtureOpens()
     if (w->FILE_TYPE() == QLatin1String("I")) {
         // Either the picture shows, or the window says so and stays open.
         if (pictureOf(w)->hasPicture())
-            QVERIFY(m_responder->messages().isEmpty());
+            QVERIFY(m_ui->responder.messages().isEmpty());
         else
-            QCOMPARE(m_responder->messageTexts(), QStringList{"Error Loading Picture"});
+            QCOMPARE(m_ui->responder.messageTexts(), QStringList{"Error Loading Picture"});
     } else {
-        QVERIFY(m_responder->messages().isEmpty());
+        QVERIFY(m_ui->responder.messages().isEmpty());
     }
     QPointer<ChildFrm1> guard(w);
     m_frame->toolClick("ID_CloseBtn");
@@ -877,8 +871,8 @@ void TestChildFrm1::windowsShowTheProgramIcon()
     // The program sets it for the application; the frame and the document
     // windows of every kind show it, none an icon of its own.
     QApplication::setWindowIcon(icon);
-    ChildFrm1 *pictureWindow = open(m_home->createFile("picture.png", pngBytes(QSize(40, 30), Qt::darkCyan)));
-    ChildFrm1 *textWindow = open(m_home->createFile("notes.txt", "a line\r\n"));
+    ChildFrm1 *pictureWindow = open(m_ui->home.createFile("picture.png", pngBytes(QSize(40, 30), Qt::darkCyan)));
+    ChildFrm1 *textWindow = open(m_ui->home.createFile("notes.txt", "a line\r\n"));
     QVERIFY(pictureWindow && textWindow);
     QCOMPARE(m_frame->windowIcon().cacheKey(), icon.cacheKey());
     for (ChildFrm1 *w : {pictureWindow, textWindow}) {

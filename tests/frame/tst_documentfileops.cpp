@@ -19,7 +19,6 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
-#include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -31,27 +30,13 @@ using namespace tarnby::ui;
 
 namespace {
 
-void click(QDialog *dialog, const char *button)
-{
-    if (auto *b = dialog->findChild<QPushButton *>(QLatin1String(button)))
-        b->click();
-}
-
 // Answers the rename dialog with name and OK.
 void renameTo(const QString &name)
 {
     whenModal(QStringLiteral("Rename1"), [name](QDialog *d) {
         d->findChild<QLineEdit *>(QStringLiteral("Text1"))->setText(name);
-        click(d, "OKBtn");
+        clickButton(d, "OKBtn");
     });
-}
-
-bool runElsewhere(const QString &folder, const QString &command)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command});
-    return process.waitForFinished(60000) && process.exitCode() == 0;
 }
 
 } // namespace
@@ -194,7 +179,7 @@ void TestDocumentFileOps::moveFromTheWindow()
     QVERIFY(w);
     const QString target = elsewhere + QStringLiteral("/report-2024.txt");
     m_ui->responder.acceptFile(target);
-    whenModal(QStringLiteral("MoveFile1"), [](QDialog *d) { click(d, "OKBtn"); });
+    whenModal(QStringLiteral("MoveFile1"), [](QDialog *d) { clickButton(d, "OKBtn"); });
     QSignalSpy changed(m_browser->frame(), &MDIForm1::filesChanged);
 
     m_browser->frame()->toolClick(QStringLiteral("ID_mnuMoveFile"));
@@ -271,7 +256,7 @@ void TestDocumentFileOps::fileDeletedByAnotherProgram()
     const QString path = m_files->createFile("draft.txt", "words\r\n");
     ChildFrm1 *w = open("draft.txt");
     QVERIFY(w);
-    QVERIFY(runElsewhere(m_files->path(), "rm draft.txt"));
+    QVERIFY(m_files->runElsewhere("rm draft.txt"));
     ModalCloser closer;
     m_browser->frame()->toolClick(QStringLiteral("ID_mnuRenameFile"));
     QCOMPARE(m_ui->responder.messageTexts(), QStringList{QStringLiteral("The File has been Deleted - ") + path});
@@ -304,7 +289,7 @@ void TestDocumentFileOps::listSeesAFileMadeByAnotherProcess()
     m_files->createFile("b.txt");
     m_browser->fileList()->refresh(FileListModel::LoadMode::Synchronous);
     m_browser->fileListView()->setCurrentRow(m_browser->fileList()->rowForName(QStringLiteral("b.txt")));
-    QVERIFY(runElsewhere(m_files->path(), "echo made > 0-made.txt && rm a.txt"));
+    QVERIFY(m_files->runElsewhere("echo made > 0-made.txt && rm a.txt"));
     QTRY_VERIFY_WITH_TIMEOUT(listed(QStringLiteral("0-made.txt")), 5000);
     QVERIFY(!listed(QStringLiteral("a.txt")));
     // The file the user selected stays selected, though its row moved.
@@ -315,7 +300,7 @@ void TestDocumentFileOps::listSeesAFileMadeByAnotherProcess()
 void TestDocumentFileOps::tenThousandChangingFiles()
 {
     QSignalSpy readings(m_browser->fileList(), &FileListModel::folderLoaded);
-    QVERIFY(runElsewhere(m_files->path(), "seq -f f%g.txt 1 10000 | xargs touch && seq -f f%g.txt 1 10000 | xargs touch"
+    QVERIFY(m_files->runElsewhere("seq -f f%g.txt 1 10000 | xargs touch && seq -f f%g.txt 1 10000 | xargs touch"
                                           " && seq -f f%g.txt 1 2000 | xargs rm"));
     QTRY_COMPARE_WITH_TIMEOUT(m_browser->fileList()->fileCount(), 8000, 10000);
     QTest::qWait(1000);

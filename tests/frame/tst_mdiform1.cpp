@@ -61,19 +61,13 @@ private:
     DocumentDouble *open(const QString &kind, qint16 indexes = 0, const QString &name = QStringLiteral("doc.jpg"));
 
     std::unique_ptr<UiFixture> m_ui;
-    AppState *m_state = nullptr;
-    UiServices *m_services = nullptr;
-    ScriptedResponder *m_responder = nullptr;
     MDIForm1 *m_frame = nullptr;
 };
 
 void TestMDIForm1::init()
 {
     m_ui = std::make_unique<UiFixture>();
-    m_state = &m_ui->state;
-    m_services = &m_ui->services;
-    m_responder = &m_ui->responder;
-    m_frame = new MDIForm1(*m_state, *m_services);
+    m_frame = new MDIForm1(m_ui->state, m_ui->services);
     m_frame->show();
 }
 
@@ -119,7 +113,7 @@ void TestMDIForm1::busyWindowIgnoresClicks()
         m_frame->toolClick(QLatin1String(key));
     QVERIFY(doc->calls.isEmpty());
     QCOMPARE(browser.count(), 0);
-    QVERIFY(m_responder->dialogs().isEmpty());
+    QVERIFY(m_ui->responder.dialogs().isEmpty());
 
     doc->busy = false;
     m_frame->toolClick(QStringLiteral("ID_mnuFlip"));
@@ -148,17 +142,17 @@ void TestMDIForm1::unknownAndDeadKeysDoNothing()
         m_frame->toolClick(key);
     QVERIFY(doc->calls.isEmpty());
     QCOMPARE(browser.count(), 0);
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestMDIForm1::openWithoutDocumentShowsOwnDialog()
 {
-    m_state->currentFile = QStringLiteral("/tmp/pics/cat.jpg");
-    m_responder->acceptFile(QStringLiteral("/tmp/notes.txt"), 2);
+    m_ui->state.currentFile = QStringLiteral("/tmp/pics/cat.jpg");
+    m_ui->responder.acceptFile(QStringLiteral("/tmp/notes.txt"), 2);
     QSignalSpy opened(m_frame, &MDIForm1::openFileRequested);
     m_frame->toolClick(QStringLiteral("ID_OpenBtn"));
-    QCOMPARE(m_responder->dialogs().size(), 1);
-    const DialogRequest &request = m_responder->dialogs().first();
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
+    const DialogRequest &request = m_ui->responder.dialogs().first();
     QCOMPARE(request.title, QStringLiteral("Select File to Open"));
     QCOMPARE(request.filter, catalogue::openDialogFilter());
     // It suggests files of the current file's type, in its folder.
@@ -169,9 +163,9 @@ void TestMDIForm1::openWithoutDocumentShowsOwnDialog()
     QCOMPARE(opened.first().first().toString(), QStringLiteral("/tmp/notes.txt"));
 
     // The chosen filter is kept for the next time.
-    m_responder->cancelDialog();
+    m_ui->responder.cancelDialog();
     m_frame->toolClick(QStringLiteral("ID_mnuOpenFile"));
-    QCOMPARE(m_responder->dialogs().last().filterIndex, 2);
+    QCOMPARE(m_ui->responder.dialogs().last().filterIndex, 2);
     QCOMPARE(opened.count(), 1);
 }
 
@@ -180,7 +174,7 @@ void TestMDIForm1::openWithDocumentGoesToIt()
     DocumentDouble *doc = open(QStringLiteral("T"));
     m_frame->toolClick(QStringLiteral("ID_OpenBtn"));
     QCOMPARE(doc->calls, QStringList{"mnuFileOpen_Click"});
-    QVERIFY(m_responder->dialogs().isEmpty());
+    QVERIFY(m_ui->responder.dialogs().isEmpty());
 }
 
 void TestMDIForm1::frameCommandsReachTheBrowser()
@@ -274,7 +268,7 @@ void TestMDIForm1::windowListMarksTheActiveWindow()
     TestDir home;
     QStringList warnings;
     seedProgramFolder(home.path(), &warnings);
-    m_state->programFolder = home.path();
+    m_ui->state.programFolder = home.path();
     open(QStringLiteral("I"), 0, QStringLiteral("first.jpg"));
     open(QStringLiteral("T"), 0, QStringLiteral("second.txt"));
     QList<QAction *> entries;
@@ -317,8 +311,8 @@ void TestMDIForm1::newWindowFileMakesTheKindItIsGiven()
     QFETCH(QString, file);
     QFETCH(QString, kind);
     // Flags left by some other lookup: the frame goes by what it is handed.
-    m_state->textFileFlag = true;
-    m_state->databaseFileFlag = true;
+    m_ui->state.textFileFlag = true;
+    m_ui->state.databaseFileFlag = true;
     QStringList made;
     m_frame->setDocumentFactory([&made](const QString &path, viewer::DocumentKind k) -> QWidget * {
         made << path + QLatin1Char(':') + viewer::kindLetter(k);
@@ -479,12 +473,12 @@ void TestMDIForm1::placeFromAndBackToTheOptions()
     QFETCH(QStringList, lines);
     QFETCH(QString, check);
     QFETCH(QRect, expected);
-    settings::ProgramOptions &o = m_state->options;
+    settings::ProgramOptions &o = m_ui->state.options;
     o.frameLeft = lines.at(0);
     o.frameTop = lines.at(1);
     o.frameWidth = lines.at(2);
     o.frameHeight = lines.at(3).toInt();
-    MDIForm1 frame(*m_state, *m_services);
+    MDIForm1 frame(m_ui->state, m_ui->services);
     if (frame.logicalDpiX() != 96)
         QSKIP("the rows are written for 96 DPI");
     frame.SetMDIWinSize();
@@ -507,7 +501,7 @@ void TestMDIForm1::placeFromAndBackToTheOptions()
     QVERIFY(!frame.isVisible());
     QCOMPARE(o.frameWidth, QStringLiteral("7650"));
     QCOMPARE(o.frameHeight, 4950);
-    MDIForm1 next(*m_state, *m_services);
+    MDIForm1 next(m_ui->state, m_ui->services);
     next.SetMDIWinSize();
     QCOMPARE(next.geometry(), normal);
 }
