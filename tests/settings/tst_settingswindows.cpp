@@ -1,3 +1,4 @@
+#include "ModalCloser.h"
 #include "UiFixture.h"
 
 #include "core/app/AppState.h"
@@ -50,29 +51,6 @@ T *child(QWidget *parent, const QString &name)
 QLineEdit *textBox(QWidget *dialog, int index)
 {
     return child<QLineEdit>(dialog, QStringLiteral("Text1_%1").arg(index));
-}
-
-void click(QWidget *dialog, const QString &button)
-{
-    QPushButton *b = child<QPushButton>(dialog, button);
-    QVERIFY(b);
-    b->click();
-}
-
-// Runs act on the next modal window that opens (the settings windows open
-// with exec()).
-void whenModal(std::function<void(QWidget *)> act)
-{
-    auto *timer = new QTimer;
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, act] {
-        if (QWidget *w = QApplication::activeModalWidget()) {
-            timer->stop();
-            timer->deleteLater();
-            act(w);
-        }
-    });
-    timer->start();
 }
 
 bool anyFileHolds(const QString &folder, const QByteArray &needle)
@@ -128,20 +106,12 @@ private slots:
 
 private:
     std::unique_ptr<UiFixture> m_ui;
-    TestDir *m_dir = nullptr;
-    AppState *m_state = nullptr;
-    UiServices *m_services = nullptr;
-    ScriptedResponder *m_responder = nullptr;
 };
 
 void TestSettingsWindows::init()
 {
     m_ui = std::make_unique<UiFixture>();
-    m_dir = &m_ui->home;
-    m_state = &m_ui->state;
-    m_services = &m_ui->services;
-    m_responder = &m_ui->responder;
-    settings::setDefaultColors(m_state->colors, m_state->options);
+    settings::setDefaultColors(m_ui->state.colors, m_ui->state.options);
 }
 
 void TestSettingsWindows::cleanup()
@@ -165,7 +135,7 @@ void TestSettingsWindows::optionsControls()
     QFETCH(QString, name);
     QFETCH(QString, text);
     QFETCH(QString, tooltip);
-    SetOptns1 dialog(*m_state, *m_services);
+    SetOptns1 dialog(m_ui->state, m_ui->services);
     QCOMPARE(dialog.windowTitle(), QStringLiteral("Set Tarnby Control Options"));
     QCOMPARE(child<QTabWidget>(&dialog, QStringLiteral("TabStrip1"))->count(), 5);
     QWidget *w = child(&dialog, name);
@@ -177,13 +147,13 @@ void TestSettingsWindows::optionsControls()
 
 void TestSettingsWindows::optionsFilledFromState()
 {
-    m_state->options.browserTextStyle = QStringLiteral("R");
-    m_state->options.menuTextStyle = 3;
-    m_state->options.thumbnailBits = QStringLiteral("8 Bits");
-    m_state->options.tableRowHeight = 420;
-    m_state->options.thumbnailHeightCm = 1.25;
-    m_state->options.toAddress2 = QStringLiteral("two@example.org");
-    SetOptns1 dialog(*m_state, *m_services);
+    m_ui->state.options.browserTextStyle = QStringLiteral("R");
+    m_ui->state.options.menuTextStyle = 3;
+    m_ui->state.options.thumbnailBits = QStringLiteral("8 Bits");
+    m_ui->state.options.tableRowHeight = 420;
+    m_ui->state.options.thumbnailHeightCm = 1.25;
+    m_ui->state.options.toAddress2 = QStringLiteral("two@example.org");
+    SetOptns1 dialog(m_ui->state, m_ui->services);
     QVERIFY(child<QRadioButton>(&dialog, QStringLiteral("RDBROWTYPE_1"))->isChecked());
     QVERIFY(child<QRadioButton>(&dialog, QStringLiteral("RDMENU_3"))->isChecked());
     QCOMPARE(child<QComboBox>(&dialog, QStringLiteral("CMBTHUMBRES"))->currentText(), QStringLiteral("8 Bits"));
@@ -233,32 +203,32 @@ void TestSettingsWindows::optionsValidation()
     QFETCH(QString, message);
     QFETCH(QString, tab);
 
-    const settings::ProgramOptions before = m_state->options;
-    SetOptns1 dialog(*m_state, *m_services);
+    const settings::ProgramOptions before = m_ui->state.options;
+    SetOptns1 dialog(m_ui->state, m_ui->services);
     auto *tabs = child<QTabWidget>(&dialog, QStringLiteral("TabStrip1"));
     tabs->setCurrentIndex(4);
     textBox(&dialog, box)->setText(value);
-    click(&dialog, QStringLiteral("OKBtn"));
+    clickButton(&dialog, QStringLiteral("OKBtn"));
 
-    const QString optionsFile = QDir(m_dir->path()).filePath(settings::OptionsFileName);
+    const QString optionsFile = QDir(m_ui->home.path()).filePath(settings::OptionsFileName);
     if (message.isEmpty()) {
-        QCOMPARE(m_responder->messageTexts(), QStringList());
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QVERIFY(QFileInfo::exists(optionsFile));
         return;
     }
-    QCOMPARE(m_responder->messageTexts(), QStringList{message});
-    QCOMPARE(m_responder->messages().constFirst().title, QStringLiteral("Tarnby 3.0"));
-    QCOMPARE(m_responder->messages().constFirst().buttons, MessageButtons::Ok);
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{message});
+    QCOMPARE(m_ui->responder.messages().constFirst().title, QStringLiteral("Tarnby 3.0"));
+    QCOMPARE(m_ui->responder.messages().constFirst().buttons, MessageButtons::Ok);
     QCOMPARE(tabs->currentWidget()->objectName(), tab);
     QCOMPARE(dialog.focusWidget(), textBox(&dialog, box));
-    QVERIFY(m_state->options == before);
+    QVERIFY(m_ui->state.options == before);
     QVERIFY(!QFileInfo::exists(optionsFile));
 }
 
 void TestSettingsWindows::optionsChecksInOrder()
 {
-    SetOptns1 dialog(*m_state, *m_services);
+    SetOptns1 dialog(m_ui->state, m_ui->services);
     for (int box : {0, 1, 6, 4, 5})
         textBox(&dialog, box)->setText(QStringLiteral("0"));
     const struct {
@@ -273,23 +243,23 @@ void TestSettingsWindows::optionsChecksInOrder()
         {5, "600", "Enter Next Number of Files to Search between 500 and 2500"},
     };
     for (const auto &step : steps) {
-        m_responder->clear();
+        m_ui->responder.clear();
         QVERIFY(!dialog.store());
-        QCOMPARE(m_responder->messageTexts(), QStringList{QLatin1String(step.message)});
+        QCOMPARE(m_ui->responder.messageTexts(), QStringList{QLatin1String(step.message)});
         textBox(&dialog, step.fix)->setText(QLatin1String(step.value));
     }
-    m_responder->clear();
+    m_ui->responder.clear();
     QVERIFY(dialog.store());
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
 }
 
 void TestSettingsWindows::optionsOkStoresAndWrites()
 {
     // Lines that belong to other windows must come back unchanged.
-    m_state->options.browserLeft = QStringLiteral("123.5");
-    m_state->options.viewStyle = QStringLiteral("2");
-    m_state->options.browserValue33 = QStringLiteral("mine");
-    SetOptns1 dialog(*m_state, *m_services);
+    m_ui->state.options.browserLeft = QStringLiteral("123.5");
+    m_ui->state.options.viewStyle = QStringLiteral("2");
+    m_ui->state.options.browserValue33 = QStringLiteral("mine");
+    SetOptns1 dialog(m_ui->state, m_ui->services);
     textBox(&dialog, 0)->setText(QStringLiteral("1.5"));
     textBox(&dialog, 1)->setText(QStringLiteral("3"));
     textBox(&dialog, 6)->setText(QStringLiteral("45"));
@@ -309,11 +279,11 @@ void TestSettingsWindows::optionsOkStoresAndWrites()
     child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpHost"))->setText(QStringLiteral("smtp.example.org"));
     child<QSpinBox>(&dialog, QStringLiteral("TxtSmtpPort"))->setValue(2525);
     child<QComboBox>(&dialog, QStringLiteral("CMBINPROTOCOL"))->setCurrentText(QStringLiteral("POP3"));
-    click(&dialog, QStringLiteral("OKBtn"));
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    clickButton(&dialog, QStringLiteral("OKBtn"));
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
 
-    const settings::ProgramOptions &o = m_state->options;
+    const settings::ProgramOptions &o = m_ui->state.options;
     QCOMPARE(o.thumbnailHeightCm, 1.5);
     QCOMPARE(o.thumbnailWidthCm, 3.0);
     QCOMPARE(o.separatorPercent, 45);
@@ -337,18 +307,18 @@ void TestSettingsWindows::optionsOkStoresAndWrites()
     // The file holds what was stored (where each line goes is the settings
     // files' own test).
     settings::ProgramOptions reread;
-    settings::readProgramOptions(m_dir->path(), reread);
+    settings::readProgramOptions(m_ui->home.path(), reread);
     QVERIFY(reread == o);
 }
 
 void TestSettingsWindows::addressBookChooser()
 {
-    const QString book = m_dir->createFile(QStringLiteral("lists/Friends.MLS"), "x");
-    m_responder->acceptFile(book);
-    SetOptns1 dialog(*m_state, *m_services);
-    click(&dialog, QStringLiteral("EMailBKBtn"));
-    QCOMPARE(m_responder->dialogs().size(), 1);
-    const DialogRequest &request = m_responder->dialogs().constFirst();
+    const QString book = m_ui->home.createFile(QStringLiteral("lists/Friends.MLS"), "x");
+    m_ui->responder.acceptFile(book);
+    SetOptns1 dialog(m_ui->state, m_ui->services);
+    clickButton(&dialog, QStringLiteral("EMailBKBtn"));
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
+    const DialogRequest &request = m_ui->responder.dialogs().constFirst();
     QCOMPARE(request.kind, DialogKind::OpenFile);
     QCOMPARE(request.title, QStringLiteral("Select E-Mail Address List to Open"));
     QCOMPARE(request.fileName, QStringLiteral("MailAddr.MLS"));
@@ -356,11 +326,11 @@ void TestSettingsWindows::addressBookChooser()
     QCOMPARE(request.filter, QStringLiteral("E-Mail Address List | *.MLS"));
 
     // Cancelled: the choice stays.
-    m_responder->cancelDialog();
-    click(&dialog, QStringLiteral("EMailBKBtn"));
+    m_ui->responder.cancelDialog();
+    clickButton(&dialog, QStringLiteral("EMailBKBtn"));
     QCOMPARE(child<QLineEdit>(&dialog, QStringLiteral("TxtAddressBook"))->text(), book);
     QVERIFY(dialog.store());
-    QCOMPARE(m_state->options.addressBook, book);
+    QCOMPARE(m_ui->state.options.addressBook, book);
 }
 
 void TestSettingsWindows::mailPasswordStaysInKeyring()
@@ -368,10 +338,10 @@ void TestSettingsWindows::mailPasswordStaysInKeyring()
     // The keyring library would keep a password in the application's settings
     // file if it were allowed a fallback; give that file a place of its own.
     QCoreApplication::setOrganizationName(QStringLiteral("TarnbyKeyringTest"));
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir->filePath(QStringLiteral("conf")));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_ui->home.filePath(QStringLiteral("conf")));
     const QByteArray secret = "s3cret-not-in-a-file";
 
-    SetOptns1 dialog(*m_state, *m_services);
+    SetOptns1 dialog(m_ui->state, m_ui->services);
     dialog.setKeyringTimeout(5000);
     child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpHost"))->setText(QStringLiteral("smtp.invalid"));
     child<QLineEdit>(&dialog, QStringLiteral("TxtSmtpUser"))->setText(QStringLiteral("tarnby-test"));
@@ -379,14 +349,14 @@ void TestSettingsWindows::mailPasswordStaysInKeyring()
     QVERIFY(password->echoMode() == QLineEdit::Password);
     QTest::keyClicks(password, QString::fromLatin1(secret));
     QSignalSpy finished(&dialog, &SetOptns1::keyringFinished);
-    click(&dialog, QStringLiteral("OKBtn"));
+    clickButton(&dialog, QStringLiteral("OKBtn"));
     QVERIFY(finished.count() == 1 || finished.wait(8000));
 
-    QVERIFY(!anyFileHolds(m_dir->path(), secret));
-    if (!m_responder->messageTexts().isEmpty()) {
-        QCOMPARE(m_responder->messageTexts().size(), 1);
-        QVERIFY(m_responder->messageTexts().constFirst().contains(QStringLiteral("keyring")));
-        qInfo() << "keyring answer:" << m_responder->messageTexts().constFirst();
+    QVERIFY(!anyFileHolds(m_ui->home.path(), secret));
+    if (!m_ui->responder.messageTexts().isEmpty()) {
+        QCOMPARE(m_ui->responder.messageTexts().size(), 1);
+        QVERIFY(m_ui->responder.messageTexts().constFirst().contains(QStringLiteral("keyring")));
+        qInfo() << "keyring answer:" << m_ui->responder.messageTexts().constFirst();
         QSKIP("no desktop keyring answers here; the failure was reported and nothing was written");
     }
     // A keyring is there: the password comes back from it, and is removed.
@@ -408,7 +378,7 @@ void TestSettingsWindows::mailPasswordStaysInKeyring()
 
 void TestSettingsWindows::colourSwatchGrid()
 {
-    SetColor1 dialog(*m_state, *m_services);
+    SetColor1 dialog(m_ui->state, m_ui->services);
     QCOMPARE(dialog.windowTitle(), QStringLiteral("Set Colors for Tarnby"));
     auto *grid = dialog.findChild<QGridLayout *>();
     QVERIFY(grid);
@@ -428,9 +398,9 @@ void TestSettingsWindows::colourSwatchGrid()
     QCOMPARE(dialog.swatch(0)->value(), 0xFFD3CEu);
     QCOMPARE(dialog.swatch(10)->value(), dialog.swatch(21)->value());
     // The colour dialog cancelled: the swatch keeps its colour.
-    m_responder->cancelDialog();
+    m_ui->responder.cancelDialog();
     dialog.chooseColor(1);
-    QCOMPARE(dialog.swatch(1)->value(), m_state->colors.swatch(Swatch::MenusBack));
+    QCOMPARE(dialog.swatch(1)->value(), m_ui->state.colors.swatch(Swatch::MenusBack));
 }
 
 void TestSettingsWindows::colourSharedSwatch_data()
@@ -448,26 +418,26 @@ void TestSettingsWindows::colourSharedSwatch()
     DialogAnswer green;
     green.accepted = true;
     green.color = QColor(0, 255, 0);
-    m_responder->answerDialog(green);
+    m_ui->responder.answerDialog(green);
     {
-        SetColor1 dialog(*m_state, *m_services);
+        SetColor1 dialog(m_ui->state, m_ui->services);
         dialog.show();
         QTest::mouseDClick(dialog.swatch(changed), Qt::LeftButton);
-        QCOMPARE(m_responder->dialogs().size(), 1);
-        QCOMPARE(m_responder->dialogs().constFirst().kind, DialogKind::Color);
-        QCOMPARE(m_responder->dialogs().constFirst().title, QStringLiteral("Select Color"));
-        QCOMPARE(m_responder->dialogs().constFirst().color, QColor(0xFF, 0x80, 0x80));
+        QCOMPARE(m_ui->responder.dialogs().size(), 1);
+        QCOMPARE(m_ui->responder.dialogs().constFirst().kind, DialogKind::Color);
+        QCOMPARE(m_ui->responder.dialogs().constFirst().title, QStringLiteral("Select Color"));
+        QCOMPARE(m_ui->responder.dialogs().constFirst().color, QColor(0xFF, 0x80, 0x80));
         QCOMPARE(dialog.swatch(changed)->value(), 0x00FF00u);
-        click(&dialog, QStringLiteral("OKBtn"));
+        clickButton(&dialog, QStringLiteral("OKBtn"));
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
     }
-    SetColor1 reopened(*m_state, *m_services);
+    SetColor1 reopened(m_ui->state, m_ui->services);
     QCOMPARE(reopened.swatch(10)->value(), expected);
     QCOMPARE(reopened.swatch(21)->value(), expected);
     settings::WindowColors fromFile;
-    settings::readWindowColors(m_dir->path(), fromFile);
+    settings::readWindowColors(m_ui->home.path(), fromFile);
     QCOMPARE(fromFile.swatch(Swatch::SelectionItemBack), expected);
-    QVERIFY(fromFile == m_state->colors);
+    QVERIFY(fromFile == m_ui->state.colors);
 }
 
 void TestSettingsWindows::foldersFilterAndFiles_data()
@@ -484,10 +454,10 @@ void TestSettingsWindows::foldersFilterAndFiles()
 {
     QFETCH(int, filter);
     QFETCH(QStringList, files);
-    const QString folder = m_dir->createFolder(QStringLiteral("work"));
+    const QString folder = m_ui->home.createFolder(QStringLiteral("work"));
     for (const char *name : {"work/a.txt", "work/b.JPG", "work/c.png", "work/CHANGELOG", "work/x.log"})
-        m_dir->createFile(QLatin1String(name));
-    SetFoldr1 dialog(*m_state, *m_services, folder);
+        m_ui->home.createFile(QLatin1String(name));
+    SetFoldr1 dialog(m_ui->state, m_ui->services, folder);
     QCOMPARE(dialog.currentFolder(), folder);
     auto *box = child<QComboBox>(&dialog, QStringLiteral("CMBFILTER"));
     QCOMPARE(box->count(), 40);
@@ -501,57 +471,57 @@ void TestSettingsWindows::foldersFilterAndFiles()
 
 void TestSettingsWindows::foldersEditAndSave()
 {
-    m_state->workingFolders = {QStringLiteral("/kept as it was (5)")};
-    const QString one = m_dir->createFolder(QStringLiteral("one"));
-    const QString two = m_dir->createFolder(QStringLiteral("two"));
-    SetFoldr1 dialog(*m_state, *m_services, one);
+    m_ui->state.workingFolders = {QStringLiteral("/kept as it was (5)")};
+    const QString one = m_ui->home.createFolder(QStringLiteral("one"));
+    const QString two = m_ui->home.createFolder(QStringLiteral("two"));
+    SetFoldr1 dialog(m_ui->state, m_ui->services, one);
     auto *list = child<QListWidget>(&dialog, QStringLiteral("List1"));
     QCOMPARE(list->count(), 1);
 
     auto *filter = child<QComboBox>(&dialog, QStringLiteral("CMBFILTER"));
     filter->setCurrentIndex(36);
-    click(&dialog, QStringLiteral("RightBtn"));
+    clickButton(&dialog, QStringLiteral("RightBtn"));
     dialog.setCurrentFolder(two);
     filter->setCurrentIndex(0);
-    click(&dialog, QStringLiteral("RightBtn"));
+    clickButton(&dialog, QStringLiteral("RightBtn"));
     const QString lineOne = one + QStringLiteral(" (36)");
     const QString lineTwo = two + QStringLiteral(" (0)");
     QCOMPARE(dialog.listLines(), (QStringList{"/kept as it was (5)", lineOne, lineTwo}));
 
     list->setCurrentRow(2);
-    click(&dialog, QStringLiteral("UpBtn"));
+    clickButton(&dialog, QStringLiteral("UpBtn"));
     QCOMPARE(dialog.listLines(), (QStringList{"/kept as it was (5)", lineTwo, lineOne}));
-    click(&dialog, QStringLiteral("UpBtn"));
-    click(&dialog, QStringLiteral("UpBtn")); // already at the top: nothing moves
+    clickButton(&dialog, QStringLiteral("UpBtn"));
+    clickButton(&dialog, QStringLiteral("UpBtn")); // already at the top: nothing moves
     QCOMPARE(dialog.listLines(), (QStringList{lineTwo, "/kept as it was (5)", lineOne}));
     list->setCurrentRow(2);
-    click(&dialog, QStringLiteral("DownBtn")); // already at the bottom
+    clickButton(&dialog, QStringLiteral("DownBtn")); // already at the bottom
     list->setCurrentRow(1);
-    click(&dialog, QStringLiteral("DownBtn"));
+    clickButton(&dialog, QStringLiteral("DownBtn"));
     QCOMPARE(dialog.listLines(), (QStringList{lineTwo, lineOne, "/kept as it was (5)"}));
-    click(&dialog, QStringLiteral("LefttBtn"));
+    clickButton(&dialog, QStringLiteral("LefttBtn"));
     QCOMPARE(dialog.listLines(), (QStringList{lineTwo, lineOne}));
 
     QSignalSpy saved(&dialog, &SetFoldr1::foldersSaved);
-    click(&dialog, QStringLiteral("OKBtn"));
+    clickButton(&dialog, QStringLiteral("OKBtn"));
     QCOMPARE(saved.count(), 1);
-    QCOMPARE(m_dir->read(settings::WorkingFoldersFileName), (lineTwo + "\r\n" + lineOne + "\r\n").toUtf8());
-    QCOMPARE(m_state->workingFolders, (QStringList{lineTwo, lineOne}));
+    QCOMPARE(m_ui->home.read(settings::WorkingFoldersFileName), (lineTwo + "\r\n" + lineOne + "\r\n").toUtf8());
+    QCOMPARE(m_ui->state.workingFolders, (QStringList{lineTwo, lineOne}));
 }
 
 void TestSettingsWindows::foldersEmptyListSavedAsOneEmptyLine()
 {
-    m_state->workingFolders = {QStringLiteral("/a (1)"), QStringLiteral("/b (2)")};
-    SetFoldr1 dialog(*m_state, *m_services, m_dir->path());
-    click(&dialog, QStringLiteral("ClearBtn"));
+    m_ui->state.workingFolders = {QStringLiteral("/a (1)"), QStringLiteral("/b (2)")};
+    SetFoldr1 dialog(m_ui->state, m_ui->services, m_ui->home.path());
+    clickButton(&dialog, QStringLiteral("ClearBtn"));
     QCOMPARE(dialog.listLines(), QStringList());
-    click(&dialog, QStringLiteral("OKBtn"));
-    QCOMPARE(m_dir->read(settings::WorkingFoldersFileName), QByteArray("\r\n"));
+    clickButton(&dialog, QStringLiteral("OKBtn"));
+    QCOMPARE(m_ui->home.read(settings::WorkingFoldersFileName), QByteArray("\r\n"));
 }
 
 void TestSettingsWindows::foldersDriveMovesToItsRoot()
 {
-    SetFoldr1 dialog(*m_state, *m_services, m_dir->createFolder(QStringLiteral("deep/er")));
+    SetFoldr1 dialog(m_ui->state, m_ui->services, m_ui->home.createFolder(QStringLiteral("deep/er")));
     auto *drives = child<QComboBox>(&dialog, QStringLiteral("Drive1"));
     const int root = drives->findText(QDir::rootPath());
     QVERIFY(root >= 0);
@@ -578,40 +548,40 @@ void TestSettingsWindows::cancelOrUnwritableFileStoresNothing()
     QFETCH(bool, unwritable);
     // A folder in the file's place: no writer can replace it, even root's.
     if (unwritable)
-        m_dir->createFolder(file);
-    const settings::ProgramOptions options = m_state->options;
-    const settings::WindowColors colors = m_state->colors;
-    m_state->workingFolders = {QStringLiteral("/a (1)")};
+        m_ui->home.createFolder(file);
+    const settings::ProgramOptions options = m_ui->state.options;
+    const settings::WindowColors colors = m_ui->state.colors;
+    m_ui->state.workingFolders = {QStringLiteral("/a (1)")};
 
     // The window that writes the file, with a change made in it.
     std::unique_ptr<QDialog> dialog;
     if (file == settings::OptionsFileName) {
-        auto *d = new SetOptns1(*m_state, *m_services);
+        auto *d = new SetOptns1(m_ui->state, m_ui->services);
         textBox(d, 0)->setText(QStringLiteral("3"));
         child<QCheckBox>(d, QStringLiteral("CHKBOLDTYPE"))->setChecked(true);
         child<QCheckBox>(d, QStringLiteral("CHKGRIDLINE"))->setChecked(true);
         dialog.reset(d);
     } else if (file == settings::ColorsFileName) {
-        auto *d = new SetColor1(*m_state, *m_services);
+        auto *d = new SetColor1(m_ui->state, m_ui->services);
         d->swatch(0)->setValue(0x123456);
         dialog.reset(d);
     } else {
-        auto *d = new SetFoldr1(*m_state, *m_services, m_dir->path());
-        click(d, QStringLiteral("ClearBtn"));
+        auto *d = new SetFoldr1(m_ui->state, m_ui->services, m_ui->home.path());
+        clickButton(d, QStringLiteral("ClearBtn"));
         dialog.reset(d);
     }
-    click(dialog.get(), unwritable ? QStringLiteral("OKBtn") : QStringLiteral("CancelBtn"));
+    clickButton(dialog.get(), unwritable ? QStringLiteral("OKBtn") : QStringLiteral("CancelBtn"));
     if (unwritable) {
-        QCOMPARE(m_responder->messageTexts().size(), 1);
-        QVERIFY(m_responder->messageTexts().constFirst().contains(file));
+        QCOMPARE(m_ui->responder.messageTexts().size(), 1);
+        QVERIFY(m_ui->responder.messageTexts().constFirst().contains(file));
         QVERIFY(dialog->result() != QDialog::Accepted);
     } else {
         QCOMPARE(dialog->result(), int(QDialog::Rejected));
-        QVERIFY(QDir(m_dir->path()).isEmpty());
+        QVERIFY(QDir(m_ui->home.path()).isEmpty());
     }
-    QVERIFY(m_state->options == options);
-    QVERIFY(m_state->colors == colors);
-    QCOMPARE(m_state->workingFolders, QStringList{QStringLiteral("/a (1)")});
+    QVERIFY(m_ui->state.options == options);
+    QVERIFY(m_ui->state.colors == colors);
+    QCOMPARE(m_ui->state.workingFolders, QStringList{QStringLiteral("/a (1)")});
 }
 
 void TestSettingsWindows::coloursAppliedWhenShown()
@@ -623,14 +593,14 @@ void TestSettingsWindows::coloursAppliedWhenShown()
     auto *edit = new QLineEdit(&dialog);
     auto *list = new QListWidget(&dialog);
     auto *button = new QPushButton(QStringLiteral("OK"), &dialog);
-    m_state->colors.setSwatch(Swatch::SelectionWindowsBack, 0x0000FF);   // red
-    m_state->colors.setSwatch(Swatch::SelectionWindowsText, 0x00FF00);   // green
-    m_state->colors.setSwatch(Swatch::EntryFieldsBack, 0xFF0000);        // blue
-    m_state->colors.setSwatch(Swatch::EntryFieldsText, 0x00FFFF);        // yellow
-    m_state->colors.setSwatch(Swatch::ListBoxesBack, 0x808080);
-    m_state->colors.setSwatch(Swatch::SelectionButtonsBack, 0x010203);
-    m_state->options.boldType = true;
-    installWindowColors(&dialog, *m_state);
+    m_ui->state.colors.setSwatch(Swatch::SelectionWindowsBack, 0x0000FF);   // red
+    m_ui->state.colors.setSwatch(Swatch::SelectionWindowsText, 0x00FF00);   // green
+    m_ui->state.colors.setSwatch(Swatch::EntryFieldsBack, 0xFF0000);        // blue
+    m_ui->state.colors.setSwatch(Swatch::EntryFieldsText, 0x00FFFF);        // yellow
+    m_ui->state.colors.setSwatch(Swatch::ListBoxesBack, 0x808080);
+    m_ui->state.colors.setSwatch(Swatch::SelectionButtonsBack, 0x010203);
+    m_ui->state.options.boldType = true;
+    installWindowColors(&dialog, m_ui->state);
     QVERIFY(!label->font().bold()); // nothing until shown
     dialog.show();
 
@@ -652,8 +622,8 @@ void TestSettingsWindows::coloursAppliedWhenShown()
 
     // A change takes effect the next time the window is shown.
     dialog.hide();
-    m_state->options.boldType = false;
-    m_state->colors.setSwatch(Swatch::SelectionWindowsText, 0x000000);
+    m_ui->state.options.boldType = false;
+    m_ui->state.colors.setSwatch(Swatch::SelectionWindowsText, 0x000000);
     dialog.show();
     QCOMPARE(label->palette().color(QPalette::WindowText), QColor(Qt::black));
     QVERIFY(!label->font().bold());
@@ -680,11 +650,11 @@ void TestSettingsWindows::utilitiesMenusOpenTheWindows()
     QFETCH(QString, window);
     QFETCH(QString, file);
 
-    SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
-    const QString home = m_dir->createFolder(QStringLiteral("home"));
-    QFile::remove(m_dir->filePath(QStringLiteral("home/FoldFile.INI")));
+    SettingsStore store(m_ui->home.filePath(QStringLiteral("store.ini")));
+    const QString home = m_ui->home.createFolder(QStringLiteral("home"));
+    QFile::remove(m_ui->home.filePath(QStringLiteral("home/FoldFile.INI")));
     AppState state;
-    Tarnby1 browser(state, *m_services, store);
+    Tarnby1 browser(state, m_ui->services, store);
     StartupRequest request;
     request.homeOption = home;
     browser.load(request);
@@ -695,7 +665,7 @@ void TestSettingsWindows::utilitiesMenusOpenTheWindows()
     const QDateTime before = QFileInfo(QDir(home).filePath(file)).lastModified();
 
     QString seen;
-    whenModal([&](QWidget *w) {
+    whenModal(QString(), [&](QDialog *w) {
         seen = w->objectName();
         if (auto *b = w->findChild<QPushButton *>(QStringLiteral("OKBtn")))
             b->click();
@@ -705,7 +675,7 @@ void TestSettingsWindows::utilitiesMenusOpenTheWindows()
     else
         browser.toolClick(key);
     QCOMPARE(seen, window);
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
     const QFileInfo written(QDir(home).filePath(file));
     QVERIFY(written.exists());
     QVERIFY(!before.isValid() || written.lastModified() >= before);
@@ -742,18 +712,18 @@ void TestSettingsWindows::startupSurvivesBadFiles()
     QFETCH(QByteArray, folders);
     QFETCH(QStringList, expectedFolders);
 
-    SettingsStore store(m_dir->filePath(QStringLiteral("store.ini")));
-    m_dir->createFile(QStringLiteral("home/Options.INI"), options);
-    m_dir->createFile(QStringLiteral("home/Colors.INI"), colors);
-    m_dir->createFile(QStringLiteral("home/FoldFile.INI"), folders);
-    const QString home = m_dir->filePath(QStringLiteral("home"));
+    SettingsStore store(m_ui->home.filePath(QStringLiteral("store.ini")));
+    m_ui->home.createFile(QStringLiteral("home/Options.INI"), options);
+    m_ui->home.createFile(QStringLiteral("home/Colors.INI"), colors);
+    m_ui->home.createFile(QStringLiteral("home/FoldFile.INI"), folders);
+    const QString home = m_ui->home.filePath(QStringLiteral("home"));
 
     AppState state;
-    Tarnby1 browser(state, *m_services, store);
+    Tarnby1 browser(state, m_ui->services, store);
     StartupRequest request;
     request.homeOption = home;
     browser.load(request);
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
     QCOMPARE(state.workingFolders, expectedFolders);
     QCOMPARE(state.options.thumbnailHeightCm, settings::ProgramOptions().thumbnailHeightCm);
     QCOMPARE(state.colors.swatch(Swatch::ListBoxesBack), 0xEAFFEAu);
@@ -764,14 +734,14 @@ void TestSettingsWindows::startupSurvivesBadFiles()
 
     // The next saves write well-formed files.
     for (const char *key : {"ID_mnuSetApplicationOptions", "ID_mnuSetApplicationColors"}) {
-        whenModal([](QWidget *w) { w->findChild<QPushButton *>(QStringLiteral("OKBtn"))->click(); });
+        whenModal(QString(), [](QDialog *w) { clickButton(w, QStringLiteral("OKBtn")); });
         browser.toolClick(QLatin1String(key));
     }
-    QCOMPARE(m_responder->messageTexts(), QStringList());
-    const QByteArray optionsNow = m_dir->read(QStringLiteral("home/Options.INI"));
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
+    const QByteArray optionsNow = m_ui->home.read(QStringLiteral("home/Options.INI"));
     QCOMPARE(optionsNow.count("\r\n"), 34);
     QCOMPARE(optionsNow.count('\n'), 34);
-    const QByteArray colorsNow = m_dir->read(QStringLiteral("home/Colors.INI"));
+    const QByteArray colorsNow = m_ui->home.read(QStringLiteral("home/Colors.INI"));
     QCOMPARE(colorsNow.count("\r\n"), 22);
     QCOMPARE(colorsNow.count('\n'), 22);
     settings::WindowColors reread;
