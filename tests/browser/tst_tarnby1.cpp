@@ -53,23 +53,13 @@ private:
     void start(const QString &commandLine = {});
 
     std::unique_ptr<UiFixture> m_ui;
-    TestDir *m_dir = nullptr;
-    AppState *m_state = nullptr;
-    UiServices *m_services = nullptr;
-    ScriptedResponder *m_responder = nullptr;
-    SettingsStore *m_store = nullptr;
     Tarnby1 *m_browser = nullptr;
 };
 
 void TestTarnby1::init()
 {
     m_ui = std::make_unique<UiFixture>();
-    m_dir = &m_ui->home;
-    m_state = &m_ui->state;
-    m_services = &m_ui->services;
-    m_responder = &m_ui->responder;
-    m_store = &m_ui->store;
-    m_browser = new Tarnby1(*m_state, *m_services, *m_store);
+    m_browser = new Tarnby1(m_ui->state, m_ui->services, m_ui->store);
 }
 
 void TestTarnby1::cleanup()
@@ -81,8 +71,8 @@ void TestTarnby1::cleanup()
 void TestTarnby1::start(const QString &commandLine)
 {
     StartupRequest request;
-    request.homeOption = m_dir->filePath(QStringLiteral("home"));
-    request.dataFolder = m_dir->filePath(QStringLiteral("data"));
+    request.homeOption = m_ui->home.filePath(QStringLiteral("home"));
+    request.dataFolder = m_ui->home.filePath(QStringLiteral("data"));
     request.commandLine = commandLine;
     m_browser->load(request);
     m_browser->show();
@@ -94,24 +84,24 @@ void TestTarnby1::startupStepsInOrder()
     QCOMPARE(m_browser->startupSteps(),
              (QStringList{"command line", "dialog filters", "program folder", "help file", "settings", "panes",
                           "filter box", "working folders", "toolbar", "organizer", "quick tips"}));
-    QCOMPARE(m_state->commandLineArguments, (QStringList{"a b.jpg", "c.txt"}));
-    QCOMPARE(m_state->programFolder, m_dir->filePath(QStringLiteral("home")));
-    QCOMPARE(m_store->value("Registered", "TarnbyDIR").toString(), m_state->programFolder);
+    QCOMPARE(m_ui->state.commandLineArguments, (QStringList{"a b.jpg", "c.txt"}));
+    QCOMPARE(m_ui->state.programFolder, m_ui->home.filePath(QStringLiteral("home")));
+    QCOMPARE(m_ui->store.value("Registered", "TarnbyDIR").toString(), m_ui->state.programFolder);
     // The delivered empty organizer database is found in the new folder.
-    QCOMPARE(m_state->organizerDatabaseFound, m_state->programFolder + QStringLiteral("/FileTabl.MDB"));
-    QVERIFY(m_responder->messages().isEmpty());
+    QCOMPARE(m_ui->state.organizerDatabaseFound, m_ui->state.programFolder + QStringLiteral("/FileTabl.MDB"));
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestTarnby1::badHomeIsReportedThenFallsBack()
 {
     StartupRequest request;
-    request.homeOption = m_dir->createFile(QStringLiteral("not-a-folder"));
-    request.dataFolder = m_dir->filePath(QStringLiteral("data"));
+    request.homeOption = m_ui->home.createFile(QStringLiteral("not-a-folder"));
+    request.dataFolder = m_ui->home.filePath(QStringLiteral("data"));
     m_browser->load(request);
-    QCOMPARE(m_state->programFolder, m_dir->filePath(QStringLiteral("data")));
-    QCOMPARE(m_responder->messages().size(), 1);
-    QCOMPARE(m_responder->messages().first().title, QStringLiteral("Tarnby 3.0"));
-    QVERIFY(m_responder->messages().first().text.contains(QStringLiteral("not-a-folder")));
+    QCOMPARE(m_ui->state.programFolder, m_ui->home.filePath(QStringLiteral("data")));
+    QCOMPARE(m_ui->responder.messages().size(), 1);
+    QCOMPARE(m_ui->responder.messages().first().title, QStringLiteral("Tarnby 3.0"));
+    QVERIFY(m_ui->responder.messages().first().text.contains(QStringLiteral("not-a-folder")));
 }
 
 void TestTarnby1::menusAndToolbars()
@@ -169,9 +159,9 @@ void TestTarnby1::displayImageRouting()
     QFETCH(QString, kind);
     QFETCH(QString, message);
     start();
-    const QString path = m_dir->createFile(name);
+    const QString path = m_ui->home.createFile(name);
     m_browser->DisplayImage(path);
-    QCOMPARE(m_responder->messageTexts(), message.isEmpty() ? QStringList() : QStringList{message});
+    QCOMPARE(m_ui->responder.messageTexts(), message.isEmpty() ? QStringList() : QStringList{message});
     QCOMPARE(m_browser->hasFrame(), documents > 0);
     if (documents) {
         QCOMPARE(m_browser->frame()->documentCount(), documents);
@@ -181,7 +171,7 @@ void TestTarnby1::displayImageRouting()
         QCOMPARE(doc->filePath(), path);
         QCOMPARE(doc->FILE_TYPE(), kind);
     }
-    QCOMPARE(m_state->currentFile, path);
+    QCOMPARE(m_ui->state.currentFile, path);
 }
 
 void TestTarnby1::openCommandsGoThroughTheBrowser_data()
@@ -195,7 +185,7 @@ void TestTarnby1::openCommandsGoThroughTheBrowser()
 {
     QFETCH(bool, documentOpen);
     start();
-    m_browser->DisplayImage(m_dir->createFile(QStringLiteral("notes.txt")));
+    m_browser->DisplayImage(m_ui->home.createFile(QStringLiteral("notes.txt")));
     MDIForm1 *frame = m_browser->frame();
     QCOMPARE(frame->documentCount(), 1);
     if (!documentOpen) {
@@ -203,19 +193,19 @@ void TestTarnby1::openCommandsGoThroughTheBrowser()
         QCOMPARE(frame->documentCount(), 0);
     }
 
-    const QString chosen = m_dir->createFile(QStringLiteral("tables/sales.dbf"));
-    m_responder->acceptFile(chosen);
+    const QString chosen = m_ui->home.createFile(QStringLiteral("tables/sales.dbf"));
+    m_ui->responder.acceptFile(chosen);
     frame->toolClick(QStringLiteral("ID_OpenBtn"));
-    QCOMPARE(m_responder->dialogs().size(), 1);
+    QCOMPARE(m_ui->responder.dialogs().size(), 1);
     QCOMPARE(frame->documentCount(), documentOpen ? 2 : 1);
     DocumentWindow *doc = frame->activeDocument();
     QVERIFY(doc);
     QCOMPARE(doc->filePath(), chosen);
     QCOMPARE(doc->FILE_TYPE(), QStringLiteral("D"));
     // The browser looked the chosen file up for the other windows.
-    QCOMPARE(m_state->currentFile, chosen);
-    QVERIFY(m_state->databaseFileFlag);
-    QVERIFY(!m_state->textFileFlag);
+    QCOMPARE(m_ui->state.currentFile, chosen);
+    QVERIFY(m_ui->state.databaseFileFlag);
+    QVERIFY(!m_ui->state.textFileFlag);
 }
 
 void TestTarnby1::selectionCommandsAndTheW4Rule_data()
@@ -235,7 +225,7 @@ void TestTarnby1::selectionCommandsAndTheW4Rule()
     start();
     CommandBar *bar = m_browser->commandBar();
     QVERIFY(!bar->isEnabled(QStringLiteral("ID_mnuSaveFileAs")));
-    m_browser->DisplayImage(m_dir->createFile(name));
+    m_browser->DisplayImage(m_ui->home.createFile(name));
     for (const QString &key : commands::selectionCommandKeys())
         QVERIFY2(bar->isEnabled(key), qPrintable(key));
     for (const QString &key : commands::databaseSelectionKeys())
@@ -258,13 +248,17 @@ void TestTarnby1::busyDocumentBlocksTheBrowser()
 
 void TestTarnby1::commandLineFilesOpenAfterStartup()
 {
-    const QString first = m_dir->createFile(QStringLiteral("My Pictures/cat one.png"));
-    const QString second = m_dir->createFile(QStringLiteral("notes.txt"));
-    start(QStringLiteral("\"%1\" %2 /no/such/file.txt").arg(first, second));
+    // Files open, a folder is shown, a missing file is passed over quietly.
+    const QString first = m_ui->home.createFile(QStringLiteral("My Pictures/cat one.png"));
+    const QString second = m_ui->home.createFile(QStringLiteral("notes.txt"));
+    const QString folder = m_ui->home.createFolder(QStringLiteral("shown"));
+    const QString unknown = m_ui->home.createFile(QStringLiteral("x.qqq"));
+    start(QStringLiteral("\"%1\" %2 /no/such/file.txt %3 %4").arg(first, second, folder, unknown));
     QVERIFY(!m_browser->hasFrame()); // nothing opens during start-up itself
     m_browser->openCommandLineFiles();
     QCOMPARE(m_browser->frame()->documentCount(), 2);
-    QVERIFY(m_responder->messages().isEmpty());
+    QCOMPARE(m_browser->currentFolder(), folder);
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"File Type is not Supported by this Software"});
 }
 
 void TestTarnby1::helpContentsAndSearch()
@@ -285,7 +279,7 @@ void TestTarnby1::helpPagesAreDeliveredAndLinked()
     // Every page a new program folder is given is reachable from the
     // contents, links only to pages that are there, and leads back.
     start();
-    const QDir help(m_state->helpFolder());
+    const QDir help(m_ui->state.helpFolder());
     const QStringList pages = help.entryList({QStringLiteral("*.html")}, QDir::Files);
     QVERIFY(pages.size() >= 7);
     static const QRegularExpression link(QStringLiteral("href=\"([^\"#]+)\""));
