@@ -107,19 +107,13 @@ private:
     bool backendPlays();
 
     std::unique_ptr<UiFixture> m_ui;
-    AppState *m_state = nullptr;
-    UiServices *m_services = nullptr;
-    ScriptedResponder *m_responder = nullptr;
     std::unique_ptr<AudioVideo1> m_window;
 };
 
 void TestAudioVideo::init()
 {
     m_ui = std::make_unique<UiFixture>();
-    m_state = &m_ui->state;
-    m_services = &m_ui->services;
-    m_responder = &m_ui->responder;
-    m_window = std::make_unique<AudioVideo1>(*m_state, *m_services);
+    m_window = std::make_unique<AudioVideo1>(m_ui->state, m_ui->services);
     m_window->multimediaControl()->setDriveLocator([] { return QString(); });
 }
 
@@ -174,7 +168,7 @@ void TestAudioVideo::playerWindowIsReused()
 {
     TestDir dir;
     QWidget browser;
-    FileCommands commands(*m_state, *m_services, &browser);
+    FileCommands commands(m_ui->state, m_ui->services, &browser);
     commands.play(dir.createFile("a.wav", "x"));
     AudioVideo1 *first = commands.player();
     QVERIFY(first);
@@ -239,12 +233,12 @@ void TestAudioVideo::unplayable()
     m_window->openAndPlay(path);
 
     QVERIFY(finished.wait(15000));
-    QCOMPARE(m_responder->messages().size(), 1);
-    QVERIFY2(m_responder->messageTexts().first().startsWith("Cannot Play File - " + path),
-             qPrintable(m_responder->messageTexts().first()));
+    QCOMPARE(m_ui->responder.messages().size(), 1);
+    const QString message = m_ui->responder.messageTexts().first();
+    QVERIFY2(message.startsWith("Cannot Play File - " + path), qPrintable(message));
     QFETCH(QStringList, says);
     for (const QString &part : says)
-        QVERIFY2(m_responder->messageTexts().first().contains(part), qPrintable(m_responder->messageTexts().first()));
+        QVERIFY2(message.contains(part), qPrintable(message));
     QCOMPARE(m_window->mediaPlayer()->playbackState(), QMediaPlayer::StoppedState);
 }
 
@@ -275,7 +269,7 @@ void TestAudioVideo::playsToTheEnd()
     QTRY_COMPARE_WITH_TIMEOUT(m_window->positionText().section(" / ", 1),
                               media::formatPlayTime(m_window->mediaPlayer()->duration()), 5000);
     QVERIFY(finished.wait(20000));
-    QVERIFY2(m_responder->messages().isEmpty(), qPrintable(m_responder->messageTexts().join('\n')));
+    QVERIFY2(m_ui->responder.messages().isEmpty(), qPrintable(m_ui->responder.messageTexts().join('\n')));
     QCOMPARE(m_window->mediaPlayer()->mediaStatus(), QMediaPlayer::EndOfMedia);
     // The position moved on from the start; without video the screen shows
     // its own picture, with video the video.
@@ -302,8 +296,8 @@ void TestAudioVideo::silentStreamTimesOut()
     m_window->setLoadTimeout(2000);
     m_window->openAndPlay(list);
     QVERIFY(finished.wait(15000));
-    QCOMPARE(m_responder->messages().size(), 1);
-    const QString text = m_responder->messageTexts().first();
+    QCOMPARE(m_ui->responder.messages().size(), 1);
+    const QString text = m_ui->responder.messageTexts().first();
     QVERIFY2(text.startsWith(QStringLiteral("Cannot Play File - http://127.0.0.1:%1/stream.mp3").arg(server.serverPort())),
              qPrintable(text));
     QVERIFY2(text.endsWith(QStringLiteral("did not start playing within 2 seconds.")), qPrintable(text));
@@ -325,7 +319,7 @@ void TestAudioVideo::listPlaysItemByItem()
     QCOMPARE(m_window->findChild<QLabel *>("Label1")->text(), QStringLiteral("First"));
 
     QVERIFY(finished.wait(40000));
-    const QStringList texts = m_responder->messageTexts();
+    const QStringList texts = m_ui->responder.messageTexts();
     QCOMPARE(texts.size(), 3);
     QVERIFY(texts.at(0).startsWith("Cannot Play File - " + dir.filePath("music/first.wav")));
     QVERIFY(texts.at(1).startsWith("Cannot Play File - " + dir.filePath("music/missing.wav")));
@@ -341,7 +335,7 @@ void TestAudioVideo::emptyList()
     const QString path = dir.filePath("empty.m3u");
     QVERIFY(QFile::copy(fixtures::path("M3U/empty.m3u"), path));
     m_window->openAndPlay(path);
-    QCOMPARE(m_responder->messageTexts(), QStringList{"There is Nothing to Play in - " + path});
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList{"There is Nothing to Play in - " + path});
     QVERIFY(m_window->mediaPlayer()->source().isEmpty());
 }
 
@@ -350,13 +344,13 @@ void TestAudioVideo::cdWithoutDrive()
     TestDir dir;
     const QString path = dir.createFile("Track03.cda", "x");
     m_window->openAndPlay(path);
-    QCOMPARE(m_responder->messageTexts(),
+    QCOMPARE(m_ui->responder.messageTexts(),
              QStringList{"Cannot Play CD Track - " + path + " - There is no CD drive on this computer."});
     QVERIFY(!m_window->multimediaControl()->isOpen());
     // Playing again reports the same instead of failing quietly.
-    m_responder->clear();
+    m_ui->responder.clear();
     m_window->findChild<QPushButton *>("OKBtn")->click();
-    QCOMPARE(m_responder->messages().size(), 1);
+    QCOMPARE(m_ui->responder.messages().size(), 1);
 }
 
 void TestAudioVideo::cdTrackSelectionAndReplay()
@@ -376,10 +370,10 @@ void TestAudioVideo::cdTrackSelectionAndReplay()
     QCOMPARE(mci->openCount(), 1);
     QCOMPARE(mci->player()->source(), QUrl("cdda:///dev/null#3"));
     // The CD source cannot read /dev/null: one message, naming the track file.
-    QTRY_COMPARE_WITH_TIMEOUT(m_responder->messages().size(), 1, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(m_ui->responder.messages().size(), 1, 10000);
     QTest::qWait(500);
-    QCOMPARE(m_responder->messages().size(), 1);
-    QVERIFY(m_responder->messageTexts().first().startsWith("Cannot Play File - " + third + " - "));
+    QCOMPARE(m_ui->responder.messages().size(), 1);
+    QVERIFY(m_ui->responder.messageTexts().first().startsWith("Cannot Play File - " + third + " - "));
 
     m_window->findChild<QPushButton *>("OKBtn")->click();
     QCOMPARE(mci->openCount(), 1); // played again without reopening
@@ -396,7 +390,7 @@ bool TestAudioVideo::backendPlays()
     const QString path = dir.createFile("probe.wav", wav(300));
     QSignalSpy finished(m_window.get(), &AudioVideo1::listFinished);
     m_window->openAndPlay(path);
-    return finished.wait(15000) && m_responder->messages().isEmpty();
+    return finished.wait(15000) && m_ui->responder.messages().isEmpty();
 }
 
 void TestAudioVideo::playsAndStopsOnCancel()
@@ -414,7 +408,7 @@ void TestAudioVideo::playsAndStopsOnCancel()
     QCOMPARE(m_window->mediaPlayer()->playbackState(), QMediaPlayer::StoppedState);
     QVERIFY(!m_window->isVisible());
     QCOMPARE(m_window->windowTitle(), AudioVideo1::caption());
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestAudioVideo::playAgain()
@@ -433,7 +427,7 @@ void TestAudioVideo::playAgain()
     QCOMPARE(m_window->mediaPlayer()->playbackState(), QMediaPlayer::PlayingState);
     QVERIFY(finished.wait(15000));
     QCOMPARE(finished.size(), 2);
-    QVERIFY(m_responder->messages().isEmpty());
+    QVERIFY(m_ui->responder.messages().isEmpty());
 }
 
 void TestAudioVideo::midiPlays()
@@ -445,7 +439,7 @@ void TestAudioVideo::midiPlays()
     QSignalSpy finished(m_window.get(), &AudioVideo1::listFinished);
     m_window->openAndPlay(path);
     QVERIFY(finished.wait(20000));
-    QCOMPARE(m_responder->messageTexts(), QStringList());
+    QCOMPARE(m_ui->responder.messageTexts(), QStringList());
     QCOMPARE(m_window->mediaPlayer()->mediaStatus(), QMediaPlayer::EndOfMedia);
 }
 
