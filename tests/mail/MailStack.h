@@ -66,6 +66,23 @@ public:
         return s;
     }
 
+    // A message from the test account to itself.
+    tarnby::mailnet::OutgoingMessage toSelf(const QString &subject) const
+    {
+        tarnby::mailnet::OutgoingMessage message;
+        message.from = message.to = address();
+        message.subject = subject;
+        return message;
+    }
+
+    // Signs on to the SMTP server and sends message.
+    tarnby::mailnet::MailError send(const tarnby::mailnet::OutgoingMessage &message) const
+    {
+        tarnby::mailnet::SmtpSender sender;
+        const tarnby::mailnet::MailError connected = sender.connect(smtp());
+        return connected.ok() ? sender.send(message) : connected;
+    }
+
     // Deletes every message of the test account.
     bool clear() const
     {
