@@ -27,6 +27,15 @@ void letter(QPdfWriter &writer)
                                      QPageLayout::Inch));
 }
 
+// Runs job on a letter-sized PDF written to pdf; the file is complete when
+// it returns.
+PrintResult printToPdf(const QString &pdf, const std::function<PrintResult(QPdfWriter &)> &job)
+{
+    QPdfWriter writer(pdf);
+    letter(writer);
+    return job(writer);
+}
+
 // A table of generated rows that counts what it is asked for.
 class GeneratedTable : public tables::Table
 {
@@ -168,15 +177,13 @@ void TestPrintJobs::picturePlacement()
 
     TestDir dir;
     const QString pdf = dir.filePath("picture.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        const PicturePlacement placement =
-            placementFromBoxes(boxes[0], boxes[1], boxes[2], boxes[3], boxes[4], boxes[5], image);
-        const PrintResult result = printPicture(writer, image, QStringLiteral("Harbour"), placement, PrintFont{});
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QCOMPARE(result.pages, 1);
-    }
+    const PicturePlacement placement =
+        placementFromBoxes(boxes[0], boxes[1], boxes[2], boxes[3], boxes[4], boxes[5], image);
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printPicture(writer, image, QStringLiteral("Harbour"), placement, PrintFont{});
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QCOMPARE(result.pages, 1);
     const QImage page = pdfreadback::render(pdf, 20);
     QVERIFY(!page.isNull());
     QCOMPARE(page.size(), QSize(170, 220));
@@ -218,13 +225,11 @@ void TestPrintJobs::textJobHeaderPage()
     TestDir dir;
     const QString text = dir.createFile("notes.txt", "First line of the notes\r\nSecond line\r\n");
     const QString pdf = dir.filePath("text.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        const PrintResult result = printTextFile(writer, text, false, PrintFont{});
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QCOMPARE(result.pages, 2);
-    }
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printTextFile(writer, text, false, PrintFont{});
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QCOMPARE(result.pages, 2);
     const QStringList pages = pdfreadback::pages(pdf);
     QCOMPARE(pages.size(), 2);
     // The header has the first page to itself, the text follows.
@@ -249,13 +254,11 @@ void TestPrintJobs::webPageHasNoHeader()
     TestDir dir;
     const QString page = dir.createFile("site.htm", "<html><body><h1>Harbour news</h1><p>Boats are in.</p></body></html>");
     const QString pdf = dir.filePath("web.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        const PrintResult result = printTextFile(writer, page, false, PrintFont{});
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QCOMPARE(result.pages, 1);
-    }
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printTextFile(writer, page, false, PrintFont{});
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QCOMPARE(result.pages, 1);
     const QStringList pages = pdfreadback::pages(pdf);
     QCOMPARE(pages.size(), 1);
     QVERIFY(pages[0].contains(QStringLiteral("Harbour news")));
@@ -332,13 +335,11 @@ void TestPrintJobs::listingFields()
     });
     TestDir dir;
     const QString pdf = dir.filePath("listing.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        const PrintResult result = printListing(writer, table, chosen, QStringLiteral("STOCK.DBF"), PrintFont{});
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QCOMPARE(result.pages, 1);
-    }
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printListing(writer, table, chosen, QStringLiteral("STOCK.DBF"), PrintFont{});
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QCOMPARE(result.pages, 1);
     const QStringList pages = pdfreadback::pages(pdf);
     QCOMPARE(pages.size(), 1);
     QVERIFY(pages[0].contains(QStringLiteral("List Data for File: STOCK.DBF")));
@@ -375,16 +376,14 @@ void TestPrintJobs::listingWrapsAndBreaksPages()
     TestDir dir;
     const QString pdf = dir.filePath("long.pdf");
     int progressPages = 0;
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        JobControl control;
-        control.progress = [&](int pages) { progressPages = pages; };
-        const PrintResult result = printListing(writer, table, {}, QStringLiteral("LONG.DBF"), PrintFont{}, &control);
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QVERIFY(result.pages > 3);
-        QCOMPARE(progressPages, result.pages);
-    }
+    JobControl control;
+    control.progress = [&](int pages) { progressPages = pages; };
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printListing(writer, table, {}, QStringLiteral("LONG.DBF"), PrintFont{}, &control);
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QVERIFY(result.pages > 3);
+    QCOMPARE(progressPages, result.pages);
     const QStringList pages = pdfreadback::pages(pdf);
     QVERIFY(pages.size() > 3);
     for (int i = 0; i < pages.size(); ++i) {
@@ -504,11 +503,9 @@ void TestPrintJobs::numbersAndDatesKeepToOneLine()
     });
     TestDir dir;
     const QString pdf = dir.filePath("dates.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        QVERIFY(printListing(writer, table, {}, QStringLiteral("D.DBF"), PrintFont{}).ok());
-    }
+    QVERIFY(printToPdf(pdf, [&](QPdfWriter &writer) {
+                return printListing(writer, table, {}, QStringLiteral("D.DBF"), PrintFont{});
+            }).ok());
     const QStringList pages = pdfreadback::pages(pdf);
     QCOMPARE(pages.size(), 1);
     // One line a row: the heading, the rule and 40 rows.
@@ -575,14 +572,11 @@ void TestPrintJobs::reportPrintsFoldersAndIndentedNames()
     const QString reportFile =
         dir.createFile(ReportFileName, "##/data/pictures\r\nboat.bmp\r\nharbour.bmp\r\n##/data/old\r\nmap.bmp\r\n");
     const QString pdf = dir.filePath("report.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        const PrintResult result =
-            printReport(writer, reportFile, reportTitle(QStringLiteral("*.BMP"), false, {}), PrintFont{});
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QCOMPARE(result.pages, 1);
-    }
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printReport(writer, reportFile, reportTitle(QStringLiteral("*.BMP"), false, {}), PrintFont{});
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QCOMPARE(result.pages, 1);
     const QStringList pages = pdfreadback::pages(pdf);
     QCOMPARE(pages.size(), 1);
     QVERIFY(pages[0].contains(QStringLiteral("Folder Locations for File Type: *.BMP")));
@@ -625,14 +619,11 @@ void TestPrintJobs::reportBreaksPagesWithHeader()
     }
     const QString reportFile = dir.createFile(ReportFileName, lines);
     const QString pdf = dir.filePath("pages.pdf");
-    {
-        QPdfWriter writer(pdf);
-        letter(writer);
-        const PrintResult result = printReport(writer, reportFile, reportTitle({}, true, QStringLiteral("boat.bmp")),
-                                               PrintFont{});
-        QVERIFY2(result.ok(), qPrintable(result.errorString));
-        QVERIFY(result.pages >= 3);
-    }
+    const PrintResult result = printToPdf(pdf, [&](QPdfWriter &writer) {
+        return printReport(writer, reportFile, reportTitle({}, true, QStringLiteral("boat.bmp")), PrintFont{});
+    });
+    QVERIFY2(result.ok(), qPrintable(result.errorString));
+    QVERIFY(result.pages >= 3);
     const QStringList pages = pdfreadback::pages(pdf);
     QVERIFY(pages.size() >= 3);
     QString all;
