@@ -66,13 +66,8 @@ struct Walk {
     SearchOutcome run(const QString &pattern, bool reportMode = false, const QString &reportFile = {},
                       int initial = DefaultInitialCount, int next = DefaultNextCount)
     {
-        SearchOptions options;
-        options.pattern = pattern;
-        options.reportMode = reportMode;
-        options.reportFile = reportFile;
-        options.initialCount = initial;
-        options.nextCount = next;
-        search.start(options);
+        search.start({.pattern = pattern, .initialCount = initial, .nextCount = next, .reportMode = reportMode,
+                      .reportFile = reportFile});
         return search.run();
     }
 };
