@@ -31,15 +31,7 @@ QByteArray be32(quint32 v)
 
 QImage smallIndexed(int width, int height, int colours)
 {
-    QImage image(width, height, QImage::Format_Indexed8);
-    QList<QRgb> table;
-    for (int i = 0; i < colours; ++i)
-        table.append(qRgb(i, 255 - i, i / 2));
-    image.setColorTable(table);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image.setPixel(x, y, (x * 7 + y * 3) % colours);
-    return image;
+    return codecsamples::indexedPicture(width, height, colours, [](int x, int y) { return x * 7 + y * 3; });
 }
 
 QByteArray mspHeader(quint16 key1, quint16 key2, quint16 width, quint16 height, bool fixChecksum = true)

@@ -141,13 +141,9 @@ private slots:
         QFETCH(bool, largeDocument);
         QFETCH(QByteArray, layers);
         QFETCH(int, bits);
-        codecsamples::PsdOptions options;
-        options.packBits = packBits;
-        options.extraChannels = extraChannels;
-        options.largeDocument = largeDocument;
-        options.layers = layers;
-        options.dotsPerInch = 150;
-        QByteArray file = codecsamples::psd(picture, options);
+        QByteArray file = codecsamples::psd(picture, {.packBits = packBits, .extraChannels = extraChannels,
+                                                      .largeDocument = largeDocument, .dotsPerInch = 150,
+                                                      .layers = layers});
 
         QBuffer buffer(&file);
         buffer.open(QIODevice::ReadOnly);

@@ -341,11 +341,8 @@ void TestCodecRoundTrip::ilbm()
     QFETCH(bool, byteRun1);
     QFETCH(bool, pbm);
     QFETCH(bool, mask);
-    codecsamples::IlbmOptions options;
-    options.byteRun1 = byteRun1;
-    options.pbm = pbm;
-    options.mask = mask;
-    const codectest::Decoded decoded = decode("iff", codecsamples::ilbm(picture, planes, options));
+    const codectest::Decoded decoded =
+        decode("iff", codecsamples::ilbm(picture, planes, {.byteRun1 = byteRun1, .pbm = pbm, .mask = mask}));
     QVERIFY2(decoded.ok(), qPrintable(decoded.error));
     QCOMPARE(maxChannelDifference(decoded.frames[0], picture), 0);
     QCOMPARE(decoded.frames[0].text("BitsPerPixel"), QString::number(planes));
