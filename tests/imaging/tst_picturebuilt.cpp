@@ -205,16 +205,9 @@ QList<QByteArray> packedRows(const QImage &indexed, int bits)
 
 QImage indexedPicture(int width, int height, int colours)
 {
-    QImage image(width, height, QImage::Format_Indexed8);
-    QList<QRgb> table;
-    for (int i = 0; i < colours; ++i)
-        table.append(qRgb((i * 97 + 13) & 0xff, (i * 53) & 0xff, 255 - ((i * 31) & 0xff)));
-    image.setColorTable(table);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            // Row 2 repeats row 1; the left part is flat for the runs.
-            image.setPixel(x, y, x < 5 ? 0 : (x * 3 + (y == 2 ? 1 : y)) % colours);
-    return image;
+    // Row 2 repeats row 1; the left part is flat for the runs.
+    return codecsamples::indexedPicture(width, height, colours,
+                                        [](int x, int y) { return x < 5 ? 0 : x * 3 + (y == 2 ? 1 : y); });
 }
 
 QByteArray wpg1File(const QImage &indexed, int bits)

@@ -229,15 +229,6 @@ private slots:
         QVERIFY2(run.err.contains(QLatin1String("no-such-platform")), qPrintable(run.err));
     }
 
-    // Listing formats needs no fonts, so it sets up no display platform at
-    // all: an unusable one does not stop it.
-    void formatsNeedsNoPlatform()
-    {
-        const Run run = cli({QStringLiteral("formats")}, QStringLiteral("no-such-platform"));
-        QCOMPARE(run.exitCode, 0);
-        QVERIFY(run.out.startsWith(QLatin1String("Extension\tRead")));
-    }
-
     // Without a login session XDG_RUNTIME_DIR is unset, and Qt would say so
     // on standard error; the tool prints its own messages only. Arguments
     // starting with "@" name files in the run's folder, which holds
@@ -275,9 +266,11 @@ private slots:
         QCOMPARE(run.exitCode, exitCode);
     }
 
+    // Listing formats needs no fonts, so it sets up no display platform at
+    // all: an unusable one does not stop it.
     void formatsListsEveryPictureExtension()
     {
-        const Run run = cli({QStringLiteral("formats")});
+        const Run run = cli({QStringLiteral("formats")}, QStringLiteral("no-such-platform"));
         QCOMPARE(run.exitCode, 0);
         QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         QCOMPARE(lines.takeFirst(), QStringLiteral("Extension\tRead\tWrite\tLibrary\tNote"));

@@ -74,6 +74,14 @@ QByteArray eps(const QByteArray &boundingBox, const QByteArray &program)
     return "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: " + boundingBox + "\n" + program + "\nshowpage\n";
 }
 
+// An input kept from a fuzzer run (regressions/<format>/<what it found>);
+// empty when it cannot be read.
+QByteArray regression(const QString &name)
+{
+    QFile file(QStringLiteral(TARNBY_IMAGING_REGRESSIONS "/") + name);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 } // namespace
 
 class TestPictureLimits : public QObject
@@ -275,39 +283,9 @@ private slots:
                           "0\nENDSEC\n0\nEOF\n");
         // Found by fuzz_dxf: letters of a hundred text heights in the arrays
         // of a block that inserts itself took half a minute to draw.
-        QTest::newRow("fuzzed large letters in arrays")
-            << QByteArray::fromBase64(
-                   "MApTRUNUSU9OCjIKQkxPQ0tTCjAKQkxPQ0sKOAowCjIKTE9PUAo3MAowCjEwCjAKMjAKMAowClRXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1chAAAAV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXXVdXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1chAAAAV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXVw5XV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dS"
-                   "V1dXV1dXV1dXV1dXV1dcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxQCjAKSU5TRVJUCjgKMAoyCkxPT1AKMTAKMQoyMAoxCjcwCjEwMDBcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcHFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcAAADmVxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxc"
-                   "XFz///////////////////////////9cXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFxcXFAKMApJTlNF"
-                   "UlQKOAowCjIKTE9PUAoxMAoxCjIwCjEKNzAKMTAwMApTRUNUSU9OCjIKQkxPQ0tTCjAKQkxPQ0sKOAowCjIKQgo3MAowCjEwCjAK"
-                   "MjAKMAowCk1URVhUCjAKMAoxMAowCjIwCjAKNDAKNQo3MQo1CjMKYWIKMQp7XGZBcmlhbDt4fVxQeQowCkxXUE9MWUxJTkUKOAow"
-                   "CjkwCjIKNzAKMQoxMAowCjIwCjAKNDIKMC41CjEwCjkKMjAKMAo0MgotMgpXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dXV1dX"
-                   "V1dXV1dXV1dXV1dXV1dXV1dXVzAKMgpCCjEwCjMKMjAKNAo0MQoyCjQyCi0xCjUwCjMwCjcwCjIKNzEKMgo0NAo1CjQ1CjUKMApU"
-                   "RVhUCjgKMAoxMAoxCjIwCjEKNDAKMgo3MgoxCjExCjUKMjEKNQoxClQKMApFTkRTRTAKNzEKMTAwMAo0NAoxCjQ1CjEKMApFTkRC"
-                   "TEsKMApFTkRTRUMKMApTRUNUSU9OCjIKRU5USVRJRVMKMApJTlNFUlQKOAowCjIKTE9PUAoxMAowCjIwCjAKNzAKMTAwMAo3Qwow"
-                   "CkUxCjFPRjAwMAowCkVORFNFQwowCkVPCkYK");
+        const QByteArray fuzzed = regression(QStringLiteral("dxf/large-letters-in-self-inserting-arrays.dxf"));
+        QVERIFY2(!fuzzed.isEmpty(), "the kept fuzzer input is missing");
+        QTest::newRow("fuzzed large letters in arrays") << fuzzed;
         QTest::newRow("circle of negative radius")
             << QByteArray("  0\nSECTION\n  2\nENTITIES\n  0\nCIRCLE\n  8\n0\n 10\n0\n 20\n0\n 40\n-5\n  0\nENDSEC\n  0\nEOF\n");
     }
