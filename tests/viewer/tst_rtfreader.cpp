@@ -310,7 +310,6 @@ void TestRtfReader::mutatedInputsReadSafely()
         x = x * 1664525u + 1013904223u;
         return n ? (x >> 8) % n : 0u;
     };
-    int rounds = 0;
     for (const QByteArray &seed : seeds) {
         QVERIFY(!seed.isEmpty());
         for (int i = 0; i < 150; ++i) {
@@ -336,10 +335,8 @@ void TestRtfReader::mutatedInputsReadSafely()
             QTextDocument doc;
             RtfReader::read(data, &doc);
             QVERIFY(doc.characterCount() <= data.size() + 1);
-            ++rounds;
         }
     }
-    QCOMPARE(rounds, 450);
 }
 
 QTEST_GUILESS_MAIN(TestRtfReader)
