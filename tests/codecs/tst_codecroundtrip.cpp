@@ -21,31 +21,19 @@ namespace {
 // neighbouring lines and noise, so that the packers use every code.
 QImage indexedPicture(int width, int height, int colours)
 {
-    QImage image(width, height, QImage::Format_Indexed8);
-    QList<QRgb> table;
-    for (int i = 0; i < colours; ++i)
-        table.append(qRgb((i * 97 + 13) & 0xff, (i * 53 + 7) & 0xff, (i * 31 + 200) & 0xff));
-    image.setColorTable(table);
     quint32 seed = 12345;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            int index;
-            if (y % 7 == 3 || y % 7 == 4) // two equal lines
-                index = (x / 16) % colours;
-            else if (x < width / 4)
-                index = 0;
-            else if (x < width / 2)
-                index = colours - 1;
-            else if (x < 3 * width / 4)
-                index = ((x / 8) % 2) ? 1 % colours : 0; // pairs of bytes repeating
-            else {
-                seed = seed * 1103515245 + 12345;
-                index = int((seed >> 16) % quint32(colours));
-            }
-            image.setPixel(x, y, index);
-        }
-    }
-    return image;
+    return codecsamples::indexedPicture(width, height, colours, [&](int x, int y) {
+        if (y % 7 == 3 || y % 7 == 4) // two equal lines
+            return x / 16;
+        if (x < width / 4)
+            return 0;
+        if (x < width / 2)
+            return colours - 1;
+        if (x < 3 * width / 4)
+            return (x / 8) % 2; // pairs of bytes repeating
+        seed = seed * 1103515245 + 12345;
+        return int(seed >> 16);
+    });
 }
 
 QImage monoPicture(int width, int height)
