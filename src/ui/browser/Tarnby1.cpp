@@ -60,7 +60,6 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QLocale>
@@ -431,16 +430,20 @@ QMenu *Tarnby1::contextMenuAt(ContextPlace place, const QPoint &pos)
 
 void Tarnby1::newFolder(const QString &parent)
 {
-    QInputDialog ask(this);
-    ask.setObjectName(QStringLiteral("NewFolder1"));
-    installWindowColors(&ask, m_state);
-    ask.setWindowTitle(QStringLiteral("New Folder"));
-    ask.setLabelText(QStringLiteral("Name of the new Folder in - ") + parent);
-    ask.setTextValue(freeFolderName(parent));
-    if (ask.exec() != QDialog::Accepted)
+    DialogRequest ask;
+    ask.kind = DialogKind::Text;
+    ask.title = QStringLiteral("New Folder");
+    ask.label = QStringLiteral("Name of the new Folder in - ") + parent;
+    ask.text = freeFolderName(parent);
+    ask.prepare = [this](QDialog &dialog) {
+        dialog.setObjectName(QStringLiteral("NewFolder1"));
+        installWindowColors(&dialog, m_state);
+    };
+    const DialogAnswer typed = m_services.dialogs.run(ask, this);
+    if (!typed.accepted)
         return;
     using Outcome = NewFolderResult::Outcome;
-    const NewFolderResult made = makeFolder(parent, ask.textValue());
+    const NewFolderResult made = makeFolder(parent, typed.text);
     switch (made.outcome) {
     case Outcome::Made:
         break;
