@@ -1300,6 +1300,8 @@ void Tarnby1::openOrganizer(BrowserAction action)
         }, this);
         m_batch->setAttribute(Qt::WA_DeleteOnClose);
         m_batch->setSearchRunning(m_searchRunning);
+        connect(this, &Tarnby1::searchRunningChanged, m_batch, &GrpBatch1::setSearchRunning);
+        connect(this, &Tarnby1::searchFinished, m_batch, &GrpBatch1::searchFinished);
         help(m_batch.data());
         connect(m_batch, &GrpBatch1::findNextRequested, this, &Tarnby1::FindNext);
         m_batch->show();
@@ -1375,9 +1377,7 @@ void Tarnby1::FindFileRoutine()
     m_quickHiddenBySearch = m_quick && m_quick->isVisible();
     if (m_quickHiddenBySearch)
         m_quick->hide();
-    m_searchRunning = true;
-    if (m_batch)
-        m_batch->setSearchRunning(true);
+    setSearchRunning(true);
     m_escape->setEnabled(true);
     m_state.cancelFlag = false;
     m_bar->setEnabled(commands::keys::StopBtn, true);
@@ -1422,9 +1422,7 @@ void Tarnby1::searchSlice()
 void Tarnby1::finishSearch(search::SearchOutcome outcome)
 {
     using search::SearchOutcome;
-    m_searchRunning = false;
-    if (m_batch)
-        m_batch->setSearchRunning(false);
+    setSearchRunning(false);
     m_escape->setEnabled(false);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     if (m_quickHiddenBySearch && m_quick)
@@ -1468,6 +1466,14 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
     setWindowTitle(m_folder.isEmpty() || shown.isEmpty() ? QStringLiteral("Tarnby 3.0")
                                                          : QStringLiteral("Tarnby 3.0 - ") + m_folder);
     emit searchFinished(outcome);
+}
+
+void Tarnby1::setSearchRunning(bool running)
+{
+    if (m_searchRunning == running)
+        return;
+    m_searchRunning = running;
+    emit searchRunningChanged(running);
 }
 
 void Tarnby1::CreateOpenFileExt()
