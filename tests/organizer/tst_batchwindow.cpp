@@ -1,14 +1,9 @@
-#include "UiFixture.h"
+#include "SearchBrowser.h"
 
-#include "core/browser/FileListModel.h"
-#include "core/browser/FolderTreeModel.h"
-#include "core/browser/MountTable.h"
 #include "core/catalogue/CommandKeys.h"
 #include "core/organizer/BatchAdd.h"
 #include "core/organizer/OrganizerStamp.h"
 #include "core/organizer/OrganizerStore.h"
-#include "core/search/FileSearch.h"
-#include "ui/browser/Tarnby1.h"
 #include "ui/organizer/GrpBatch1.h"
 
 #include <QComboBox>
@@ -23,8 +18,6 @@ namespace commands = tarnby::commands;
 namespace ui = tarnby::ui;
 using namespace tarnby::organizer;
 using tarnby::search::SearchOutcome;
-
-Q_DECLARE_METATYPE(tarnby::search::SearchOutcome)
 
 namespace {
 
@@ -56,60 +49,46 @@ private slots:
     void okWaitsForEveryWalk();
 
 private:
-    OrganizerStore store() const { return OrganizerStore(StoreLocation::inFolder(m_ui->home.path())); }
-    QString tree(const QString &relative) const { return m_files->filePath(relative); }
+    OrganizerStore store() const { return OrganizerStore(StoreLocation::inFolder(m_b->home.path())); }
+    QString tree(const QString &relative) const { return m_b->files.filePath(relative); }
     void addGroup(const QString &name) const { QVERIFY(store().addGroup(groupMadeOnTheFly(name, SetTimeStamp())) > 0); }
     ui::GrpBatch1 *openBatchWindow();
     // Clicks OK (or, with ok null, starts a search) and waits for the walk
     // that follows to end.
     SearchOutcome walkOn(QPushButton *ok);
 
-    std::unique_ptr<UiFixture> m_ui;
-    std::unique_ptr<TestDir> m_files;
-    std::unique_ptr<ui::Tarnby1> m_browser;
+    std::unique_ptr<SearchBrowser> m_b;
 };
 
 void TestBatchWindow::init()
 {
-    m_ui = std::make_unique<UiFixture>();
-    m_files = std::make_unique<TestDir>();
+    m_b = std::make_unique<SearchBrowser>();
     // The walk takes the top folders before the ones below them: "Docs/Old"
     // is the last folder of the tree.
-    m_files->createFile(QStringLiteral("Docs/a.TXT"));
-    m_files->createFile(QStringLiteral("Docs/Old/letter.TXT"));
-    m_files->createFolder(QStringLiteral("Empty"));
-
-    m_browser = std::make_unique<ui::Tarnby1>(m_ui->state, m_ui->services, m_ui->store);
-    ui::StartupRequest request;
-    request.homeOption = m_ui->home.path();
-    request.dataFolder = m_ui->home.filePath(QStringLiteral("data"));
-    m_browser->load(request);
-    tarnby::FolderRoots roots;
-    roots.volumes = {m_files->path()};
-    m_browser->folderTree()->setRoots(roots);
-    m_ui->responder.clear();
+    m_b->files.createFile(QStringLiteral("Docs/a.TXT"));
+    m_b->files.createFile(QStringLiteral("Docs/Old/letter.TXT"));
+    m_b->files.createFolder(QStringLiteral("Empty"));
+    m_b->responder.clear();
 }
 
 void TestBatchWindow::cleanup()
 {
-    m_browser.reset();
-    m_files.reset();
-    m_ui.reset();
+    m_b.reset();
 }
 
 ui::GrpBatch1 *TestBatchWindow::openBatchWindow()
 {
-    m_browser->toolClick(QString(commands::keys::mnuOrganizeFilesSearch));
-    return m_browser->batchWindow();
+    m_b->window->toolClick(QString(commands::keys::mnuOrganizeFilesSearch));
+    return m_b->window->batchWindow();
 }
 
 SearchOutcome TestBatchWindow::walkOn(QPushButton *ok)
 {
-    QSignalSpy finished(m_browser.get(), &ui::Tarnby1::searchFinished);
+    QSignalSpy finished(m_b->window.get(), &ui::Tarnby1::searchFinished);
     if (ok)
         ok->click();
     else
-        m_browser->FindFileRoutine();
+        m_b->window->FindFileRoutine();
     if (!finished.wait(30000))
         return SearchOutcome::Running;
     return finished.first().first().value<SearchOutcome>();
@@ -146,16 +125,16 @@ void TestBatchWindow::okAfterTheEndOfTheSearch()
         return rows;
     };
 
-    m_ui->state.searchPattern = QStringLiteral("*.TXT");
+    m_b->state.searchPattern = QStringLiteral("*.TXT");
     QCOMPARE(walkOn(nullptr), SearchOutcome::Found);
     QCOMPARE(walkOn(ok), SearchOutcome::Found);
-    QCOMPARE(m_browser->currentFolder(), tree(QStringLiteral("Docs/Old")));
+    QCOMPARE(m_b->window->currentFolder(), tree(QStringLiteral("Docs/Old")));
     // The folder found last is the tree's last: the walk after it ends at once,
     // and the list still shows that folder.
     QCOMPARE(walkOn(ok), SearchOutcome::EndOfTree);
-    QCOMPARE(m_ui->responder.messageTexts().last(), QStringLiteral(" End of Search . . ."));
-    m_ui->responder.clear();
-    QCOMPARE(m_browser->currentFolder(), tree(QStringLiteral("Docs/Old")));
+    QCOMPARE(m_b->responder.messageTexts().last(), QStringLiteral(" End of Search . . ."));
+    m_b->responder.clear();
+    QCOMPARE(m_b->window->currentFolder(), tree(QStringLiteral("Docs/Old")));
     const QStringList before = entries();
     QCOMPARE(before, (QStringList{"Docs a.TXT", "Docs letter.TXT"}));
 
@@ -163,7 +142,7 @@ void TestBatchWindow::okAfterTheEndOfTheSearch()
     // the top.
     batch->groupBox()->setCurrentText(group);
     QCOMPARE(walkOn(ok), SearchOutcome::Found);
-    QCOMPARE(m_browser->currentFolder(), tree(QStringLiteral("Docs")));
+    QCOMPARE(m_b->window->currentFolder(), tree(QStringLiteral("Docs")));
     QCOMPARE(entries(), before + added);
 
     // A folder the walk stops on anew goes in again, as any folder does.
@@ -229,7 +208,7 @@ void TestBatchWindow::groupListPicksUpGroupsMadeMeanwhile()
     QCOMPARE(itemTexts(box), list);
     QCOMPARE(box->currentText(), text);
     box->hidePopup();
-    QVERIFY(m_ui->responder.messages().isEmpty());
+    QVERIFY(m_b->responder.messages().isEmpty());
 }
 
 void TestBatchWindow::okWaitsForEveryWalk_data()
@@ -252,13 +231,13 @@ void TestBatchWindow::okWaitsForEveryWalk()
     auto *ok = batch->findChild<QPushButton *>(QStringLiteral("OKBtn"));
     QVERIFY(ok->isEnabled());
 
-    QSignalSpy running(m_browser.get(), &ui::Tarnby1::searchRunningChanged);
-    QSignalSpy finished(m_browser.get(), &ui::Tarnby1::searchFinished);
-    m_ui->state.searchPattern = pattern;
-    m_browser->FindFileRoutine();
+    QSignalSpy running(m_b->window.get(), &ui::Tarnby1::searchRunningChanged);
+    QSignalSpy finished(m_b->window.get(), &ui::Tarnby1::searchFinished);
+    m_b->state.searchPattern = pattern;
+    m_b->window->FindFileRoutine();
     QVERIFY(!ok->isEnabled());
     if (cancel)
-        m_browser->cancelSearch();
+        m_b->window->cancelSearch();
     QVERIFY(finished.wait(30000));
     QCOMPARE(finished.first().first().value<SearchOutcome>(), outcome);
     QVERIFY(ok->isEnabled());

@@ -41,14 +41,6 @@ public:
     }
 };
 
-QStringList itemTexts(const QComboBox *box)
-{
-    QStringList texts;
-    for (int i = 0; i < box->count(); ++i)
-        texts << box->itemText(i);
-    return texts;
-}
-
 } // namespace
 
 GrpBatch1::GrpBatch1(AppState &state, UiServices &services, const OrganizerStore &store, FolderSource source,
@@ -158,13 +150,15 @@ void GrpBatch1::refreshGroups()
     if (!r.ok())
         return;
     const QStringList items = groups.isEmpty() ? QStringList{OfferedGroupName} : groups;
-    const QStringList shown = itemTexts(m_group);
-    if (items == shown)
+    bool same = m_group->count() == items.size();
+    for (int i = 0; same && i < m_group->count(); ++i)
+        same = m_group->itemText(i) == items.at(i);
+    if (same)
         return;
     const QString chosen = m_group->currentText();
     // The name offered while there were no groups was nobody's choice: once
     // groups exist, the first is chosen, as when the window opens.
-    const bool offered = shown == QStringList{OfferedGroupName} && chosen == OfferedGroupName;
+    const bool offered = m_group->count() == 1 && m_group->itemText(0) == OfferedGroupName && chosen == OfferedGroupName;
     m_group->clear();
     m_group->addItems(items);
     const int at = m_group->findText(chosen);
