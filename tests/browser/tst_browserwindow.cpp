@@ -1259,32 +1259,35 @@ void TestBrowserWindow::contextMenuOwnEntries()
     QCOMPARE(QGuiApplication::clipboard()->text(), b.files.filePath("a.png"));
 
     // New Folder offers a free name; a taken one is refused.
-    auto answerNewFolder = [](const QString &typed, QString *offered) {
-        whenModal(QStringLiteral("NewFolder1"), [typed, offered](QDialog *dialog) {
-            auto *input = qobject_cast<QInputDialog *>(dialog);
-            *offered = input->textValue();
-            if (!typed.isNull())
-                input->setTextValue(typed);
-            input->accept();
-        });
+    auto newFolder = [&](const QString &typed) {
+        DialogAnswer answer;
+        answer.accepted = true;
+        answer.text = typed;
+        b.responder.answerDialog(answer);
+        const qsizetype before = b.responder.dialogs().size();
+        entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+        if (b.responder.dialogs().size() != before + 1 || b.responder.dialogs().last().kind != DialogKind::Text)
+            return QStringLiteral("(no text dialog)");
+        return b.responder.dialogs().last().text;
     };
-    QString offered;
     QSignalSpy loaded(b.window->fileList(), &FileListModel::folderLoaded);
-    answerNewFolder(QString(), &offered);
-    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
-    QCOMPARE(offered, QStringLiteral("New Folder"));
+    QCOMPARE(newFolder(QStringLiteral("New Folder")), QStringLiteral("New Folder"));
     QVERIFY(QFileInfo(b.files.filePath("New Folder")).isDir());
     QVERIFY(loaded.wait(5000));
     QCOMPARE(b.window->fileListView()->currentRow(), b.window->fileList()->rowForName("New Folder"));
 
-    answerNewFolder(QStringLiteral("sub"), &offered);
-    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
-    QCOMPARE(offered, QStringLiteral("New Folder 2"));
+    QCOMPARE(newFolder(QStringLiteral("sub")), QStringLiteral("New Folder 2"));
     QCOMPARE(b.responder.messageTexts(), QStringList{"Folder already exists - " + b.files.filePath("sub")});
-    answerNewFolder(QStringLiteral("a/b"), &offered);
-    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    newFolder(QStringLiteral("a/b"));
     QCOMPARE(b.responder.messageTexts().size(), 2);
     QVERIFY(!QFileInfo::exists(b.files.filePath("a")));
+    // Cancel makes nothing.
+    b.responder.cancelDialog();
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QVERIFY(!QFileInfo::exists(b.files.filePath("New Folder 2")));
+    QCOMPARE(b.responder.messageTexts().size(), 2);
+    QCOMPARE(b.responder.dialogs().first().title, QStringLiteral("New Folder"));
+    QCOMPARE(b.responder.dialogs().first().label, "Name of the new Folder in - " + b.files.path());
 
     // Open on a folder enters it; on a file it opens the file.
     entry(menuOn("sub").get(), "ContextOpen")->trigger();
@@ -1298,6 +1301,22 @@ void TestBrowserWindow::contextMenuOwnEntries()
     QVERIFY(b.show(b.files.path()));
     entry(menuOn("a.png").get(), "ContextOpen")->trigger();
     QCOMPARE(opened, QStringList{b.files.filePath("a.png")});
+
+    // Unanswered by a script, the service shows the dialog itself, named as
+    // the program's window and offering the free name; what is typed there
+    // makes the folder.
+    b.services.dialogs.setResponder({});
+    QString offered;
+    QTimer::singleShot(0, [&offered] {
+        auto *dialog = qobject_cast<QInputDialog *>(QApplication::activeModalWidget());
+        QVERIFY(dialog && dialog->objectName() == QLatin1String("NewFolder1"));
+        offered = dialog->textValue();
+        dialog->setTextValue(QStringLiteral("typed"));
+        dialog->accept();
+    });
+    entry(menuOn("a.png").get(), "ContextNewFolder")->trigger();
+    QCOMPARE(offered, QStringLiteral("New Folder 2"));
+    QVERIFY(QFileInfo(b.files.filePath("typed")).isDir());
     b.window->frame()->hide();
     b.window->hide();
 }

@@ -6,8 +6,17 @@
 #include "core/organizer/OrganizerStore.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlRecord>
 #include <QTest>
+#include <QThread>
+
+#include <atomic>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tarnby::organizer;
 
@@ -41,6 +50,8 @@ private slots:
     void batchMakesGroupOnlyWhenNoneExists();
     void clearThenDeleteEveryGroup();
     void compactTwice();
+    void catalogueLock_data();
+    void catalogueLock();
     void missingOrDamagedFile_data();
     void missingOrDamagedFile();
     void deliveredDatabaseHasTheSchema();
@@ -476,6 +487,90 @@ void TestOrganizerStore::compactTwice()
     // New rows still get new numbers after the compaction.
     const QList<qint64> ids = m_store->addEntries({entry("G", "new.txt")}, &r);
     QVERIFY(ids.first() > 500);
+}
+
+namespace {
+
+enum class LockedOperation { Compact, Read, Write, Create };
+
+ino_t inodeOf(const QString &path)
+{
+    struct stat st {};
+    return ::stat(QFile::encodeName(path).constData(), &st) == 0 ? st.st_ino : 0;
+}
+
+} // namespace
+
+void TestOrganizerStore::catalogueLock_data()
+{
+    QTest::addColumn<int>("held"); // how the test holds the catalogue's lock
+    QTest::addColumn<int>("operationRow");
+    // Another process's connection, opened on the file just before a
+    // compaction would rename its copy over it and not yet read from: the
+    // file stays under the name until the connection has ended.
+    QTest::newRow("compaction waits for a connection open on the file") << LOCK_SH << int(LockedOperation::Compact);
+    // Another process's compaction, somewhere between its mark and its rename.
+    QTest::newRow("a read waits for a compaction") << LOCK_EX << int(LockedOperation::Read);
+    QTest::newRow("a write waits for a compaction") << LOCK_EX << int(LockedOperation::Write);
+    QTest::newRow("making a missing catalogue waits for another maker") << LOCK_EX << int(LockedOperation::Create);
+}
+
+void TestOrganizerStore::catalogueLock()
+{
+    if (OrganizerTestStore::onServer())
+        QSKIP("a file of the program folder only");
+    QFETCH(int, held);
+    QFETCH(int, operationRow);
+    const auto operation = LockedOperation(operationRow);
+    const QString file = m_store->location().file;
+    QVERIFY(m_store->addGroup(groupMadeOnTheFly(QStringLiteral("G"), SetTimeStamp())) > 0);
+    if (operation == LockedOperation::Create)
+        QVERIFY(QFile::remove(file));
+    const ino_t before = inodeOf(file);
+
+    // The lock every process sharing the file keeps to: a flock on its folder.
+    const int folder = ::open(QFile::encodeName(m_test->dir.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    QVERIFY(folder >= 0);
+    QCOMPARE(::flock(folder, held), 0);
+    const QString connection = QStringLiteral("held-open");
+    if (held == LOCK_SH) {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
+        db.setDatabaseName(file);
+        QVERIFY(db.open());
+    }
+
+    std::atomic_bool done{false};
+    StoreResult result;
+    const StoreLocation location = m_store->location();
+    std::unique_ptr<QThread> other(QThread::create([&] {
+        const OrganizerStore store(location);
+        switch (operation) {
+        case LockedOperation::Compact: result = store.compact(); break;
+        case LockedOperation::Read: store.groups(&result); break;
+        case LockedOperation::Write: store.addGroup(groupMadeOnTheFly(QStringLiteral("H"), SetTimeStamp()), &result); break;
+        case LockedOperation::Create: result = store.create(); break;
+        }
+        done = true;
+    }));
+    other->start();
+    QThread::msleep(300);
+    const bool waited = !done;
+    const ino_t during = inodeOf(file);
+    if (held == LOCK_SH)
+        QSqlDatabase::database(connection, false).close();
+    QSqlDatabase::removeDatabase(connection);
+    ::close(folder);
+    QVERIFY(other->wait(20000));
+
+    QVERIFY(waited);
+    QCOMPARE(during, before);
+    QVERIFY2(result.ok(), qPrintable(result.error));
+    switch (operation) {
+    case LockedOperation::Compact: QVERIFY(inodeOf(file) != before); break;
+    case LockedOperation::Read: break;
+    case LockedOperation::Write: QCOMPARE(m_store->groupNames(), (QStringList{"G", "H"})); break;
+    case LockedOperation::Create: QVERIFY(m_store->check().ok()); break;
+    }
 }
 
 void TestOrganizerStore::missingOrDamagedFile_data()

@@ -22,6 +22,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -140,16 +141,98 @@ bool processAlive(qint64 pid)
     return ::kill(pid_t(pid), 0) == 0 || errno == EPERM;
 }
 
+// The lock of a catalogue file, shared by every process that uses it: a
+// flock on the folder that holds the file. The folder, not the file, because
+// a compaction puts a new file under the catalogue's name, and a lock on the
+// old one would lock nothing that a process opening the name meets.
+//
+// Every connection to the catalogue holds it shared from before it opens the
+// file until it has closed it again; whoever puts a new file under the name
+// (a compaction, the making of a missing catalogue) holds it exclusively
+// from before it looks at the old file until the rename is done. So no
+// connection is ever open on a file that has left the name. That matters
+// beyond lost writes: SQLite names a file's rollback journal after the file's
+// name, but finds out whether a journal is still being written from the locks
+// on the file it has open. A connection left on the old file would take the
+// live journal of a writer on the new file for the leftover of a crash, play
+// it into the old file and delete it. The kernel lets go of the lock when
+// the process ends, however it ends.
+class CatalogueLock
+{
+public:
+    enum class Mode { Shared, Exclusive };
+    enum class Outcome {
+        Held,
+        Busy,        // still held the other way when the wait was over
+        Unavailable, // the folder cannot be opened or its file system has no locks
+    };
+
+    CatalogueLock() = default;
+    CatalogueLock(const CatalogueLock &) = delete;
+    CatalogueLock &operator=(const CatalogueLock &) = delete;
+    ~CatalogueLock() { release(); }
+
+    // Waits at most waitMs for the lock on the folder of file.
+    Outcome acquire(const QString &file, Mode mode, qint64 waitMs)
+    {
+        release();
+        const QByteArray folder = QFile::encodeName(QFileInfo(file).absolutePath());
+        m_fd = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (m_fd < 0)
+            return Outcome::Unavailable;
+        const int operation = (mode == Mode::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
+        QElapsedTimer waited;
+        waited.start();
+        for (;;) {
+            if (::flock(m_fd, operation) == 0)
+                return Outcome::Held;
+            const int error = errno;
+            if (error == EINTR)
+                continue;
+            if (error != EWOULDBLOCK || waited.elapsed() > waitMs) {
+                release();
+                return error == EWOULDBLOCK ? Outcome::Busy : Outcome::Unavailable;
+            }
+            QThread::msleep(5);
+        }
+    }
+
+    void release()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd); // lets go of the lock with the descriptor
+        m_fd = -1;
+    }
+
+private:
+    int m_fd = -1;
+};
+
+// Whether a connection takes the catalogue's lock itself: every connection
+// to the catalogue does, but one to a side file, and one opened by whoever
+// holds the lock exclusively already, does not.
+enum class Locking { Shared, None };
+
 // One connection for one operation: opened by the constructor, closed and
 // removed by the destructor.
 class Session
 {
 public:
-    Session(const StoreLocation &location, bool mayCreate)
+    Session(const StoreLocation &location, bool mayCreate, Locking locking = Locking::Shared)
         : m_location(location)
         , m_name(QStringLiteral("tarnby-organizer-%1").arg(s_next.fetch_add(1)))
     {
         if (location.engine == Engine::SQLite) {
+            // Where the file system has no locks the catalogue is used
+            // without; the compaction's mark still keeps writers off.
+            if (locking == Locking::Shared
+                && m_lock.acquire(location.file, CatalogueLock::Mode::Shared, CompactionWaitMs)
+                       == CatalogueLock::Outcome::Busy) {
+                fail(StoreStatus::Failed, QStringLiteral("The organizer database %1 is being compacted; try again "
+                                                         "in a moment.")
+                                              .arg(location.file));
+                return;
+            }
             if (!mayCreate && !QFileInfo::exists(location.file)) {
                 fail(StoreStatus::Missing,
                      QStringLiteral("The organizer database %1 does not exist.").arg(location.file));
@@ -195,6 +278,8 @@ public:
             }
             QSqlDatabase::removeDatabase(m_name);
         }
+        // The file is closed: now the lock can go.
+        m_lock.release();
     }
 
     Session(const Session &) = delete;
@@ -259,11 +344,13 @@ public:
     // (with its process ID in the header's user version) before it copies it
     // and puts the copy in its place by a rename; a write that went into the
     // file after the copy, or into the old file after the rename, would be
-    // lost. So a writer that finds the mark of a running compaction, or finds
-    // that the file it opened is no longer the one under the name, lets go
-    // and opens the catalogue again until the compaction is over (at most as
-    // long as it would wait for a lock); then it gives up and says so. The
-    // mark of a compaction whose process has died is cleared.
+    // lost. The catalogue's lock already keeps every connection away while a
+    // compaction runs; where the file system has no locks, a writer that
+    // finds the mark of a running compaction, or finds that the file it
+    // opened is no longer the one under the name, lets go and opens the
+    // catalogue again until the compaction is over (at most as long as it
+    // would wait for a lock); then it gives up and says so. The mark of a
+    // compaction whose process has died is cleared.
     bool beginWrite()
     {
         QElapsedTimer waited;
@@ -382,6 +469,7 @@ private:
     bool m_open = false;
     bool m_inTransaction = false;
     std::optional<std::pair<dev_t, ino_t>> m_fileId; // the file as opened (SQLite)
+    CatalogueLock m_lock;
     StoreResult m_result;
 };
 
@@ -644,42 +732,54 @@ StoreResult OrganizerStore::check() const
     return s.result();
 }
 
+StoreResult OrganizerStore::makeFile() const
+{
+    // A new file is written beside its final name and renamed into place, so
+    // that no half-made catalogue is ever found under it.
+    const QString temporary = m_location.file + QStringLiteral(".new");
+    removeWithJournals(temporary);
+    {
+        StoreLocation side = m_location;
+        side.file = temporary;
+        Session s(side, true, Locking::None);
+        if (!s.isOpen())
+            return s.result();
+        if (!s.begin(true))
+            return s.result();
+        for (const QString &t : {createTableText("GroupTable", GroupColumns, Engine::SQLite),
+                                 createTableText("FileTable", FileColumns, Engine::SQLite)}) {
+            if (!s.run(t))
+                return s.result();
+        }
+        for (const char *index : IndexTexts) {
+            if (!s.run(QLatin1String(index)))
+                return s.result();
+        }
+        if (!s.commit())
+            return s.result();
+    }
+    syncFile(temporary);
+    if (::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_location.file).constData()) != 0) {
+        removeWithJournals(temporary);
+        return {StoreStatus::Failed, QStringLiteral("The organizer database %1 could not be made.").arg(m_location.file)};
+    }
+    syncFolder(QFileInfo(m_location.file).absolutePath());
+    return {};
+}
+
 StoreResult OrganizerStore::create() const
 {
     if (m_location.engine == Engine::SQLite && !QFileInfo::exists(m_location.file)) {
-        // A new file is written beside its final name and renamed into
-        // place, so that no half-made catalogue is ever found under it.
-        const QString temporary = m_location.file + QStringLiteral(".new");
-        removeWithJournals(temporary);
-        {
-            StoreLocation side = m_location;
-            side.file = temporary;
-            Session s(side, true);
-            if (!s.isOpen())
-                return s.result();
-            if (!s.begin(true))
-                return s.result();
-            for (const QString &t : {createTableText("GroupTable", GroupColumns, Engine::SQLite),
-                                     createTableText("FileTable", FileColumns, Engine::SQLite)}) {
-                if (!s.run(t))
-                    return s.result();
-            }
-            for (const char *index : IndexTexts) {
-                if (!s.run(QLatin1String(index)))
-                    return s.result();
-            }
-            if (!s.commit())
-                return s.result();
-        }
-        syncFile(temporary);
-        if (::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(m_location.file).constData()) != 0) {
-            removeWithJournals(temporary);
-            return {StoreStatus::Failed, QStringLiteral("The organizer database %1 could not be made.").arg(m_location.file)};
-        }
-        syncFolder(QFileInfo(m_location.file).absolutePath());
-        return {};
+        // Two processes that both find the file missing make it one after
+        // the other: the second finds the first's file and leaves it.
+        CatalogueLock lock;
+        if (lock.acquire(m_location.file, CatalogueLock::Mode::Exclusive, CompactionWaitMs) == CatalogueLock::Outcome::Busy)
+            return {StoreStatus::Failed, QStringLiteral("The organizer database %1 is in use and could not be made; "
+                                                        "try again in a moment.")
+                                             .arg(m_location.file)};
+        if (!QFileInfo::exists(m_location.file))
+            return makeFile();
     }
-
     Session s(m_location, false);
     if (m_location.engine == Engine::SQLite) {
         s.checkTables();
@@ -1112,21 +1212,31 @@ StoreResult OrganizerStore::compact(const QString &sideFileName) const
     }
     const QString folder = QFileInfo(m_location.file).absolutePath();
     const QString side = QDir(folder).filePath(sideFileName);
+    // From here to the rename no other connection is open on the catalogue,
+    // and none opens it: the ones open now are waited for, and the ones that
+    // come meanwhile wait for the new file (see CatalogueLock). The
+    // connections below are opened under this lock and do not take it again.
+    CatalogueLock lock;
+    if (lock.acquire(m_location.file, CatalogueLock::Mode::Exclusive, CompactionWaitMs) == CatalogueLock::Outcome::Busy)
+        return {StoreStatus::Failed, QStringLiteral("The organizer database %1 is in use and was not compacted; try "
+                                                    "again in a moment.")
+                                         .arg(m_location.file)};
     // An earlier run that failed half-way may have left the side file.
     if (!removeWithJournals(side))
         return {StoreStatus::Failed, QStringLiteral("The old %1 cannot be removed.").arg(side)};
-    // The catalogue is marked as being compacted before it is copied: from
-    // then on writers of other processes wait (see Session::beginWrite), so
-    // that no write lands in the file after the copy is taken or in the old
-    // file after the rename. The mark goes with the old file; the copy's is
-    // cleared before it takes the name.
+    // The catalogue is marked as being compacted before it is copied: where
+    // the file system gives no lock, writers of other processes wait for the
+    // mark instead (see Session::beginWrite), so that no write lands in the
+    // file after the copy is taken or in the old file after the rename. The
+    // mark goes with the old file; the copy's is cleared before it takes the
+    // name.
     const QString markText = QStringLiteral("PRAGMA user_version = %1").arg(::getpid());
     auto unmark = [this] {
-        Session s(m_location, false);
+        Session s(m_location, false, Locking::None);
         s.checkTables() && s.begin(true) && s.run(QStringLiteral("PRAGMA user_version = 0")) && s.commit();
     };
     {
-        Session s(m_location, false);
+        Session s(m_location, false, Locking::None);
         if (!s.checkTables() || !s.begin(true) || !s.run(markText) || !s.commit())
             return s.result();
         QSqlQuery q;
@@ -1141,7 +1251,7 @@ StoreResult OrganizerStore::compact(const QString &sideFileName) const
     {
         StoreLocation copy = m_location;
         copy.file = side;
-        Session s(copy, false);
+        Session s(copy, false, Locking::None);
         if (!s.isOpen() || !s.run(QStringLiteral("PRAGMA user_version = 0")))
             failed = s.result();
     }

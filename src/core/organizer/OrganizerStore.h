@@ -20,6 +20,12 @@
 // the catalogue never keeps a writer of another process waiting. Use a store
 // from one thread at a time. Errors come back as values; nothing here
 // shows a message.
+//
+// On SQLite every process that uses the file keeps to one lock, a flock on
+// the folder that holds it: shared while a connection is open on the file,
+// exclusive while a new file is put under its name (a compaction, the making
+// of a missing catalogue). An operation waits for a compaction to end (ten
+// seconds at most), and a compaction for the operations under way.
 namespace tarnby::organizer {
 
 inline const QString DatabaseFileName = QStringLiteral("FileTabl.MDB");
@@ -206,6 +212,9 @@ public:
     StoreResult clear() const;
 
 private:
+    // Makes the missing catalogue file; the caller holds the catalogue's
+    // lock exclusively.
+    StoreResult makeFile() const;
     // The first row of an entry query, or nothing.
     std::optional<FileEntry> firstEntry(const QString &sql, const QVariantList &values, StoreResult *result) const;
 

@@ -60,7 +60,6 @@
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QLocale>
@@ -431,16 +430,20 @@ QMenu *Tarnby1::contextMenuAt(ContextPlace place, const QPoint &pos)
 
 void Tarnby1::newFolder(const QString &parent)
 {
-    QInputDialog ask(this);
-    ask.setObjectName(QStringLiteral("NewFolder1"));
-    installWindowColors(&ask, m_state);
-    ask.setWindowTitle(QStringLiteral("New Folder"));
-    ask.setLabelText(QStringLiteral("Name of the new Folder in - ") + parent);
-    ask.setTextValue(freeFolderName(parent));
-    if (ask.exec() != QDialog::Accepted)
+    DialogRequest ask;
+    ask.kind = DialogKind::Text;
+    ask.title = QStringLiteral("New Folder");
+    ask.label = QStringLiteral("Name of the new Folder in - ") + parent;
+    ask.text = freeFolderName(parent);
+    ask.prepare = [this](QDialog &dialog) {
+        dialog.setObjectName(QStringLiteral("NewFolder1"));
+        installWindowColors(&dialog, m_state);
+    };
+    const DialogAnswer typed = m_services.dialogs.run(ask, this);
+    if (!typed.accepted)
         return;
     using Outcome = NewFolderResult::Outcome;
-    const NewFolderResult made = makeFolder(parent, ask.textValue());
+    const NewFolderResult made = makeFolder(parent, typed.text);
     switch (made.outcome) {
     case Outcome::Made:
         break;
@@ -1297,6 +1300,8 @@ void Tarnby1::openOrganizer(BrowserAction action)
         }, this);
         m_batch->setAttribute(Qt::WA_DeleteOnClose);
         m_batch->setSearchRunning(m_searchRunning);
+        connect(this, &Tarnby1::searchRunningChanged, m_batch, &GrpBatch1::setSearchRunning);
+        connect(this, &Tarnby1::searchFinished, m_batch, &GrpBatch1::searchFinished);
         help(m_batch.data());
         connect(m_batch, &GrpBatch1::findNextRequested, this, &Tarnby1::FindNext);
         m_batch->show();
@@ -1372,9 +1377,7 @@ void Tarnby1::FindFileRoutine()
     m_quickHiddenBySearch = m_quick && m_quick->isVisible();
     if (m_quickHiddenBySearch)
         m_quick->hide();
-    m_searchRunning = true;
-    if (m_batch)
-        m_batch->setSearchRunning(true);
+    setSearchRunning(true);
     m_escape->setEnabled(true);
     m_state.cancelFlag = false;
     m_bar->setEnabled(commands::keys::StopBtn, true);
@@ -1419,9 +1422,7 @@ void Tarnby1::searchSlice()
 void Tarnby1::finishSearch(search::SearchOutcome outcome)
 {
     using search::SearchOutcome;
-    m_searchRunning = false;
-    if (m_batch)
-        m_batch->setSearchRunning(false);
+    setSearchRunning(false);
     m_escape->setEnabled(false);
     m_bar->setEnabled(commands::keys::StopBtn, false);
     if (m_quickHiddenBySearch && m_quick)
@@ -1465,6 +1466,14 @@ void Tarnby1::finishSearch(search::SearchOutcome outcome)
     setWindowTitle(m_folder.isEmpty() || shown.isEmpty() ? QStringLiteral("Tarnby 3.0")
                                                          : QStringLiteral("Tarnby 3.0 - ") + m_folder);
     emit searchFinished(outcome);
+}
+
+void Tarnby1::setSearchRunning(bool running)
+{
+    if (m_searchRunning == running)
+        return;
+    m_searchRunning = running;
+    emit searchRunningChanged(running);
 }
 
 void Tarnby1::CreateOpenFileExt()

@@ -198,6 +198,10 @@ public:
     void selectFileInList(const QString &path);
 
 signals:
+    // The walk has started (true) or ended (false). Every start and end goes
+    // through here, the end before its searchFinished(): a window that must
+    // keep still while the list passes from folder to folder follows this.
+    void searchRunningChanged(bool running);
     void searchFinished(search::SearchOutcome outcome);
 
 protected:
@@ -247,6 +251,7 @@ private:
     void renameSelected();
     void searchSlice();
     void finishSearch(search::SearchOutcome outcome);
+    void setSearchRunning(bool running);
 
     AppState &m_state;
     UiServices &m_services;

@@ -3,20 +3,45 @@
 #include "core/app/AppState.h"
 #include "core/organizer/BatchAdd.h"
 #include "core/organizer/OrganizerStamp.h"
+#include "core/search/FileSearch.h"
 #include "ui/organizer/GrpMaint.h"
 #include "ui/services/UiServices.h"
 #include "ui/settings/WindowColorsApplier.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace tarnby::ui {
 
 using namespace organizer;
+
+namespace {
+
+const QString OfferedGroupName = QStringLiteral("New Group");
+
+// The group list, read again each time it drops down.
+class GroupBox : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+    std::function<void()> beforePopup;
+
+    void showPopup() override
+    {
+        if (beforePopup)
+            beforePopup();
+        QComboBox::showPopup();
+    }
+};
+
+} // namespace
 
 GrpBatch1::GrpBatch1(AppState &state, UiServices &services, const OrganizerStore &store, FolderSource source,
                      QWidget *parent)
@@ -32,7 +57,9 @@ GrpBatch1::GrpBatch1(AppState &state, UiServices &services, const OrganizerStore
                                            "advance without Adding to File Group."),
                             this);
     text->setWordWrap(true);
-    m_group = new QComboBox(this);
+    auto *group = new GroupBox(this);
+    group->beforePopup = [this] { refreshGroups(); };
+    m_group = group;
     m_group->setObjectName(QStringLiteral("CMBGRP"));
     m_group->setEditable(true);
     m_group->setToolTip(QStringLiteral("Select Group to set Files when processing. (Group can be reselected between OK clicks)"));
@@ -67,7 +94,7 @@ GrpBatch1::GrpBatch1(AppState &state, UiServices &services, const OrganizerStore
     const QStringList groups = m_store.groupNames(&r);
     if (!r.ok())
         m_services.messages.inform(dataErrorText(r), this);
-    m_group->addItems(groups.isEmpty() ? QStringList{QStringLiteral("New Group")} : groups);
+    m_group->addItems(groups.isEmpty() ? QStringList{OfferedGroupName} : groups);
     m_group->setCurrentIndex(0);
 }
 
@@ -77,6 +104,14 @@ void GrpBatch1::setSearchRunning(bool running)
     m_ok->setEnabled(!running);
 }
 
+void GrpBatch1::searchFinished(search::SearchOutcome outcome)
+{
+    if (outcome == search::SearchOutcome::Found) {
+        m_addedFolder.clear();
+        m_addedGroup.clear();
+    }
+}
+
 void GrpBatch1::okClicked()
 {
     if (m_searchRunning)
@@ -84,19 +119,63 @@ void GrpBatch1::okClicked()
     if (!m_skip->isChecked()) {
         const QString group = m_group->currentText();
         const FolderFiles files = m_source ? m_source() : FolderFiles{};
-        // One stamp for the whole click: every entry of the folder carries
-        // the same creation moment.
-        const TimeStamp stamp = SetTimeStamp();
-        StoreResult r;
-        m_store.addBatch(groupMadeOnTheFly(group, stamp), batchEntries(group, files.folder, files.names, stamp), &r);
-        if (!r.ok()) {
-            m_services.messages.inform(dataErrorText(r), this);
-            return;
+        // After the end of the search the list still shows the folder the
+        // last OK added: the search has reached nothing new, and that folder
+        // does not go into the same group twice.
+        if (files.folder != m_addedFolder || group != m_addedGroup) {
+            // One stamp for the whole click: every entry of the folder
+            // carries the same creation moment.
+            const TimeStamp stamp = SetTimeStamp();
+            StoreResult r;
+            m_store.addBatch(groupMadeOnTheFly(group, stamp), batchEntries(group, files.folder, files.names, stamp), &r);
+            if (!r.ok()) {
+                m_services.messages.inform(dataErrorText(r), this);
+                return;
+            }
+            m_addedFolder = files.folder;
+            m_addedGroup = group;
+            // The group made on the fly joins the list.
+            refreshGroups();
         }
-        if (m_group->findText(group) < 0)
-            m_group->addItem(group);
     }
     emit findNextRequested();
+}
+
+void GrpBatch1::refreshGroups()
+{
+    StoreResult r;
+    const QStringList groups = m_store.groupNames(&r);
+    // A catalogue that cannot be read just now keeps the list as it is; OK
+    // says what is wrong when it is pressed.
+    if (!r.ok())
+        return;
+    const QStringList items = groups.isEmpty() ? QStringList{OfferedGroupName} : groups;
+    bool same = m_group->count() == items.size();
+    for (int i = 0; same && i < m_group->count(); ++i)
+        same = m_group->itemText(i) == items.at(i);
+    if (same)
+        return;
+    const QString chosen = m_group->currentText();
+    // The name offered while there were no groups was nobody's choice: once
+    // groups exist, the first is chosen, as when the window opens.
+    const bool offered = m_group->count() == 1 && m_group->itemText(0) == OfferedGroupName && chosen == OfferedGroupName;
+    m_group->clear();
+    m_group->addItems(items);
+    const int at = m_group->findText(chosen);
+    if (at >= 0 || offered) {
+        m_group->setCurrentIndex(std::max(at, 0));
+    } else {
+        // A name typed for a group still to be made stays as typed.
+        m_group->setCurrentIndex(-1);
+        m_group->setEditText(chosen);
+    }
+}
+
+bool GrpBatch1::event(QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate)
+        refreshGroups();
+    return QDialog::event(event);
 }
 
 } // namespace tarnby::ui

@@ -14,6 +14,10 @@ namespace tarnby {
 class AppState;
 }
 
+namespace tarnby::search {
+enum class SearchOutcome;
+}
+
 namespace tarnby::ui {
 
 struct UiServices;
@@ -41,11 +45,24 @@ public:
     // While the search walks, the list shows whatever folder it passes
     // through: OK waits (disabled) until the walk has stopped on a folder.
     void setSearchRunning(bool running);
+    // A walk that stopped on a found folder offers that folder anew, even one
+    // this window has added before. Any other end (the end of the tree, a
+    // cancel) leaves the list where it was: a folder already added from it
+    // to the same group is not added a second time.
+    void searchFinished(search::SearchOutcome outcome);
     void okClicked();
+    // Reads the group names again, keeping the group chosen or the name
+    // typed. Done whenever the window becomes active and before the list
+    // drops down, so that groups made meanwhile (in another window or by
+    // another process) can be chosen.
+    void refreshGroups();
 
 signals:
     void findNextRequested();
     void helpRequested();
+
+protected:
+    bool event(QEvent *event) override;
 
 private:
     UiServices &m_services;
@@ -55,6 +72,10 @@ private:
     QCheckBox *m_skip = nullptr;
     QPushButton *m_ok = nullptr;
     bool m_searchRunning = false;
+    // The folder and group of the last OK that added files; cleared when the
+    // search stops on a found folder.
+    QString m_addedFolder;
+    QString m_addedGroup;
 };
 
 } // namespace tarnby::ui

@@ -118,6 +118,19 @@ DialogAnswer DialogService::run(const DialogRequest &request, QWidget *parent)
         }
         break;
     }
+    case DialogKind::Text: {
+        QInputDialog dialog(parent);
+        if (request.prepare)
+            request.prepare(dialog);
+        dialog.setWindowTitle(request.title);
+        dialog.setLabelText(request.label);
+        dialog.setTextValue(request.text);
+        if (dialog.exec() == QDialog::Accepted) {
+            answer.accepted = true;
+            answer.text = dialog.textValue();
+        }
+        break;
+    }
     }
     return answer;
 }

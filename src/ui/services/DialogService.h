@@ -8,11 +8,12 @@
 
 #include <functional>
 
+class QDialog;
 class QWidget;
 
 namespace tarnby::ui {
 
-enum class DialogKind { OpenFile, SaveFile, Folder, Color, Font, Choice };
+enum class DialogKind { OpenFile, SaveFile, Folder, Color, Font, Choice, Text };
 
 struct DialogRequest {
     DialogKind kind = DialogKind::OpenFile;
@@ -36,6 +37,11 @@ struct DialogRequest {
     QString label;
     QStringList items;
     int current = 0;
+    // Text: a line typed under label, text offered at first.
+    QString text;
+    // Called with the dialog before it is shown, for what the caller gives
+    // its own windows (an object name, the window colours).
+    std::function<void(QDialog &)> prepare;
 };
 
 struct DialogAnswer {
@@ -47,9 +53,10 @@ struct DialogAnswer {
     QColor color;
     QFont font;
     int index = -1; // Choice: the item chosen
+    QString text;   // Text: the line as typed
 };
 
-// Every file, folder, colour, font and choice dialog goes through here. With a
+// Every file, folder, colour, font, choice and text dialog goes through here. With a
 // responder set, no dialog is shown: tests answer through it.
 class DialogService
 {
