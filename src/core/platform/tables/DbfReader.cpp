@@ -1,6 +1,8 @@
 #include "DbfReader.h"
 
+#include "CsvText.h"
 #include "DbfIndexTags.h"
+#include "DbfText.h"
 #include "ReaderSupport.h"
 
 #include <QDate>
@@ -143,6 +145,17 @@ public:
             if (!m_codePage.isValid())
                 m_codePage = QStringDecoder(QStringConverter::Latin1);
         }
+        if (!m_tryUtf8)
+            m_singleByte = SingleByteText::of(m_codePage);
+    }
+
+    // Appends the text of data as UTF-8, as decode gives it.
+    void appendUtf8(QByteArray &out, QByteArrayView data)
+    {
+        if (m_singleByte && !isAscii(data))
+            m_singleByte->append(out, data);
+        else
+            out += decode(data.data(), data.size()).toUtf8();
     }
 
     QString decode(const char *data, qsizetype size)
@@ -163,9 +176,21 @@ public:
     }
 
 private:
+    static bool isAscii(QByteArrayView data)
+    {
+        for (const char c : data) {
+            if (uchar(c) >= 0x80)
+                return false;
+        }
+        return true;
+    }
+
     bool m_tryUtf8 = false;
     QStringDecoder m_utf8{QStringConverter::Utf8, QStringConverter::Flag::Stateless};
     QStringDecoder m_codePage;
+    // The code page's characters a byte at a time, where it has one byte a
+    // character: text then needs no decoder.
+    std::optional<SingleByteText> m_singleByte;
 };
 
 QByteArrayView trimmedRight(const char *data, int length)
@@ -258,17 +283,12 @@ public:
         count = int(qMin<qint64>(count, rowCount() - first));
         rows.reserve(count);
         qint64 record = recordOfRow(first);
-        const qint64 perRead = qMax<qint64>(1, maxReadBytes / m_recordLength);
         while (rows.size() < count && record < m_recordCount) {
-            const qint64 wanted = qMin(perRead, m_recordCount - record);
-            const qint64 bytes = wanted * m_recordLength;
-            if (!m_device->seek(m_headerLength + record * m_recordLength))
-                return Result<QList<Row>>::failure(readError());
-            const QByteArray chunk = m_device->read(bytes);
-            if (chunk.size() != bytes)
+            const qint64 wanted = recordsToRead(record, count - rows.size());
+            if (!readRecords(record, wanted))
                 return Result<QList<Row>>::failure(readError());
             for (qint64 i = 0; i < wanted && rows.size() < count; ++i) {
-                const char *data = chunk.constData() + i * m_recordLength;
+                const char *data = m_records.constData() + i * m_recordLength;
                 if (data[0] == '*')
                     continue;
                 rows.append(decodeRecord(data));
@@ -278,7 +298,145 @@ public:
         return Result<QList<Row>>::success(rows);
     }
 
+    // The records formatted straight from their bytes: no value is made for
+    // a cell of the common kinds, and a cell of a shape the quick way does
+    // not handle is decoded as readRows decodes it.
+    Result<qint64> appendCsvRows(qint64 first, qint64 count, QByteArray &out) override
+    {
+        if (first < 0 || count <= 0 || first >= rowCount())
+            return Result<qint64>::success(0);
+        count = qMin(count, rowCount() - first);
+        qint64 record = recordOfRow(first);
+        qint64 written = 0;
+        while (written < count && record < m_recordCount) {
+            const qint64 wanted = recordsToRead(record, count - written);
+            if (!readRecords(record, wanted))
+                return Result<qint64>::failure(readError());
+            for (qint64 i = 0; i < wanted && written < count; ++i) {
+                const char *data = m_records.constData() + i * m_recordLength;
+                if (data[0] == '*')
+                    continue;
+                appendCsvRecord(out, data);
+                ++written;
+            }
+            record += wanted;
+        }
+        return Result<qint64>::success(written);
+    }
+
 private:
+    // How many records to read from record on for rows more rows: as many
+    // as there are rows wanted (the deleted ones among them make the caller
+    // read again), at most maxReadBytes of them.
+    qint64 recordsToRead(qint64 record, qint64 rows) const
+    {
+        const qint64 perRead = qMax<qint64>(1, maxReadBytes / m_recordLength);
+        return qMin(qMin(perRead, rows), m_recordCount - record);
+    }
+
+    // Reads count records from record on into m_records.
+    bool readRecords(qint64 record, qint64 count)
+    {
+        const qint64 bytes = count * m_recordLength;
+        if (!m_device->seek(m_headerLength + record * m_recordLength))
+            return false;
+        m_records.resize(bytes);
+        return m_device->read(m_records.data(), bytes) == bytes;
+    }
+
+    void appendCsvRecord(QByteArray &out, const char *record)
+    {
+        bool firstCell = true;
+        for (const DbfField &field : std::as_const(m_fields)) {
+            if (field.hidden)
+                continue;
+            if (!firstCell)
+                out += ',';
+            firstCell = false;
+            appendCell(out, field, record + field.offset);
+        }
+        out += "\r\n";
+    }
+
+    void appendCell(QByteArray &out, const DbfField &field, const char *cell)
+    {
+        switch (field.type) {
+        case 'C':
+        case 'V':
+            appendTextCell(out, trimmedRight(cell, field.length));
+            return;
+        case 'N':
+        case 'F': {
+            const QByteArrayView text = trimmed(cell, field.length);
+            if (text.isEmpty() || text.front() == '*')
+                return;
+            const bool integer = field.decimals == 0 && text.size() <= 18 && !text.contains('.');
+            if (integer ? appendIntegerText(out, text) : appendDecimalText(out, text))
+                return;
+            break;
+        }
+        case 'D':
+            if (appendDateText(out, trimmed(cell, field.length)))
+                return;
+            break;
+        case 'L':
+            switch (cell[0]) {
+            case 'T': case 't': case 'Y': case 'y':
+                out += "True";
+                return;
+            case 'F': case 'f': case 'N': case 'n':
+                out += "False";
+                return;
+            default:
+                return;
+            }
+        case 'I':
+        case '+':
+            out += QByteArray::number(qFromLittleEndian<qint32>(cell));
+            return;
+        case 'M':
+        case 'G':
+        case 'P':
+        case 'W':
+        case 'B': {
+            if (field.type == 'B' && field.typeNumber == FieldType::Double)
+                break;
+            const quint64 block = m_memo ? memoBlock(field, cell) : 0;
+            const QByteArrayView memo = block != 0 ? m_memo->view(block) : QByteArrayView();
+            if (field.typeNumber == FieldType::Memo && !field.binaryMemo)
+                appendTextCell(out, memo);
+            else
+                out += QByteArray::fromRawData(memo.data(), memo.size()).toHex();
+            return;
+        }
+        default:
+            break;
+        }
+        tables::appendCsvCell(out, valueText(decodeCell(field, cell)).toUtf8());
+    }
+
+    // Text in the table's code page, quoted when it must be.
+    void appendTextCell(QByteArray &out, QByteArrayView text)
+    {
+        bool ascii = true;
+        bool quote = false;
+        for (const char c : text) {
+            ascii &= uchar(c) < 0x80;
+            quote |= c == ',' || c == '"' || c == '\r' || c == '\n';
+        }
+        if (ascii && !quote) {
+            out.append(text);
+            return;
+        }
+        if (ascii) {
+            tables::appendCsvCell(out, text);
+            return;
+        }
+        m_utf8.resize(0);
+        m_text.appendUtf8(m_utf8, text);
+        tables::appendCsvCell(out, m_utf8);
+    }
+
     QString readError() const
     {
         return QStringLiteral("The table \"%1\" could not be read: %2").arg(m_name, m_device->errorString());
@@ -411,6 +569,8 @@ private:
     qint64 m_recordCount;
     std::vector<qint64> m_deleted; // record numbers marked deleted, ascending
     TextDecoder m_text;
+    QByteArray m_records; // the records of the last read
+    QByteArray m_utf8;    // a cell's text converted
 };
 
 // The one table of a dBASE file. The file was opened for the table, which
