@@ -145,13 +145,18 @@ public:
             if (!m_codePage.isValid())
                 m_codePage = QStringDecoder(QStringConverter::Latin1);
         }
-        if (!m_tryUtf8)
-            m_singleByte = SingleByteText::of(m_codePage);
     }
 
     // Appends the text of data as UTF-8, as decode gives it.
     void appendUtf8(QByteArray &out, QByteArrayView data)
     {
+        if (!m_singleByteTried) {
+            // Made once the first text that needs it comes: only exports
+            // convert enough text to pay for it.
+            m_singleByteTried = true;
+            if (!m_tryUtf8)
+                m_singleByte = SingleByteText::of(m_codePage);
+        }
         if (m_singleByte && !isAscii(data))
             m_singleByte->append(out, data);
         else
@@ -191,6 +196,7 @@ private:
     // The code page's characters a byte at a time, where it has one byte a
     // character: text then needs no decoder.
     std::optional<SingleByteText> m_singleByte;
+    bool m_singleByteTried = false;
 };
 
 QByteArrayView trimmedRight(const char *data, int length)

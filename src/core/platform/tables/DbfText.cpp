@@ -1,6 +1,7 @@
 #include "DbfText.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace tarnby::tables {
 
@@ -155,23 +156,34 @@ std::optional<SingleByteText> SingleByteText::of(QStringDecoder &decoder)
     if (!decoder.isValid())
         return std::nullopt;
     SingleByteText table;
-    QString alone;
-    char all[256];
+    QStringList alone;
     for (int b = 0; b < 256; ++b) {
-        all[b] = char(b);
+        const char byte = char(b);
         decoder.resetState();
-        const QString text = decoder.decode(QByteArrayView(all + b, 1));
+        const QString text = decoder.decode(QByteArrayView(&byte, 1));
         const QByteArray utf8 = text.toUtf8();
         if (text.isEmpty() || utf8.size() > 4)
             return std::nullopt;
         std::copy(utf8.begin(), utf8.end(), table.m_utf8[b].begin());
         table.m_size[b] = quint8(utf8.size());
-        alone += text;
+        alone << text;
+    }
+    // Every byte from 0x80 up followed by every byte: a code page whose
+    // characters take two bytes decodes some of these pairs as one.
+    QByteArray pairs;
+    QString expected;
+    for (int first = 0x80; first < 256; ++first) {
+        for (int second = 0; second < 256; ++second) {
+            pairs += char(first);
+            pairs += char(second);
+            expected += alone[first];
+            expected += alone[second];
+        }
     }
     decoder.resetState();
-    const QString together = decoder.decode(QByteArrayView(all, 256));
+    const QString together = decoder.decode(pairs);
     decoder.resetState();
-    if (together != alone)
+    if (together != expected)
         return std::nullopt;
     return table;
 }
