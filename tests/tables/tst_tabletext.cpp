@@ -24,11 +24,13 @@ public:
     qint64 rowCount() const override { return m_rows.size(); }
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
-        if (first >= failFrom)
-            return Result<QList<Row>>::failure(QStringLiteral("page %1 is unreadable").arg(first));
+        asked.append(count);
+        if (first + count > failFrom)
+            return Result<QList<Row>>::failure(QStringLiteral("row %1 is unreadable").arg(failFrom));
         return Result<QList<Row>>::success(m_rows.mid(first, count));
     }
     qint64 failFrom = std::numeric_limits<qint64>::max();
+    QList<int> asked; // the count of each readRows call
 
 private:
     QList<Field> m_fields;
@@ -51,6 +53,7 @@ private slots:
     void csvTable();
     void csvTableOfManyPages();
     void csvReadFailureIsReported();
+    void csvPagesOfLongRowsAreShort();
 };
 
 void TestTableText::fieldTypeNames_data()
@@ -163,7 +166,24 @@ void TestTableText::csvReadFailureIsReported()
     QByteArray bytes;
     QBuffer out(&bytes);
     out.open(QIODevice::WriteOnly);
-    QCOMPARE(writeCsv(table, out), QStringLiteral("page 4096 is unreadable"));
+    QCOMPARE(writeCsv(table, out), QStringLiteral("row 4096 is unreadable"));
+}
+
+void TestTableText::csvPagesOfLongRowsAreShort()
+{
+    // Rows of 64 KiB: after the first page, a few dozen rows a page at most.
+    QList<Row> rows;
+    for (int i = 0; i < 1000; ++i)
+        rows.append(Row{QString(64 * 1024, QLatin1Char('a' + i % 26))});
+    ListTable table({{"MEMO", FieldType::Memo, 10}}, rows);
+    QByteArray bytes;
+    QBuffer out(&bytes);
+    out.open(QIODevice::WriteOnly);
+    QCOMPARE(writeCsv(table, out), QString());
+    QCOMPARE(bytes.size(), 6 + 1000 * (64 * 1024 + 2));
+    QVERIFY(table.asked.size() > 1);
+    for (qsizetype i = 1; i < table.asked.size(); ++i)
+        QVERIFY2(table.asked[i] <= 64, qPrintable(QString::number(table.asked[i])));
 }
 
 QTEST_GUILESS_MAIN(TestTableText)

@@ -50,26 +50,34 @@ QByteArray csvRecord(const QStringList &cells)
 
 QString writeCsv(Table &table, QIODevice &out, const std::atomic_bool *cancel)
 {
-    // Pages of this many rows are formatted, then written in one piece.
-    constexpr qint64 pageRows = 16384;
+    // Each page is formatted, then written in one piece. Its rows are as
+    // many as made about pageBytes on the page before, so that a table of
+    // long memos is not held a thousand rows at a time.
+    constexpr qsizetype pageBytes = 4 << 20;
+    constexpr qint64 maxPageRows = 16384;
     QStringList cells;
     const QList<Field> fields = table.fields();
     for (const Field &field : fields)
         cells << field.name;
     QByteArray page = csvRecord(cells);
-    page.reserve(4 << 20);
+    page.reserve(pageBytes + (pageBytes >> 2));
+    qint64 pageRows = 256;
     const qint64 rows = table.rowCount();
-    for (qint64 first = 0; first < rows; first += pageRows) {
+    for (qint64 first = 0; first < rows;) {
         if (cancel && cancel->load())
             return QString();
+        const qsizetype before = page.size();
         const Result<qint64> appended = table.appendCsvRows(first, pageRows, page);
         if (!appended.ok())
             return appended.errorString;
         if (out.write(page) != page.size())
             return QStringLiteral("The table could not be written: %1").arg(out.errorString());
-        page.resize(0); // keeps the buffer for the next page
         if (appended.value == 0)
-            break;
+            return QString();
+        const qsizetype bytesPerRow = qMax<qsizetype>(1, (page.size() - before) / appended.value);
+        pageRows = qBound<qint64>(1, pageBytes / bytesPerRow, maxPageRows);
+        page.resize(0); // keeps the buffer for the next page
+        first += appended.value;
     }
     if (!page.isEmpty() && out.write(page) != page.size())
         return QStringLiteral("The table could not be written: %1").arg(out.errorString());
