@@ -5,6 +5,8 @@
 #include <QLocale>
 #include <QTime>
 
+#include <cstring>
+
 namespace tarnby::tables {
 
 QString valueText(const QVariant &value)
@@ -31,20 +33,40 @@ QString valueText(const QVariant &value)
     }
 }
 
-bool csvNeedsQuotes(QByteArrayView utf8)
+CellBytes scanCell(QByteArrayView bytes)
 {
-    // UTF-8 encodes these four as themselves and never as part of another
-    // character, so the bytes tell.
-    for (const char c : utf8) {
-        if (c == ',' || c == '"' || c == '\r' || c == '\n')
-            return true;
+    // Eight bytes at a time: a word has a byte equal to c when word ^ c...c
+    // has a zero byte, which (x - 0x01...01) & ~x & 0x80...80 finds.
+    constexpr quint64 ones = 0x0101010101010101ULL;
+    constexpr quint64 highBits = 0x8080808080808080ULL;
+    const auto hasByte = [](quint64 word, uchar c) {
+        const quint64 x = word ^ (ones * c);
+        return (x - ones) & ~x & highBits;
+    };
+    quint64 high = 0;
+    quint64 special = 0;
+    const char *data = bytes.data();
+    const qsizetype size = bytes.size();
+    qsizetype i = 0;
+    for (; i + 8 <= size; i += 8) {
+        quint64 word;
+        std::memcpy(&word, data + i, 8);
+        high |= word & highBits;
+        special |= hasByte(word, ',') | hasByte(word, '"') | hasByte(word, '\r') | hasByte(word, '\n');
     }
-    return false;
+    for (; i < size; ++i) {
+        const char c = data[i];
+        high |= uchar(c) & 0x80;
+        special |= c == ',' || c == '"' || c == '\r' || c == '\n';
+    }
+    return CellBytes{high == 0, special != 0};
 }
 
 void appendCsvCell(QByteArray &out, QByteArrayView utf8)
 {
-    if (!csvNeedsQuotes(utf8)) {
+    // UTF-8 encodes the four characters that call for quotes as themselves
+    // and never as part of another character, so the bytes tell.
+    if (!scanCell(utf8).needsQuotes) {
         out.append(utf8);
         return;
     }

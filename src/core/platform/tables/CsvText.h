@@ -17,9 +17,14 @@ namespace tarnby::tables {
 // "False", binary data in hexadecimal, null as empty text.
 QString valueText(const QVariant &value);
 
-// True when a cell holding these UTF-8 bytes must be quoted: it holds a
-// comma, a quote, CR or LF.
-bool csvNeedsQuotes(QByteArrayView utf8);
+// What a cell's bytes hold: any byte from 0x80 up (text beyond ASCII), and
+// any comma, quote, CR or LF (a cell of UTF-8 text holding one of these
+// must be quoted).
+struct CellBytes {
+    bool ascii = true;
+    bool needsQuotes = false;
+};
+CellBytes scanCell(QByteArrayView bytes);
 
 // Appends one cell of UTF-8 text, quoted (its quotes doubled) when it must be.
 void appendCsvCell(QByteArray &out, QByteArrayView utf8);

@@ -424,17 +424,12 @@ private:
     // Text in the table's code page, quoted when it must be.
     void appendTextCell(QByteArray &out, QByteArrayView text)
     {
-        bool ascii = true;
-        bool quote = false;
-        for (const char c : text) {
-            ascii &= uchar(c) < 0x80;
-            quote |= c == ',' || c == '"' || c == '\r' || c == '\n';
-        }
-        if (ascii && !quote) {
+        const CellBytes bytes = scanCell(text);
+        if (bytes.ascii && !bytes.needsQuotes) {
             out.append(text);
             return;
         }
-        if (ascii) {
+        if (bytes.ascii) {
             tables::appendCsvCell(out, text);
             return;
         }
