@@ -284,23 +284,11 @@ public:
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
         QList<Row> rows;
-        if (first < 0 || count <= 0 || first >= rowCount())
-            return Result<QList<Row>>::success(rows);
-        count = int(qMin<qint64>(count, rowCount() - first));
-        rows.reserve(count);
-        qint64 record = recordOfRow(first);
-        while (rows.size() < count && record < m_recordCount) {
-            const qint64 wanted = recordsToRead(record, count - rows.size());
-            if (!readRecords(record, wanted))
-                return Result<QList<Row>>::failure(readError());
-            for (qint64 i = 0; i < wanted && rows.size() < count; ++i) {
-                const char *data = m_records.constData() + i * m_recordLength;
-                if (data[0] == '*')
-                    continue;
-                rows.append(decodeRecord(data));
-            }
-            record += wanted;
-        }
+        if (first >= 0 && first < rowCount() && count > 0)
+            rows.reserve(qMin<qint64>(count, rowCount() - first));
+        const bool read = visitRows(first, count, [&](const char *record) { rows.append(decodeRecord(record)); });
+        if (!read)
+            return Result<QList<Row>>::failure(readError());
         return Result<QList<Row>>::success(rows);
     }
 
@@ -309,45 +297,48 @@ public:
     // not handle is decoded as readRows decodes it.
     Result<qint64> appendCsvRows(qint64 first, qint64 count, QByteArray &out) override
     {
-        if (first < 0 || count <= 0 || first >= rowCount())
-            return Result<qint64>::success(0);
-        count = qMin(count, rowCount() - first);
-        qint64 record = recordOfRow(first);
         qint64 written = 0;
-        while (written < count && record < m_recordCount) {
-            const qint64 wanted = recordsToRead(record, count - written);
-            if (!readRecords(record, wanted))
-                return Result<qint64>::failure(readError());
-            for (qint64 i = 0; i < wanted && written < count; ++i) {
-                const char *data = m_records.constData() + i * m_recordLength;
-                if (data[0] == '*')
-                    continue;
-                appendCsvRecord(out, data);
-                ++written;
-            }
-            record += wanted;
-        }
+        const bool read = visitRows(first, count, [&](const char *record) {
+            appendCsvRecord(out, record);
+            ++written;
+        });
+        if (!read)
+            return Result<qint64>::failure(readError());
         return Result<qint64>::success(written);
     }
 
 private:
-    // How many records to read from record on for rows more rows: as many
-    // as there are rows wanted (the deleted ones among them make the caller
-    // read again), at most maxReadBytes of them.
-    qint64 recordsToRead(qint64 record, qint64 rows) const
+    // Calls visit with the bytes of the records of rows first to first +
+    // count - 1 (fewer at the end), in order. Reads as many records at a
+    // time as rows are still wanted (more when some of them are deleted), at
+    // most maxReadBytes. False when the file could not be read.
+    template <typename Visit>
+    bool visitRows(qint64 first, qint64 count, Visit visit)
     {
+        if (first < 0 || count <= 0 || first >= rowCount())
+            return true;
+        count = qMin(count, rowCount() - first);
         const qint64 perRead = qMax<qint64>(1, maxReadBytes / m_recordLength);
-        return qMin(qMin(perRead, rows), m_recordCount - record);
-    }
-
-    // Reads count records from record on into m_records.
-    bool readRecords(qint64 record, qint64 count)
-    {
-        const qint64 bytes = count * m_recordLength;
-        if (!m_device->seek(m_headerLength + record * m_recordLength))
-            return false;
-        m_records.resize(bytes);
-        return m_device->read(m_records.data(), bytes) == bytes;
+        qint64 record = recordOfRow(first);
+        qint64 visited = 0;
+        while (visited < count && record < m_recordCount) {
+            const qint64 wanted = qMin(qMin(perRead, count - visited), m_recordCount - record);
+            const qint64 bytes = wanted * m_recordLength;
+            if (!m_device->seek(m_headerLength + record * m_recordLength))
+                return false;
+            m_records.resize(bytes);
+            if (m_device->read(m_records.data(), bytes) != bytes)
+                return false;
+            for (qint64 i = 0; i < wanted && visited < count; ++i) {
+                const char *data = m_records.constData() + i * m_recordLength;
+                if (data[0] == '*')
+                    continue;
+                visit(data);
+                ++visited;
+            }
+            record += wanted;
+        }
+        return true;
     }
 
     void appendCsvRecord(QByteArray &out, const char *record)
