@@ -1,12 +1,15 @@
 // Feeds arbitrary bytes to the dBASE reader, its memo reader and the index
 // tag readers (see FuzzTables.h for how an input is split); every row of the
-// table is read. Any fault is a finding.
+// table is read, then written as CSV both from the record bytes and from the
+// rows. Any fault, or any difference between the two, is a finding.
 #include "FuzzTables.h"
 
 #include "core/platform/tables/DbfIndexTags.h"
 #include "core/platform/tables/DbfReader.h"
 
 #include <QBuffer>
+
+#include <cstdlib>
 
 using namespace tarnby::tables;
 
@@ -58,5 +61,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (!table.value->readRows(first, 64).ok())
             break;
     }
+    // The CSV made from the record bytes must be the CSV of the rows.
+    QByteArray fromBytes;
+    QByteArray fromRows;
+    const Result<qint64> quick = table.value->appendCsvRows(0, table.value->rowCount(), fromBytes);
+    const Result<qint64> typed = table.value->Table::appendCsvRows(0, table.value->rowCount(), fromRows);
+    if (quick.ok() != typed.ok() || quick.value != typed.value || fromBytes != fromRows)
+        std::abort();
     return 0;
 }

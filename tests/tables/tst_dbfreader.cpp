@@ -17,6 +17,7 @@
 using namespace tarnby::tables;
 using dbfsamples::FieldSpec;
 using dbfsamples::TableSpec;
+Q_DECLARE_METATYPE(TableSpec)
 
 namespace {
 
@@ -43,6 +44,41 @@ TableSpec plainSpec()
     return tableLayout;
 }
 
+// A table with its memo file (when memos is not empty) in dir; the records'
+// memo cells name the memos by number ("#0", "#1", ...), replaced here by
+// their block numbers.
+QString tableWithMemos(TestDir &dir, TableSpec tableLayout, const QList<QByteArray> &memos)
+{
+    const bool visualFoxPro = tableLayout.version == 0x30 || tableLayout.version == 0x31;
+    const bool foxPro = visualFoxPro || tableLayout.version == 0xF5;
+    QList<int> blocks;
+    if (!memos.isEmpty()) {
+        const QByteArray memoFile = foxPro ? dbfsamples::foxProMemo(memos, 64, &blocks)
+            : tableLayout.version == 0x83  ? dbfsamples::dbaseIIIMemo(memos, &blocks)
+                                           : dbfsamples::dbaseIVMemo(memos, 512, &blocks);
+        dir.createFile(foxPro ? QStringLiteral("t.fpt") : QStringLiteral("t.dbt"), memoFile);
+    }
+    for (QList<QByteArray> &record : tableLayout.records) {
+        for (int c = 0; c < record.size(); ++c) {
+            if (!record[c].startsWith('#'))
+                continue;
+            const int block = blocks.value(record[c].mid(1).toInt());
+            record[c] = tableLayout.fields[c].length == 4 ? dbfsamples::littleEndian32(quint32(block))
+                                                          : dbfsamples::memoPointer(block);
+        }
+    }
+    return dir.createFile(QStringLiteral("t.dbf"), dbfsamples::table(tableLayout));
+}
+
+// Every byte from 0x80 up, then some below with a meaning of their own.
+QByteArray highBytes()
+{
+    QByteArray bytes;
+    for (int b = 0x80; b < 0x100; ++b)
+        bytes += char(b);
+    return bytes + "\x1A\x7F\x1C,\"\r\n";
+}
+
 } // namespace
 
 class TestDbfReader : public QObject
@@ -66,6 +102,8 @@ private slots:
     void codePages_data();
     void codePages();
     void valuesOfEachType();
+    void csvFromRecordBytes_data();
+    void csvFromRecordBytes();
     void indexTagNames_data();
     void indexTagNames();
     void cdxLeafLoopEnds();
@@ -316,15 +354,22 @@ void TestDbfReader::deletedRecordsAreSkipped()
             expected << i;
     }
     QCOMPARE(o.table->rowCount(), expected.size());
-    // Every page of every size agrees with the live records in order.
+    QByteArray expectedCsv;
+    for (const qlonglong n : std::as_const(expected))
+        expectedCsv += QByteArray::number(n) + "\r\n";
+    // Every page of every size agrees with the live records in order, as
+    // rows and as CSV.
     for (int pageSize : {1, 3, 7, 50}) {
+        QByteArray csv;
         for (qint64 first = 0; first < expected.size(); first += pageSize) {
             const Result<QList<Row>> page = o.table->readRows(first, pageSize);
             QVERIFY(page.ok());
             QCOMPARE(page.value.size(), qMin<qint64>(pageSize, expected.size() - first));
             for (int i = 0; i < page.value.size(); ++i)
                 QCOMPARE(page.value[i].value(0).toLongLong(), expected[first + i]);
+            QCOMPARE(o.table->appendCsvRows(first, pageSize, csv).value, page.value.size());
         }
+        QCOMPARE(csv, expectedCsv);
     }
     QVERIFY(o.table->readRows(expected.size(), 10).value.isEmpty());
     QVERIFY(o.table->readRows(-5, 10).value.isEmpty());
@@ -523,6 +568,143 @@ void TestDbfReader::valuesOfEachType()
     QVERIFY(!rows[2].value(2).isValid());
     QCOMPARE(rows[2].value(3), QVariant(false));
     QCOMPARE(rows[2].value(4).toString(), QStringLiteral(" lead"));
+}
+
+// The CSV made from the records' bytes is the CSV of the rows readRows
+// gives, byte for byte; where "expected" is given, it is also that.
+void TestDbfReader::csvFromRecordBytes_data()
+{
+    QTest::addColumn<TableSpec>("tableLayout");
+    QTest::addColumn<QList<QByteArray>>("memos");
+    QTest::addColumn<QByteArray>("expected");
+    using dbfsamples::number;
+    using dbfsamples::text;
+
+    TableSpec quoting;
+    quoting.fields = {FieldSpec{"T", 'C', 20}, FieldSpec{"M", 'M', 10}};
+    quoting.version = 0x8B;
+    quoting.records = {{text("say \"hi\", then", 20), "#0"},
+                       {text("a,b", 20), "#1"},
+                       {text("plain", 20), "#2"},
+                       {text("cr", 20), "#3"},
+                       {QByteArray("trail\0\0  \0", 11).leftJustified(20, ' '), QByteArray(10, ' ')}};
+    QTest::newRow("quotes, commas and line breaks")
+        << quoting << QList<QByteArray>{"one\r\ntwo", "lone\nLF, \"q\"", "", "lone\rCR"}
+        << QByteArray("T,M\r\n\"say \"\"hi\"\", then\",\"one\r\ntwo\"\r\n\"a,b\",\"lone\nLF, \"\"q\"\"\"\r\n"
+                      "plain,\r\ncr,\"lone\rCR\"\r\ntrail,\r\n");
+
+    TableSpec dates;
+    dates.fields = {FieldSpec{"D", 'D', 8}};
+    for (const char *d : {"20240229", "20230229", "        ", "00000000", "09990101", "2024 1 5", "  2024  ", "20241301"})
+        dates.records.append({QByteArray(d)});
+    QTest::newRow("empty and impossible dates")
+        << dates << QList<QByteArray>{} << QByteArray("D\r\n2024-02-29\r\n\r\n\r\n\r\n0999-01-01\r\n2024-01-05\r\n\r\n\r\n");
+
+    TableSpec numbers;
+    numbers.fields = {FieldSpec{"P", 'N', 12, 2}, FieldSpec{"Q", 'N', 20}, FieldSpec{"F", 'F', 10, 3}};
+    const QList<QList<QByteArray>> numberCells = {
+        {"-0.00", "007", "1.500"},        {"100000.00", "100000", ".5"},   {"***", "-0", "-.5"},
+        {"", "+5", "1e3"},                {"1.", "12345678901234567890", "0.0001"},
+        {"12345.67", "-", "1 2"},         {"99999999.99", "123456789012345678", "nan"}};
+    for (const QList<QByteArray> &cells : numberCells)
+        numbers.records.append({number(cells[0], 12), number(cells[1], 20), number(cells[2], 10)});
+    QTest::newRow("numbers of every shape")
+        << numbers << QList<QByteArray>{}
+        << QByteArray("P,Q,F\r\n0,7,1.5\r\n1e+05,100000,0.5\r\n,0,-0.5\r\n,5,1000\r\n1,12345678901234567000,1e-04\r\n"
+                      "12345.67,,\r\n99999999.99,123456789012345678,nan\r\n");
+
+    TableSpec deleted;
+    deleted.fields = {FieldSpec{"N", 'N', 3}, FieldSpec{"L", 'L', 1}};
+    for (int i = 0; i < 6; ++i)
+        deleted.records.append({number(QByteArray::number(i), 3), QByteArray(1, "TtYFn?"[i])});
+    deleted.deleted = {0, 2, 3};
+    QTest::newRow("deleted records and booleans")
+        << deleted << QList<QByteArray>{} << QByteArray("N,L\r\n1,True\r\n4,False\r\n5,\r\n");
+
+    // One row per code page: every high byte in a text field and in a memo.
+    const QList<QPair<quint8, const char *>> codePages = {
+        {0x03, "windows-1252"}, {0xC9, "windows-1251"}, {0xC8, "windows-1250"}, {0x01, "DOS 437"},
+        {0x02, "DOS 850"},      {0x65, "DOS 866"},      {0x6A, "DOS 737"},      {0x04, "Mac Roman"},
+        {0x7D, "windows-1255"}, {0x13, "Shift_JIS"},    {0x4D, "GBK"},          {0x00, "no mark"}};
+    for (const auto &[mark, name] : codePages) {
+        TableSpec tableLayout;
+        tableLayout.version = 0x8B;
+        tableLayout.codePage = mark;
+        tableLayout.fields = {FieldSpec{"T", 'C', 200}, FieldSpec{"M", 'M', 10}};
+        tableLayout.records = {{text(highBytes(), 200), "#0"}, {text("caf\xc3\xa9 ok", 200), "#1"}};
+        QTest::newRow(qPrintable(QStringLiteral("code page %1").arg(QLatin1String(name))))
+            << tableLayout << QList<QByteArray>{highBytes(), "\xEF\xBB\xBF" "bom"} << QByteArray();
+    }
+
+    TableSpec foxPro;
+    foxPro.version = 0x30;
+    foxPro.fields = {FieldSpec{"I", 'I', 4},        FieldSpec{"Y", 'Y', 8},   FieldSpec{"T", 'T', 8},
+                     FieldSpec{"B", 'B', 8},        FieldSpec{"M", 'M', 4},   FieldSpec{"BIN", 'M', 4, 0, 0x04},
+                     FieldSpec{"G", 'G', 4},        FieldSpec{"_NullFlags", '0', 1, 0, 0x05}};
+    QByteArray money(8, '\0');
+    qToLittleEndian(qint64(-123456), money.data());
+    QByteArray when(8, '\0');
+    qToLittleEndian(qint32(QDate(2024, 2, 29).toJulianDay()), when.data());
+    qToLittleEndian(qint32(5000), when.data() + 4);
+    QByteArray ratio(8, '\0');
+    qToLittleEndian(0.1, ratio.data());
+    foxPro.records = {{dbfsamples::littleEndian32(quint32(-42)), money, when, ratio, "#0", "#1", "#2", QByteArray(1, '\0')},
+                      {dbfsamples::littleEndian32(7), QByteArray(8, '\0'), QByteArray(8, '\0'), QByteArray(8, '\0'),
+                       QByteArray(4, '\0'), QByteArray(4, '\0'), QByteArray(4, '\0'), QByteArray(1, '\0')}};
+    QTest::newRow("visual foxpro types")
+        << foxPro << QList<QByteArray>{"memo, text", QByteArray("\x00\x01\xff", 3), "OLE"}
+        << QByteArray("I,Y,T,B,M,BIN,G\r\n-42,-12.3456,2024-02-29T00:00:05,0.1,\"memo, text\",0001ff,4f4c45\r\n"
+                      "7,0,,0,,,\r\n");
+
+    TableSpec dbase3;
+    dbase3.version = 0x83;
+    dbase3.fields = {FieldSpec{"M", 'M', 10}};
+    dbase3.records = {{"#0"}, {"#1"}, {dbfsamples::memoPointer(99999)}, {QByteArray("      1x  ")}};
+    QTest::newRow("dBASE III memos and pointers that lead nowhere")
+        << dbase3 << QList<QByteArray>{QByteArray(3000, 'x'), "end\r\n"}
+        << QByteArray("M\r\n" + QByteArray(3000, 'x') + "\r\n\"end\r\n\"\r\n\r\n\r\n");
+
+    TableSpec noMemoFile;
+    noMemoFile.version = 0x8B;
+    noMemoFile.fields = {FieldSpec{"N", 'N', 2}, FieldSpec{"M", 'M', 10}};
+    noMemoFile.records = {{number("1", 2), dbfsamples::memoPointer(1)}};
+    QTest::newRow("memo file missing") << noMemoFile << QList<QByteArray>{} << QByteArray("N,M\r\n1,\r\n");
+}
+
+void TestDbfReader::csvFromRecordBytes()
+{
+    QFETCH(TableSpec, tableLayout);
+    QFETCH(QList<QByteArray>, memos);
+    QFETCH(QByteArray, expected);
+    TestDir dir;
+    Opened o = openFirstTable(tableWithMemos(dir, tableLayout, memos));
+    QVERIFY2(o.table, qPrintable(o.error));
+    QByteArray header;
+    for (const Field &field : o.table->fields())
+        header += (header.isEmpty() ? "" : ",") + field.name.toUtf8();
+    header += "\r\n";
+
+    QByteArray fromBytes = header;
+    const Result<qint64> quick = o.table->appendCsvRows(0, o.table->rowCount() + 5, fromBytes);
+    QVERIFY2(quick.ok(), qPrintable(quick.errorString));
+    QCOMPARE(quick.value, o.table->rowCount());
+    QByteArray fromRows = header;
+    const Result<qint64> typed = o.table->Table::appendCsvRows(0, o.table->rowCount() + 5, fromRows);
+    QVERIFY(typed.ok());
+    QCOMPARE(typed.value, o.table->rowCount());
+    QCOMPARE(fromBytes, fromRows);
+    if (!expected.isEmpty())
+        QCOMPARE(fromBytes, expected);
+
+    // Row by row from any row on, the same records.
+    QByteArray oneByOne = header;
+    for (qint64 row = 0; row < o.table->rowCount(); ++row)
+        QCOMPARE(o.table->appendCsvRows(row, 1, oneByOne).value, 1);
+    QCOMPARE(oneByOne, fromBytes);
+    QByteArray past;
+    QCOMPARE(o.table->appendCsvRows(o.table->rowCount(), 10, past).value, 0);
+    QCOMPARE(o.table->appendCsvRows(-1, 10, past).value, 0);
+    QVERIFY(past.isEmpty());
 }
 
 void TestDbfReader::indexTagNames_data()

@@ -24,11 +24,13 @@ public:
     qint64 rowCount() const override { return m_rows.size(); }
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
-        if (first >= failFrom)
-            return Result<QList<Row>>::failure(QStringLiteral("page %1 is unreadable").arg(first));
+        asked.append(count);
+        if (first + count > failFrom)
+            return Result<QList<Row>>::failure(QStringLiteral("row %1 is unreadable").arg(failFrom));
         return Result<QList<Row>>::success(m_rows.mid(first, count));
     }
     qint64 failFrom = std::numeric_limits<qint64>::max();
+    QList<int> asked; // the count of each readRows call
 
 private:
     QList<Field> m_fields;
@@ -48,9 +50,12 @@ private slots:
     void values();
     void csvRecords_data();
     void csvRecords();
+    void cellBytesAtEveryPosition_data();
+    void cellBytesAtEveryPosition();
     void csvTable();
     void csvTableOfManyPages();
     void csvReadFailureIsReported();
+    void csvPagesOfLongRowsAreShort();
 };
 
 void TestTableText::fieldTypeNames_data()
@@ -115,6 +120,7 @@ void TestTableText::csvRecords_data()
     QTest::newRow("quote doubled") << QStringList{"say \"hi\""} << QByteArray("\"say \"\"hi\"\"\"\r\n");
     QTest::newRow("line break") << QStringList{"one\r\ntwo", "x"} << QByteArray("\"one\r\ntwo\",x\r\n");
     QTest::newRow("lone LF") << QStringList{"one\ntwo"} << QByteArray("\"one\ntwo\"\r\n");
+    QTest::newRow("lone CR") << QStringList{"one\rtwo"} << QByteArray("\"one\rtwo\"\r\n");
     QTest::newRow("utf-8") << QStringList{QStringLiteral("Привет")} << QStringLiteral("Привет\r\n").toUtf8();
 }
 
@@ -123,6 +129,43 @@ void TestTableText::csvRecords()
     QFETCH(QStringList, cells);
     QFETCH(QByteArray, record);
     QCOMPARE(csvRecord(cells), record);
+}
+
+void TestTableText::cellBytesAtEveryPosition_data()
+{
+    QTest::addColumn<char>("byte");
+    QTest::addColumn<bool>("ascii");
+    QTest::addColumn<bool>("needsQuotes");
+    QTest::newRow("comma") << ',' << true << true;
+    QTest::newRow("quote") << '"' << true << true;
+    QTest::newRow("CR") << '\r' << true << true;
+    QTest::newRow("LF") << '\n' << true << true;
+    QTest::newRow("byte from 0x80 up") << char(0xE9) << false << false;
+    QTest::newRow("0x80") << char(0x80) << false << false;
+    QTest::newRow("0xFF") << char(0xFF) << false << false;
+    QTest::newRow("one above comma") << char(',' + 1) << true << false;
+    QTest::newRow("one below quote") << char('"' - 1) << true << false;
+    QTest::newRow("NUL") << '\0' << true << false;
+}
+
+// The cell scan reads whole words: the byte is found in every place of
+// them and in the bytes after the last whole word.
+void TestTableText::cellBytesAtEveryPosition()
+{
+    QFETCH(char, byte);
+    QFETCH(bool, ascii);
+    QFETCH(bool, needsQuotes);
+    for (int size = 1; size <= 26; ++size) {
+        for (int at = 0; at < size; ++at) {
+            QByteArray cell(size, 'a');
+            cell[at] = byte;
+            const CellBytes found = scanCell(cell);
+            QVERIFY2(found.ascii == ascii && found.needsQuotes == needsQuotes,
+                     qPrintable(QStringLiteral("size %1, at %2").arg(size).arg(at)));
+        }
+    }
+    const CellBytes plain = scanCell(QByteArray(26, 'a'));
+    QVERIFY(plain.ascii && !plain.needsQuotes);
 }
 
 void TestTableText::csvTable()
@@ -163,7 +206,24 @@ void TestTableText::csvReadFailureIsReported()
     QByteArray bytes;
     QBuffer out(&bytes);
     out.open(QIODevice::WriteOnly);
-    QCOMPARE(writeCsv(table, out), QStringLiteral("page 4096 is unreadable"));
+    QCOMPARE(writeCsv(table, out), QStringLiteral("row 4096 is unreadable"));
+}
+
+void TestTableText::csvPagesOfLongRowsAreShort()
+{
+    // Rows of 64 KiB: after the first page, a few dozen rows a page at most.
+    QList<Row> rows;
+    for (int i = 0; i < 1000; ++i)
+        rows.append(Row{QString(64 * 1024, QLatin1Char('a' + i % 26))});
+    ListTable table({{"MEMO", FieldType::Memo, 10}}, rows);
+    QByteArray bytes;
+    QBuffer out(&bytes);
+    out.open(QIODevice::WriteOnly);
+    QCOMPARE(writeCsv(table, out), QString());
+    QCOMPARE(bytes.size(), 6 + 1000 * (64 * 1024 + 2));
+    QVERIFY(table.asked.size() > 1);
+    for (qsizetype i = 1; i < table.asked.size(); ++i)
+        QVERIFY2(table.asked[i] <= 64, qPrintable(QString::number(table.asked[i])));
 }
 
 QTEST_GUILESS_MAIN(TestTableText)

@@ -1,10 +1,5 @@
 #include "core/tables/TableText.h"
 
-#include <QDate>
-#include <QDateTime>
-#include <QLocale>
-#include <QTime>
-
 namespace tarnby::tables {
 
 QString fieldTypeName(int type)
@@ -41,64 +36,13 @@ QString fieldLine(const Field &field)
         + QString::number(field.size);
 }
 
-QString valueText(const QVariant &value)
-{
-    if (!value.isValid() || value.isNull())
-        return QString();
-    switch (value.typeId()) {
-    case QMetaType::QString:
-        return value.toString();
-    case QMetaType::Double:
-        return QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
-    case QMetaType::Bool:
-        return value.toBool() ? QStringLiteral("True") : QStringLiteral("False");
-    case QMetaType::QDate:
-        return value.toDate().toString(Qt::ISODate);
-    case QMetaType::QDateTime:
-        return value.toDateTime().toString(Qt::ISODate);
-    case QMetaType::QTime:
-        return value.toTime().toString(Qt::ISODate);
-    case QMetaType::QByteArray:
-        return QString::fromLatin1(value.toByteArray().toHex());
-    default:
-        return value.toString();
-    }
-}
-
-namespace {
-
-// Appends one cell, quoted when it must be. One pass over the text finds
-// whether it must; the bytes are appended as UTF-8.
-void appendCsvCell(QByteArray &record, const QString &cell)
-{
-    bool quote = false;
-    for (const QChar c : cell) {
-        const char16_t u = c.unicode();
-        if (u == ',' || u == '"' || u == '\r' || u == '\n') {
-            quote = true;
-            break;
-        }
-    }
-    if (!quote) {
-        record += cell.toUtf8();
-        return;
-    }
-    QString quoted = cell;
-    quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-    record += '"';
-    record += quoted.toUtf8();
-    record += '"';
-}
-
-} // namespace
-
 QByteArray csvRecord(const QStringList &cells)
 {
     QByteArray record;
     for (qsizetype i = 0; i < cells.size(); ++i) {
         if (i > 0)
             record += ',';
-        appendCsvCell(record, cells[i]);
+        appendCsvCell(record, cells[i].toUtf8());
     }
     record += "\r\n";
     return record;
@@ -106,33 +50,34 @@ QByteArray csvRecord(const QStringList &cells)
 
 QString writeCsv(Table &table, QIODevice &out, const std::atomic_bool *cancel)
 {
-    constexpr int pageRows = 4096;
+    // Each page is formatted, then written in one piece. Its rows are as
+    // many as made about pageBytes on the page before, so that a table of
+    // long memos is not held a thousand rows at a time.
+    constexpr qsizetype pageBytes = 4 << 20;
+    constexpr qint64 maxPageRows = 16384;
     QStringList cells;
     const QList<Field> fields = table.fields();
     for (const Field &field : fields)
         cells << field.name;
     QByteArray page = csvRecord(cells);
-    page.reserve(1 << 20);
+    page.reserve(pageBytes + (pageBytes >> 2));
+    qint64 pageRows = 256;
     const qint64 rows = table.rowCount();
-    for (qint64 first = 0; first < rows; first += pageRows) {
+    for (qint64 first = 0; first < rows;) {
         if (cancel && cancel->load())
             return QString();
-        const Result<QList<Row>> read = table.readRows(first, pageRows);
-        if (!read.ok())
-            return read.errorString;
-        for (const Row &row : read.value) {
-            for (qsizetype i = 0; i < row.size(); ++i) {
-                if (i > 0)
-                    page += ',';
-                appendCsvCell(page, valueText(row[i]));
-            }
-            page += "\r\n";
-        }
+        const qsizetype before = page.size();
+        const Result<qint64> appended = table.appendCsvRows(first, pageRows, page);
+        if (!appended.ok())
+            return appended.errorString;
         if (out.write(page) != page.size())
             return QStringLiteral("The table could not be written: %1").arg(out.errorString());
-        page.clear();
-        if (read.value.isEmpty())
-            break;
+        if (appended.value == 0)
+            return QString();
+        const qsizetype bytesPerRow = qMax<qsizetype>(1, (page.size() - before) / appended.value);
+        pageRows = qBound<qint64>(1, pageBytes / bytesPerRow, maxPageRows);
+        page.resize(0); // keeps the buffer for the next page
+        first += appended.value;
     }
     if (!page.isEmpty() && out.write(page) != page.size())
         return QStringLiteral("The table could not be written: %1").arg(out.errorString());

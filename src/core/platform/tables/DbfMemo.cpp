@@ -38,6 +38,12 @@ DbfMemoFile::DbfMemoFile(std::unique_ptr<QIODevice> device, MemoLayout layout)
 
 QByteArray DbfMemoFile::read(quint64 block)
 {
+    const QByteArrayView memo = view(block);
+    return memo.isNull() ? QByteArray() : memo.toByteArray();
+}
+
+QByteArrayView DbfMemoFile::view(quint64 block)
+{
     if (!m_device || block == 0)
         return {};
     // Block numbers come from the records: refuse any whose offset is not
@@ -47,73 +53,79 @@ QByteArray DbfMemoFile::read(quint64 block)
     const qint64 offset = qint64(block) * m_blockSize;
     if (offset >= m_size)
         return {};
+    static constexpr char empty[] = "";
 
     if (m_layout == MemoLayout::FoxPro) {
-        const QByteArray prefix = readAt(offset, 8);
+        const QByteArrayView prefix = viewAt(offset, 8);
         if (prefix.size() < 8)
             return {};
-        const quint32 length = qFromBigEndian<quint32>(prefix.constData() + 4);
+        const quint32 length = qFromBigEndian<quint32>(prefix.data() + 4);
         const qint64 available = m_size - offset - 8;
         const qint64 wanted = qMin(qMin<qint64>(length, available), maxMemoBytes);
-        return wanted > 0 ? readAt(offset + 8, wanted) : QByteArray("");
+        return wanted > 0 ? viewAt(offset + 8, wanted) : QByteArrayView(empty, 0);
     }
 
     if (m_layout == MemoLayout::DbaseIV) {
-        const QByteArray prefix = readAt(offset, 8);
+        const QByteArrayView prefix = viewAt(offset, 8);
         if (prefix.size() == 8 && uchar(prefix[0]) == 0xFF && uchar(prefix[1]) == 0xFF && prefix[2] == 0x08
             && prefix[3] == 0x00) {
             // The length counts the eight bytes of the prefix.
-            const quint32 length = qFromLittleEndian<quint32>(prefix.constData() + 4);
+            const quint32 length = qFromLittleEndian<quint32>(prefix.data() + 4);
             const qint64 available = m_size - offset - 8;
             const qint64 wanted = qMin(qMin<qint64>(qint64(length) - 8, available), maxMemoBytes);
-            return wanted > 0 ? readAt(offset + 8, wanted) : QByteArray("");
+            return wanted > 0 ? viewAt(offset + 8, wanted) : QByteArrayView(empty, 0);
         }
         // Tables converted from dBASE III keep their old memos: read those
         // the old way.
     }
-    return readUntilEndMark(offset);
+    return viewUntilEndMark(offset);
 }
 
-QByteArray DbfMemoFile::readAt(qint64 offset, qint64 length)
+QByteArrayView DbfMemoFile::viewAt(qint64 offset, qint64 length)
 {
     const bool inside = m_windowOffset >= 0 && offset >= m_windowOffset
         && offset + length <= m_windowOffset + m_window.size();
     if (!inside) {
-        if (length > windowSize) {
-            // A long memo is read on its own, around the window.
-            if (!m_device->seek(offset))
-                return {};
-            return m_device->read(length);
-        }
         if (!m_device->seek(offset))
             return {};
-        m_window = m_device->read(windowSize);
+        if (length > windowSize) {
+            // A long memo is read on its own, around the window.
+            m_long.resize(length);
+            const qint64 got = m_device->read(m_long.data(), length);
+            m_long.resize(qMax<qint64>(got, 0));
+            return m_long;
+        }
+        m_window.resize(windowSize);
+        const qint64 got = m_device->read(m_window.data(), windowSize);
+        m_window.resize(qMax<qint64>(got, 0));
         m_windowOffset = offset;
     }
     const qint64 start = offset - m_windowOffset;
-    return m_window.mid(start, qMin<qint64>(length, m_window.size() - start));
+    return QByteArrayView(m_window).sliced(start, qMin<qint64>(length, m_window.size() - start));
 }
 
 // dBASE III memos end at an end-of-text byte (0x1A, written twice); they
 // carry no length, so the memo is read in blocks until the mark, the file's
 // end or the size limit.
-QByteArray DbfMemoFile::readUntilEndMark(qint64 offset)
+QByteArrayView DbfMemoFile::viewUntilEndMark(qint64 offset)
 {
+    m_long.resize(0);
     if (!m_device->seek(offset))
         return {};
-    QByteArray memo("");
-    while (memo.size() < maxMemoBytes) {
-        const QByteArray chunk = m_device->read(qMin<qint64>(4096, maxMemoBytes - memo.size()));
-        if (chunk.isEmpty())
+    char chunk[4096];
+    while (m_long.size() < maxMemoBytes) {
+        const qint64 got = m_device->read(chunk, qMin<qint64>(sizeof chunk, maxMemoBytes - m_long.size()));
+        if (got <= 0)
             break;
-        const qsizetype end = chunk.indexOf('\x1A');
+        const QByteArrayView piece(chunk, got);
+        const qsizetype end = piece.indexOf('\x1A');
         if (end >= 0) {
-            memo.append(chunk.constData(), end);
+            m_long.append(piece.first(end));
             break;
         }
-        memo.append(chunk);
+        m_long.append(piece);
     }
-    return memo;
+    return QByteArrayView(m_long.constData(), m_long.size());
 }
 
 } // namespace tarnby::tables

@@ -34,17 +34,22 @@ public:
     // The memo starting at block; null (a default QByteArray) when block is 0,
     // lies beyond the file's end or cannot be read.
     QByteArray read(quint64 block);
+    // The same without a copy: the view is valid until the next call, and
+    // null where read gives a null array.
+    QByteArrayView view(quint64 block);
 
 private:
-    QByteArray readUntilEndMark(qint64 offset);
+    QByteArrayView viewUntilEndMark(qint64 offset);
     // Up to length bytes at offset (fewer at the file's end), served from a
     // window of the file kept from the last read: memos are mostly read in
-    // file order, so one read of the file serves many of them.
-    QByteArray readAt(qint64 offset, qint64 length);
+    // file order, so one read of the file serves many of them. Valid until
+    // the next call.
+    QByteArrayView viewAt(qint64 offset, qint64 length);
 
     static constexpr qint64 windowSize = 64 * 1024;
     QByteArray m_window;
     qint64 m_windowOffset = -1;
+    QByteArray m_long; // a memo longer than the window
 
     std::unique_ptr<QIODevice> m_device;
     MemoLayout m_layout;

@@ -1,6 +1,8 @@
 #include "DbfReader.h"
 
+#include "CsvText.h"
 #include "DbfIndexTags.h"
+#include "DbfText.h"
 #include "ReaderSupport.h"
 
 #include <QDate>
@@ -145,6 +147,22 @@ public:
         }
     }
 
+    // Appends the text of data as UTF-8, as decode gives it.
+    void appendUtf8(QByteArray &out, QByteArrayView data)
+    {
+        if (!m_singleByteTried) {
+            // Made once the first text that needs it comes: only exports
+            // convert enough text to pay for it.
+            m_singleByteTried = true;
+            if (!m_tryUtf8)
+                m_singleByte = SingleByteText::of(m_codePage);
+        }
+        if (m_singleByte && !isAscii(data))
+            m_singleByte->append(out, data);
+        else
+            out += decode(data.data(), data.size()).toUtf8();
+    }
+
     QString decode(const char *data, qsizetype size)
     {
         bool ascii = true;
@@ -163,9 +181,22 @@ public:
     }
 
 private:
+    static bool isAscii(QByteArrayView data)
+    {
+        for (const char c : data) {
+            if (uchar(c) >= 0x80)
+                return false;
+        }
+        return true;
+    }
+
     bool m_tryUtf8 = false;
     QStringDecoder m_utf8{QStringConverter::Utf8, QStringConverter::Flag::Stateless};
     QStringDecoder m_codePage;
+    // The code page's characters a byte at a time, where it has one byte a
+    // character: text then needs no decoder.
+    std::optional<SingleByteText> m_singleByte;
+    bool m_singleByteTried = false;
 };
 
 QByteArrayView trimmedRight(const char *data, int length)
@@ -253,32 +284,151 @@ public:
     Result<QList<Row>> readRows(qint64 first, int count) override
     {
         QList<Row> rows;
-        if (first < 0 || count <= 0 || first >= rowCount())
-            return Result<QList<Row>>::success(rows);
-        count = int(qMin<qint64>(count, rowCount() - first));
-        rows.reserve(count);
-        qint64 record = recordOfRow(first);
-        const qint64 perRead = qMax<qint64>(1, maxReadBytes / m_recordLength);
-        while (rows.size() < count && record < m_recordCount) {
-            const qint64 wanted = qMin(perRead, m_recordCount - record);
-            const qint64 bytes = wanted * m_recordLength;
-            if (!m_device->seek(m_headerLength + record * m_recordLength))
-                return Result<QList<Row>>::failure(readError());
-            const QByteArray chunk = m_device->read(bytes);
-            if (chunk.size() != bytes)
-                return Result<QList<Row>>::failure(readError());
-            for (qint64 i = 0; i < wanted && rows.size() < count; ++i) {
-                const char *data = chunk.constData() + i * m_recordLength;
-                if (data[0] == '*')
-                    continue;
-                rows.append(decodeRecord(data));
-            }
-            record += wanted;
-        }
+        if (first >= 0 && first < rowCount() && count > 0)
+            rows.reserve(qMin<qint64>(count, rowCount() - first));
+        const bool read = visitRows(first, count, [&](const char *record) { rows.append(decodeRecord(record)); });
+        if (!read)
+            return Result<QList<Row>>::failure(readError());
         return Result<QList<Row>>::success(rows);
     }
 
+    // The records formatted straight from their bytes: no value is made for
+    // a cell of the common kinds, and a cell of a shape the quick way does
+    // not handle is decoded as readRows decodes it.
+    Result<qint64> appendCsvRows(qint64 first, qint64 count, QByteArray &out) override
+    {
+        qint64 written = 0;
+        const bool read = visitRows(first, count, [&](const char *record) {
+            appendCsvRecord(out, record);
+            ++written;
+        });
+        if (!read)
+            return Result<qint64>::failure(readError());
+        return Result<qint64>::success(written);
+    }
+
 private:
+    // Calls visit with the bytes of the records of rows first to first +
+    // count - 1 (fewer at the end), in order. Reads as many records at a
+    // time as rows are still wanted (more when some of them are deleted), at
+    // most maxReadBytes. False when the file could not be read.
+    template <typename Visit>
+    bool visitRows(qint64 first, qint64 count, Visit visit)
+    {
+        if (first < 0 || count <= 0 || first >= rowCount())
+            return true;
+        count = qMin(count, rowCount() - first);
+        const qint64 perRead = qMax<qint64>(1, maxReadBytes / m_recordLength);
+        qint64 record = recordOfRow(first);
+        qint64 visited = 0;
+        while (visited < count && record < m_recordCount) {
+            const qint64 wanted = qMin(qMin(perRead, count - visited), m_recordCount - record);
+            const qint64 bytes = wanted * m_recordLength;
+            if (!m_device->seek(m_headerLength + record * m_recordLength))
+                return false;
+            m_records.resize(bytes);
+            if (m_device->read(m_records.data(), bytes) != bytes)
+                return false;
+            for (qint64 i = 0; i < wanted && visited < count; ++i) {
+                const char *data = m_records.constData() + i * m_recordLength;
+                if (data[0] == '*')
+                    continue;
+                visit(data);
+                ++visited;
+            }
+            record += wanted;
+        }
+        return true;
+    }
+
+    void appendCsvRecord(QByteArray &out, const char *record)
+    {
+        bool firstCell = true;
+        for (const DbfField &field : std::as_const(m_fields)) {
+            if (field.hidden)
+                continue;
+            if (!firstCell)
+                out += ',';
+            firstCell = false;
+            appendCell(out, field, record + field.offset);
+        }
+        out += "\r\n";
+    }
+
+    void appendCell(QByteArray &out, const DbfField &field, const char *cell)
+    {
+        switch (field.type) {
+        case 'C':
+        case 'V':
+            appendTextCell(out, trimmedRight(cell, field.length));
+            return;
+        case 'N':
+        case 'F': {
+            const QByteArrayView text = trimmed(cell, field.length);
+            if (text.isEmpty() || text.front() == '*')
+                return;
+            const bool integer = field.decimals == 0 && text.size() <= 18 && !text.contains('.');
+            if (integer ? appendIntegerText(out, text) : appendDecimalText(out, text))
+                return;
+            break;
+        }
+        case 'D':
+            if (appendDateText(out, trimmed(cell, field.length)))
+                return;
+            break;
+        case 'L':
+            switch (cell[0]) {
+            case 'T': case 't': case 'Y': case 'y':
+                out += "True";
+                return;
+            case 'F': case 'f': case 'N': case 'n':
+                out += "False";
+                return;
+            default:
+                return;
+            }
+        case 'I':
+        case '+':
+            out += QByteArray::number(qFromLittleEndian<qint32>(cell));
+            return;
+        case 'M':
+        case 'G':
+        case 'P':
+        case 'W':
+        case 'B': {
+            if (field.type == 'B' && field.typeNumber == FieldType::Double)
+                break;
+            const quint64 block = m_memo ? memoBlock(field, cell) : 0;
+            const QByteArrayView memo = block != 0 ? m_memo->view(block) : QByteArrayView();
+            if (field.typeNumber == FieldType::Memo && !field.binaryMemo)
+                appendTextCell(out, memo);
+            else
+                out += QByteArray::fromRawData(memo.data(), memo.size()).toHex();
+            return;
+        }
+        default:
+            break;
+        }
+        tables::appendCsvCell(out, valueText(decodeCell(field, cell)).toUtf8());
+    }
+
+    // Text in the table's code page, quoted when it must be.
+    void appendTextCell(QByteArray &out, QByteArrayView text)
+    {
+        const CellBytes bytes = scanCell(text);
+        if (bytes.ascii && !bytes.needsQuotes) {
+            out.append(text);
+            return;
+        }
+        if (bytes.ascii) {
+            tables::appendCsvCell(out, text);
+            return;
+        }
+        m_utf8.resize(0);
+        m_text.appendUtf8(m_utf8, text);
+        tables::appendCsvCell(out, m_utf8);
+    }
+
     QString readError() const
     {
         return QStringLiteral("The table \"%1\" could not be read: %2").arg(m_name, m_device->errorString());
@@ -411,6 +561,8 @@ private:
     qint64 m_recordCount;
     std::vector<qint64> m_deleted; // record numbers marked deleted, ascending
     TextDecoder m_text;
+    QByteArray m_records; // the records of the last read
+    QByteArray m_utf8;    // a cell's text converted
 };
 
 // The one table of a dBASE file. The file was opened for the table, which
@@ -598,17 +750,20 @@ OpenResult openDbf(DbfSources sources)
 
     // One pass over the deletion marks, so that rows can be counted and
     // found without reading the records before them.
+    // The reads go to one buffer, small enough to stay in the processor's
+    // cache and to be allocated once.
     std::vector<qint64> deleted;
-    const qint64 perRead = qMax<qint64>(1, maxReadBytes / recordLength);
+    constexpr qint64 scanBytes = 256 * 1024;
+    const qint64 perRead = qMax<qint64>(1, scanBytes / recordLength);
+    QByteArray chunk(qMin(perRead, qMax<qint64>(recordCount, 1)) * recordLength, Qt::Uninitialized);
     for (qint64 record = 0; record < recordCount; record += perRead) {
         const qint64 wanted = qMin(perRead, recordCount - record);
-        if (!device.seek(headerLength + record * recordLength))
+        if (!device.seek(headerLength + record * recordLength)
+            || device.read(chunk.data(), wanted * recordLength) != wanted * recordLength)
             return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
-        const QByteArray chunk = device.read(wanted * recordLength);
-        if (chunk.size() != wanted * recordLength)
-            return OpenResult::failure(OpenStatus::Failed, QStringLiteral("The dBASE table \"%1\" could not be read.").arg(name));
+        const char *data = chunk.constData();
         for (qint64 i = 0; i < wanted; ++i) {
-            if (chunk[i * recordLength] == '*')
+            if (data[i * recordLength] == '*')
                 deleted.push_back(record + i);
         }
     }

@@ -1,5 +1,6 @@
 #include "TableReader.h"
 
+#include "CsvText.h"
 #include "DbfReader.h"
 #include "LotusReader.h"
 #include "MdbReader.h"
@@ -20,6 +21,25 @@ Result<IndexKey> Table::indexKey(const QString &indexName) const
         QStringLiteral("Tarnby cannot tell which fields the index \"%1\" of the table \"%2\" orders by.")
             .arg(indexName, name()));
 }
+
+Result<qint64> Table::appendCsvRows(qint64 first, qint64 count, QByteArray &out)
+{
+    constexpr int pageRows = 4096;
+    qint64 written = 0;
+    while (written < count) {
+        const int wanted = int(qMin<qint64>(pageRows, count - written));
+        const Result<QList<Row>> read = readRows(first + written, wanted);
+        if (!read.ok())
+            return Result<qint64>::failure(read.errorString);
+        for (const Row &row : read.value)
+            appendCsvRow(out, row);
+        written += read.value.size();
+        if (read.value.size() < wanted)
+            break; // the table's end
+    }
+    return Result<qint64>::success(written);
+}
+
 TableFile::~TableFile() = default;
 
 OpenResult openTableFile(const QString &path, const QString &password)

@@ -114,6 +114,11 @@ public:
     // Rows first to first + count - 1 (fewer at the end), in the file's
     // order. Cost: the bytes of those rows and of their memos.
     virtual Result<QList<Row>> readRows(qint64 first, int count) = 0;
+    // Appends rows first to first + count - 1 (fewer at the end) to out as
+    // CSV records (CsvText.h) and gives how many rows it appended. By
+    // default the rows readRows gives are written; a reader may write its
+    // records straight from the file's bytes instead, to the same bytes.
+    virtual Result<qint64> appendCsvRows(qint64 first, qint64 count, QByteArray &out);
     // The key of the index of that name. By default no index's key is
     // known, and the answer says so.
     virtual Result<IndexKey> indexKey(const QString &indexName) const;
