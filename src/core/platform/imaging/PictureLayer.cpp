@@ -581,6 +581,10 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
             error = file.errorString();
     } else if (qstrcmp(format->extension, "CUR") == 0) {
         error = writeCursor(frames.constFirst(), quality, &file);
+    } else if (format->writer == Route::Qt && qstrcmp(format->writeName, "jpeg") == 0 && jpeg::canWrite(frames.constFirst())) {
+        // Grey and colour JPEG through libjpeg directly, on every core (see
+        // JpegRoute.h); Qt's writer takes the other depths.
+        error = jpeg::write(frames.constFirst(), quality, &file);
     } else if (format->writer == Route::Qt) {
         if (format->code == 3)
             tiff::quietMessageHandlers();
@@ -597,6 +601,47 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
     }
     if (!file.commit()) {
         result.errorString = file.errorString();
+        return result;
+    }
+    result.ok = true;
+    return result;
+}
+
+SaveResult convertJpeg(const QString &in, const QString &out, int formatCode, int quality, const BandChange &change,
+                       bool upsideDown, bool *handled)
+{
+    *handled = false;
+    const PictureFormat *format = formatForCode(formatCode);
+    if (!format || format->writer != Route::Qt || qstrcmp(format->writeName, "jpeg") != 0)
+        return {};
+    QFile file(in);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > MaxFileBytes)
+        return {};
+    const PictureFormat *content = sniffFormat(file.peek(HeadBytes));
+    if (!content || content->reader != Route::Qt || qstrcmp(content->readName, "jpeg") != 0)
+        return {};
+    const uchar *mapped = file.map(0, file.size());
+    if (!mapped)
+        return {};
+
+    SaveResult result;
+    QSaveFile saved(out);
+    if (!saved.open(QIODevice::WriteOnly)) {
+        file.unmap(const_cast<uchar *>(mapped));
+        *handled = true;
+        result.errorString = saved.errorString();
+        return result;
+    }
+    QString error;
+    *handled = jpeg::transcode(mapped, file.size(), quality, change, upsideDown, &saved, &error);
+    file.unmap(const_cast<uchar *>(mapped));
+    if (!*handled || !error.isEmpty()) {
+        saved.cancelWriting();
+        result.errorString = error;
+        return result;
+    }
+    if (!saved.commit()) {
+        result.errorString = saved.errorString();
         return result;
     }
     result.ok = true;
