@@ -324,6 +324,22 @@ QString writeWithOwnCodec(const QImage &image, const PictureFormat &format, int 
     return {};
 }
 
+// Replaces the old file with the written one, or leaves the old file as it
+// was after an error in writing.
+SaveResult finishSaving(QSaveFile *file, const QString &error)
+{
+    SaveResult result;
+    if (!error.isEmpty()) {
+        file->cancelWriting();
+        result.errorString = error;
+    } else if (!file->commit()) {
+        result.errorString = file->errorString();
+    } else {
+        result.ok = true;
+    }
+    return result;
+}
+
 } // namespace
 
 qint64 distinctColours(const QImage &image)
@@ -594,17 +610,7 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
     } else {
         error = QStringLiteral("Pictures cannot be saved in the %1 format.").arg(extensionName(*format));
     }
-    if (!error.isEmpty()) {
-        file.cancelWriting();
-        result.errorString = error;
-        return result;
-    }
-    if (!file.commit()) {
-        result.errorString = file.errorString();
-        return result;
-    }
-    result.ok = true;
-    return result;
+    return finishSaving(&file, error);
 }
 
 SaveResult convertJpeg(const QString &in, const QString &out, int formatCode, int quality, const BandChange &change,
@@ -635,17 +641,11 @@ SaveResult convertJpeg(const QString &in, const QString &out, int formatCode, in
     QString error;
     *handled = jpeg::transcode(mapped, file.size(), quality, change, upsideDown, &saved, &error);
     file.unmap(const_cast<uchar *>(mapped));
-    if (!*handled || !error.isEmpty()) {
+    if (!*handled) {
         saved.cancelWriting();
-        result.errorString = error;
         return result;
     }
-    if (!saved.commit()) {
-        result.errorString = saved.errorString();
-        return result;
-    }
-    result.ok = true;
-    return result;
+    return finishSaving(&saved, error);
 }
 
 } // namespace tarnby::imaging
