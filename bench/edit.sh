@@ -54,7 +54,7 @@ time_ms() {
 }
 
 echo "Machine: $(nproc) cores, pinned to $CORES; load before: $(cut -d' ' -f1-3 /proc/loadavg)"
-echo "Photo: $PHOTO (${W}x${H}); JPEG out at quality 90; one run each, process start included"
+echo "Photo: $PHOTO (${W}x${H}); JPEG out at quality 90 (chroma: tarnby 2x2, convert and vips 1x1, their defaults); one run each, process start included"
 echo "Each time as wall/processor milliseconds; the ratios are of wall times, then of processor times"
 printf "%-26s %12s %12s %12s %11s %11s\n" operation tarnby-ms convert-ms vips-ms vs-convert vs-vips
 run() {

@@ -280,10 +280,46 @@ int saveFormatCode(const QString &path)
     return tarnby::catalogue::GetSaveFormatCode(tarnby::catalogue::GetFileExt(QFileInfo(path).fileName()));
 }
 
+// A JPEG saved as JPEG at its own depth, with flips and operations that
+// change rows on their own, is decoded and encoded at once (see
+// convertJpeg()); whether that road took the file, and its error.
+bool convertAtOnce(const Job &job, const ConvertOptions &options, int code, QString *error)
+{
+    if (options.bitsPerPixel != 0)
+        return false;
+    bool upsideDown = false;
+    QList<EditOperation> rowOperations;
+    for (const EditOperation &operation : options.operations) {
+        if (operation.kind == EditOperation::Kind::Flip)
+            upsideDown = !upsideDown;
+        else if (changesRowsAlone(operation))
+            rowOperations << operation;
+        else
+            return false;
+    }
+    BandChange change;
+    if (!rowOperations.isEmpty()) {
+        change = [rowOperations](QImage band) {
+            // The bands of the picture already keep the cores busy.
+            const SerialScope serial;
+            for (const EditOperation &operation : rowOperations)
+                band = apply(operation, std::move(band));
+            return band;
+        };
+    }
+    bool handled = false;
+    const SaveResult saved = convertJpeg(job.in, job.out, code, options.quality, change, upsideDown, &handled);
+    if (handled && !saved.ok)
+        *error = QStringLiteral("%1: %2").arg(job.out, saved.errorString);
+    return handled;
+}
+
 // Loads, changes and saves one picture; the error, or an empty string.
 QString convertOne(const Job &job, const ConvertOptions &options)
 {
     const int code = saveFormatCode(job.out);
+    if (QString error; convertAtOnce(job, options, code, &error))
+        return error;
     LoadResult loaded = loadPicture(job.in, Pages::All);
     if (!loaded.ok())
         return QStringLiteral("%1: %2").arg(job.in, loaded.errorString);

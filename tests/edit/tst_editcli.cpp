@@ -122,6 +122,50 @@ private slots:
         QCOMPARE(loaded(out), applied(pattern(), operations));
     }
 
+    // A JPEG saved as JPEG with flips and operations that change rows on
+    // their own is decoded and encoded at once; whichever road it takes, the
+    // file is the one of loading, the operations in order and saving.
+    void jpegToJpegAsLoadChangeSave_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QList<EditOperation>>("operations");
+        QTest::newRow("two flips around an invert")
+            << QStringList{"--flip", "--invert", "--flip"} << QList{EditOperation::flip(), EditOperation::invert(), EditOperation::flip()};
+        QTest::newRow("a flip between a reverse and a brightness")
+            << QStringList{"--reverse", "--flip", "--brightness", "300"}
+            << QList{EditOperation::reverse(), EditOperation::flip(), EditOperation::brightness(300)};
+        QTest::newRow("a stretch takes the plain road")
+            << QStringList{"--flip", "--stretch"} << QList{EditOperation::flip(), EditOperation::stretch()};
+        QTest::newRow("--bpp takes the plain road") << QStringList{"--bpp", "8", "--invert"} << QList{EditOperation::invert()};
+    }
+    void jpegToJpegAsLoadChangeSave()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QList<EditOperation>, operations);
+        TestDir dir;
+        const QString in = dir.filePath(QStringLiteral("in.jpg"));
+        const QString out = dir.filePath(QStringLiteral("out.jpg"));
+        const QString plain = dir.filePath(QStringLiteral("plain.jpg"));
+        // Large enough to be encoded in strips.
+        QImage photo(900, 1300, QImage::Format_RGB32);
+        for (int y = 0; y < photo.height(); ++y)
+            for (int x = 0; x < photo.width(); ++x)
+                photo.setPixel(x, y, qRgb((x * 3 + y) & 0xff, (x * y) & 0xff, (y * 5) & 0xff));
+        QVERIFY(photo.save(in, "JPEG", 95));
+        const Run run = cli(QStringList{"convert", "--quality", "85", in, out} + arguments);
+        QCOMPARE(run.err, QString());
+        QCOMPARE(run.exitCode, 0);
+
+        tarnby::imaging::LoadResult loadedIn = tarnby::imaging::loadPicture(in);
+        QVERIFY(loadedIn.ok());
+        QString error;
+        for (const EditOperation &operation : std::as_const(operations))
+            QVERIFY(applyToPicture(operation, &loadedIn.picture, &error));
+        const int bits = arguments.contains(QStringLiteral("--bpp")) ? 8 : 0;
+        QVERIFY(tarnby::imaging::savePicture(loadedIn.picture, plain, 10, bits, 85).ok);
+        QCOMPARE(QImage(out), QImage(plain));
+    }
+
     void enlargedTurnIsFilled()
     {
         TestDir dir;

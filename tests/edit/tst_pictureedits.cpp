@@ -1,6 +1,7 @@
 #include "core/edit/EditOperation.h"
 #include "core/edit/PictureEdits.h"
 
+#include <QFile>
 #include <QSet>
 #include <QTest>
 
@@ -100,6 +101,23 @@ QString firstDifference(const QImage &a, const QImage &b)
             if (a.pixel(x, y) != b.pixel(x, y))
                 return QStringLiteral("(%1, %2): %3 and %4").arg(x).arg(y).arg(a.pixel(x, y), 8, 16).arg(b.pixel(x, y), 8, 16);
     return QString();
+}
+
+// How far the peak resident memory (VmHWM) lies above the present (VmRSS),
+// in KiB, from /proc/self/status.
+qint64 peakGrowthKb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    qint64 peak = 0, now = 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            peak = line.mid(6).trimmed().split(' ').first().toLongLong();
+        else if (line.startsWith("VmRSS:"))
+            now = line.mid(6).trimmed().split(' ').first().toLongLong();
+    }
+    return peak - now;
 }
 
 } // namespace
@@ -499,6 +517,56 @@ private slots:
         const QImage flipped = flip(kept);
         QVERIFY(flipped.constBits() != kept.constBits());
         QCOMPARE(flip(flipped), kept);
+    }
+
+    // 100 megapixels of 8-bit grey, as a window or the command line holds
+    // them (the only reference, in a picture): the operation works where the
+    // pixels lie, and the process's peak memory grows by far less than a
+    // second copy would take.
+    void hundredMegapixelsInPlace_data()
+    {
+        QTest::addColumn<EditOperation>("operation");
+        QTest::newRow("flip") << EditOperation::flip();
+        QTest::newRow("invert") << EditOperation::invert();
+    }
+    void hundredMegapixelsInPlace()
+    {
+        QFETCH(EditOperation, operation);
+        constexpr int Side = 10000;
+        const auto level = [](int x, int y) { return uchar((x * 7 + y * 13) & 0xFF); };
+        tarnby::imaging::Picture picture;
+        {
+            QImage image(Side, Side, QImage::Format_Grayscale8);
+            QVERIFY(!image.isNull());
+            for (int y = 0; y < Side; ++y) {
+                uchar *line = image.scanLine(y);
+                for (int x = 0; x < Side; ++x)
+                    line[x] = level(x, y);
+            }
+            picture.frames << tarnby::imaging::PictureFrame{std::move(image), 0};
+        }
+        picture.info.bitsPerPixel = 8;
+        const uchar *where = picture.frames.constFirst().image.constBits();
+        // The peak is counted from here on, where the system lets it be reset.
+        QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
+        const bool peakReset = clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1;
+        clearRefs.close();
+
+        QString error;
+        QVERIFY(applyToPicture(operation, &picture, &error));
+        const QImage &result = picture.frames.constFirst().image;
+        QCOMPARE(result.constBits(), where);
+        const bool flipped = operation.kind == EditOperation::Kind::Flip;
+        for (const int y : {0, 1, 2, 4999, 5000, 5001, 7777, 9998, 9999}) {
+            const uchar *line = result.constScanLine(y);
+            for (int x = 0; x < Side; ++x) {
+                const uchar expected = flipped ? level(x, Side - 1 - y) : uchar(255 - level(x, y));
+                if (line[x] != expected)
+                    QFAIL(qPrintable(QStringLiteral("pixel %1,%2 is %3, not %4").arg(x).arg(y).arg(line[x]).arg(expected)));
+            }
+        }
+        if (peakReset)
+            QVERIFY2(peakGrowthKb() < 30 * 1024, qPrintable(QStringLiteral("%1 KiB").arg(peakGrowthKb())));
     }
 
     void pictureFactsFollowTheFrames()

@@ -71,6 +71,25 @@ std::optional<EditOperation> exactInverse(const EditOperation &operation, const 
     return std::nullopt;
 }
 
+bool changesRowsAlone(const EditOperation &operation)
+{
+    switch (operation.kind) {
+    case EditOperation::Kind::Reverse:
+    case EditOperation::Kind::Invert:
+    case EditOperation::Kind::Brightness:
+    case EditOperation::Kind::Contrast:
+        return true;
+    case EditOperation::Kind::Flip:
+    case EditOperation::Kind::Stretch:
+    case EditOperation::Kind::Rotate:
+    case EditOperation::Kind::Resize:
+    case EditOperation::Kind::Shape:
+    case EditOperation::Kind::Text:
+        return false;
+    }
+    return false;
+}
+
 void refreshInfo(imaging::Picture *picture)
 {
     if (picture->isNull())

@@ -83,6 +83,15 @@ QImage apply(const EditOperation &operation, QImage image);
 // turns undo themselves this way.
 std::optional<EditOperation> exactInverse(const EditOperation &operation, const QImage &before);
 
+// Whether the operation changes each row of an 8-bit grey or 32-bit picture
+// on its own, so that it can be made band by band while the picture is
+// still being decoded (see imaging::BandChange): invert, brightness,
+// contrast and reverse. Not the stretch, which first looks at the whole
+// picture, nor the flip, which moves rows (a caller can turn the rows
+// around as it writes them: a flip changes nothing within a row, so it
+// comes out the same before or after the others).
+bool changesRowsAlone(const EditOperation &operation);
+
 // Applies the operation to every frame of picture and brings its facts up to
 // date (width, height, memory size). The depth it will be saved at
 // (info.bitsPerPixel) stays the file's; the colour count stays the loaded

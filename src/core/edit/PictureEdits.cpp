@@ -61,7 +61,10 @@ QThreadPool *bandPool()
     return &pool;
 }
 
-// Runs work on each band, on the pool when there are several. With a
+thread_local int serialScopes = 0;
+
+// Runs work on each band, on the pool when there are several (on the
+// calling thread alone within a SerialScope). With a
 // progress current on the calling thread, each band done is reported and,
 // once it is cancelled, the bands not yet begun are skipped.
 template <typename Work>
@@ -69,10 +72,12 @@ void forEachBand(QList<Band> bands, Work work)
 {
     EditProgress *progress = ProgressScope::current();
     if (!progress) {
-        if (bands.size() == 1)
-            work(bands.constFirst());
-        else
+        if (bands.size() == 1 || serialScopes > 0) {
+            for (const Band &band : std::as_const(bands))
+                work(band);
+        } else {
             QtConcurrent::blockingMap(bandPool(), bands, [&work](const Band &band) { work(band); });
+        }
         return;
     }
     progress->beginPass(int(bands.size()));
@@ -82,10 +87,12 @@ void forEachBand(QList<Band> bands, Work work)
         work(band);
         progress->bandDone();
     };
-    if (bands.size() == 1)
-        tracked(bands.constFirst());
-    else
+    if (bands.size() == 1 || serialScopes > 0) {
+        for (const Band &band : std::as_const(bands))
+            tracked(band);
+    } else {
         QtConcurrent::blockingMap(bandPool(), bands, tracked);
+    }
     progress->endPass();
 }
 
@@ -595,6 +602,16 @@ void reverseRows(uchar *bits, qsizetype stride, int width, const Band &band)
 }
 
 } // namespace
+
+SerialScope::SerialScope()
+{
+    ++serialScopes;
+}
+
+SerialScope::~SerialScope()
+{
+    --serialScopes;
+}
 
 QImage flip(QImage image)
 {

@@ -27,6 +27,11 @@
 // functions may be called from any thread, including a pool thread (the
 // calling thread takes part in the work).
 //
+// A caller that already keeps every core busy with parts of a picture of its
+// own (bands of rows it decodes and encodes) asks, with a SerialScope on the
+// thread, that the operations called there do their bands on that thread
+// alone rather than hand them to the pool.
+//
 // A null picture gives a null picture. Rotate and resize give a null picture
 // when the result would exceed MaxResultPixels or a side would exceed
 // MaxSide; callers report that as "too large".
@@ -44,6 +49,17 @@ inline constexpr int MaxSide = 32767;
 // way down, 0 is no change, +1000 all the way up.
 inline constexpr int MinAmount = -1000;
 inline constexpr int MaxAmount = 1000;
+
+// While it lives, the operations called on its thread do all their bands on
+// that thread. Scopes nest.
+class SerialScope
+{
+public:
+    SerialScope();
+    ~SerialScope();
+    SerialScope(const SerialScope &) = delete;
+    SerialScope &operator=(const SerialScope &) = delete;
+};
 
 // Turns the picture upside down (top row last).
 QImage flip(QImage image);

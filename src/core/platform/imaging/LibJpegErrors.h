@@ -36,8 +36,10 @@ inline void jpegMessage(j_common_ptr cinfo, int level)
 }
 
 // Makes error the error manager of cinfo, with the two handlers above, and
-// clears its message.
-inline void useJpegError(jpeg_decompress_struct &cinfo, JpegError &error)
+// clears its message. Works for reading and writing alike (a writer's only
+// warnings do not concern it).
+template <typename Info>
+inline void useJpegError(Info &cinfo, JpegError &error)
 {
     cinfo.err = jpeg_std_error(&error.pub);
     error.pub.error_exit = jpegErrorExit;

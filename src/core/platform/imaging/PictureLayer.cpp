@@ -324,6 +324,22 @@ QString writeWithOwnCodec(const QImage &image, const PictureFormat &format, int 
     return {};
 }
 
+// Replaces the old file with the written one, or leaves the old file as it
+// was after an error in writing.
+SaveResult finishSaving(QSaveFile *file, const QString &error)
+{
+    SaveResult result;
+    if (!error.isEmpty()) {
+        file->cancelWriting();
+        result.errorString = error;
+    } else if (!file->commit()) {
+        result.errorString = file->errorString();
+    } else {
+        result.ok = true;
+    }
+    return result;
+}
+
 } // namespace
 
 qint64 distinctColours(const QImage &image)
@@ -581,6 +597,10 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
             error = file.errorString();
     } else if (qstrcmp(format->extension, "CUR") == 0) {
         error = writeCursor(frames.constFirst(), quality, &file);
+    } else if (format->writer == Route::Qt && qstrcmp(format->writeName, "jpeg") == 0 && jpeg::canWrite(frames.constFirst())) {
+        // Grey and colour JPEG through libjpeg directly, on every core (see
+        // JpegRoute.h); Qt's writer takes the other depths.
+        error = jpeg::write(frames.constFirst(), quality, &file);
     } else if (format->writer == Route::Qt) {
         if (format->code == 3)
             tiff::quietMessageHandlers();
@@ -590,17 +610,42 @@ SaveResult savePicture(const Picture &picture, const QString &path, int formatCo
     } else {
         error = QStringLiteral("Pictures cannot be saved in the %1 format.").arg(extensionName(*format));
     }
-    if (!error.isEmpty()) {
-        file.cancelWriting();
-        result.errorString = error;
+    return finishSaving(&file, error);
+}
+
+SaveResult convertJpeg(const QString &in, const QString &out, int formatCode, int quality, const BandChange &change,
+                       bool upsideDown, bool *handled)
+{
+    *handled = false;
+    const PictureFormat *format = formatForCode(formatCode);
+    if (!format || format->writer != Route::Qt || qstrcmp(format->writeName, "jpeg") != 0)
+        return {};
+    QFile file(in);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > MaxFileBytes)
+        return {};
+    const PictureFormat *content = sniffFormat(file.peek(HeadBytes));
+    if (!content || content->reader != Route::Qt || qstrcmp(content->readName, "jpeg") != 0)
+        return {};
+    const uchar *mapped = file.map(0, file.size());
+    if (!mapped)
+        return {};
+
+    SaveResult result;
+    QSaveFile saved(out);
+    if (!saved.open(QIODevice::WriteOnly)) {
+        file.unmap(const_cast<uchar *>(mapped));
+        *handled = true;
+        result.errorString = saved.errorString();
         return result;
     }
-    if (!file.commit()) {
-        result.errorString = file.errorString();
+    QString error;
+    *handled = jpeg::transcode(mapped, file.size(), quality, change, upsideDown, &saved, &error);
+    file.unmap(const_cast<uchar *>(mapped));
+    if (!*handled) {
+        saved.cancelWriting();
         return result;
     }
-    result.ok = true;
-    return result;
+    return finishSaving(&saved, error);
 }
 
 } // namespace tarnby::imaging

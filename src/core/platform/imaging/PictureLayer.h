@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 // The picture layer: the one road by which windows and the CLI load, save and
 // describe pictures, whatever library reads the format underneath.
 //
@@ -90,5 +92,26 @@ struct SaveResult {
 // file, if any, is untouched.
 SaveResult savePicture(const Picture &picture, const QString &path, int formatCode, int bitsPerPixel = 0,
                        int quality = 0);
+
+// A change made to a picture band by band. It is given rows of the picture
+// as a picture of their own, in the picture's memory, and returns them
+// changed: in place, or as a new picture of the same size and format, which
+// is copied back. It must change each row on its own (a point operation, a
+// mirror), so that the bands together give what it gives the whole picture,
+// and it may be called from several threads at once, for different bands.
+using BandChange = std::function<QImage(QImage band)>;
+
+// Loads the JPEG file in, makes change (may be empty) to it, turns it upside
+// down if asked and saves it as the JPEG file out at quality, decoding and
+// encoding at once: rows are encoded, on every core, as soon as they are
+// decoded (all of them first, when upside down). The file is the one that
+// loadPicture(), the change, a flip and savePicture(..., formatCode, 0,
+// quality) would give: the same pixels and facts (it may differ in restart
+// markers). Only for a file whose content is JPEG that the layer's own
+// decoder reads to its end, saved under a JPEG format code; for any other,
+// *handled is false, out is untouched, and the caller takes the ordinary
+// road, which has its own ways with such files.
+SaveResult convertJpeg(const QString &in, const QString &out, int formatCode, int quality, const BandChange &change,
+                       bool upsideDown, bool *handled);
 
 } // namespace tarnby::imaging
