@@ -213,6 +213,15 @@ private:
 // holds the lock exclusively already, does not.
 enum class Locking { Shared, None };
 
+// The SQLite connection under a Qt connection to a file, or null.
+sqlite3 *sqliteHandle(const QSqlDatabase &db)
+{
+    const QVariant handle = db.driver()->handle();
+    return handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0
+        ? *static_cast<sqlite3 *const *>(handle.constData())
+        : nullptr;
+}
+
 // One connection for one operation: opened by the constructor, closed and
 // removed by the destructor.
 class Session
@@ -250,6 +259,11 @@ public:
             // A file that this connection has just made is its own.
             if (!m_fileId && mayCreate)
                 m_fileId = fileIdentity(location.file);
+            // A large group is sorted (the listings by name, type, date...)
+            // on every core: SQLite's sorter merges on worker threads when
+            // the connection allows them.
+            if (sqlite3 *handle = sqliteHandle(db))
+                sqlite3_limit(handle, SQLITE_LIMIT_WORKER_THREADS, QThread::idealThreadCount());
         } else {
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
             db.setHostName(location.host);
@@ -1065,10 +1079,7 @@ StoreResult OrganizerStore::forEachEntry(const QString &groupName, SortKey key, 
     Session s(m_location, false);
     if (!s.checkTables() || !s.begin(false))
         return s.result();
-    const QVariant handle = s.db().driver()->handle();
-    sqlite3 *db = handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0
-        ? *static_cast<sqlite3 *const *>(handle.constData())
-        : nullptr;
+    sqlite3 *db = sqliteHandle(s.db());
     if (!db)
         return {StoreStatus::Failed, QStringLiteral("The organizer database %1 gives no handle.").arg(m_location.file)};
     sqlite3_stmt *statement = nullptr;
